@@ -1,0 +1,36 @@
+#include "platform/FatalError.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+
+namespace companion {
+
+namespace {
+
+std::function<void(std::string_view)>& lastWish()
+{
+    static std::function<void(std::string_view)> wish;
+    return wish;
+}
+
+} // namespace
+
+void setLastWish(std::function<void(std::string_view)> wish)
+{
+    lastWish() = std::move(wish);
+}
+
+void fatalError(std::string_view what)
+{
+    // A last wish that fails itself must not come round again.
+    static std::atomic<bool> isDying = false;
+    if (!isDying.exchange(true)) {
+        std::fprintf(stderr, "Fatal error: %.*s\n", static_cast<int>(what.size()), what.data());
+        if (lastWish())
+            lastWish()(what);
+    }
+    std::abort();
+}
+
+} // namespace companion

@@ -1,0 +1,21 @@
+#pragma once
+
+namespace companion {
+
+/// A position in points of the main screen's space: origin at its top-left corner, y downwards.
+struct Point {
+    double x = 0;
+    double y = 0;
+
+    bool operator==(const Point&) const = default;
+};
+
+/// Width and height, in points.
+struct Size {
+    double width = 0;
+    double height = 0;
+
+    bool operator==(const Size&) const = default;
+};
+
+} // namespace companion

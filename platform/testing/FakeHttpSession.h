@@ -1,0 +1,70 @@
+#pragma once
+
+#include "platform/HttpSession.h"
+
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+namespace companion::testing {
+
+/// Records requests; the test decides what comes back and when, on the thread that it calls from.
+/// A text holding a blank or a control character is no URL.
+class FakeHttpSession : public HttpSession {
+public:
+    struct Sent {
+        HttpRequest request;
+        HttpCompletion completion;
+    };
+
+    std::optional<Url> urlFromText(const std::string& text) const override
+    {
+        for (const unsigned char c : text) {
+            if (c <= ' ')
+                return std::nullopt;
+        }
+        return Url{text};
+    }
+
+    void send(HttpRequest request, HttpCompletion completion) override
+    {
+        m_sent.push_back({std::move(request), std::move(completion)});
+    }
+
+    const std::vector<Sent>& sent() const { return m_sent; }
+    const HttpRequest& request(std::size_t index) const { return m_sent.at(index).request; }
+
+    /// Completes request number `index`, which forgets its completion.
+    void complete(std::size_t index, HttpReply reply)
+    {
+        HttpCompletion completion = std::exchange(m_sent.at(index).completion, nullptr);
+        if (!completion)
+            throw std::logic_error("this request was completed before");
+        completion(std::move(reply));
+    }
+
+    void completeWithHttp(std::size_t index, int statusCode, std::string body)
+    {
+        complete(index, {std::move(body), UrlResponse{request(index).url, statusCode, {}}, std::nullopt});
+    }
+
+    void fail(std::size_t index, std::string error)
+    {
+        complete(index, {std::nullopt, std::nullopt, std::move(error)});
+    }
+
+    static std::string bodyText(const HttpRequest& request)
+    {
+        std::string text;
+        if (request.body) {
+            for (const auto& piece : *request.body)
+                text += *piece;
+        }
+        return text;
+    }
+
+private:
+    std::vector<Sent> m_sent;
+};
+
+} // namespace companion::testing

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "tests/support/ChildProcess.h"
+
+#include <memory>
+#include <string>
+
+namespace companion::testing {
+
+/// A private X server without hardware, on a display number of its own choice; gone with the object.
+class XvfbServer {
+public:
+    /// `geometry` is "1366x768" or the like; the depth is 24 bits. Throws when the server does not start.
+    explicit XvfbServer(const std::string& geometry = "1280x800");
+
+    /// For DISPLAY, for example ":99".
+    const std::string& display() const { return m_display; }
+
+private:
+    std::unique_ptr<ChildProcess> m_server;
+    std::string m_display;
+};
+
+} // namespace companion::testing
