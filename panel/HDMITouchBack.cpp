@@ -1,0 +1,48 @@
+#include "panel/HDMITouchBack.h"
+
+#include "panel/LocalAddress.h"
+
+namespace companion {
+
+namespace {
+
+std::string flagText(bool flag)
+{
+    return flag ? "true" : "false";
+}
+
+} // namespace
+
+HDMITouchBack::HDMITouchBack(const PanelRequestHost& host)
+    : m_host(host)
+{
+}
+
+void HDMITouchBack::enableHDMITouchback(
+    bool enable, bool fromHDMI, const std::optional<std::string>& selectedDeviceIP)
+{
+    m_obtainedDeviceIP = selectedDeviceIP;
+    const std::string localAddress = getLocalIPAddress();
+    if (localAddress.empty())
+        return;
+
+    m_enableHDMITouchback = flagText(enable);
+    m_hideMenu = flagText(!enable);
+    m_isHDMI = flagText(fromHDMI);
+
+    PanelRequest request;
+    request.panelAddress = selectedDeviceIP;
+    request.pathAndQuery = "/enableWifiTouchback?ip=" + localAddress + "&enable=" + m_enableHDMITouchback
+        + "&hidemenu=" + m_hideMenu + "&isHDMI=" + m_isHDMI;
+    PanelService(m_host.httpSession, m_host.console).send(request, [](const PanelReply&) {
+        // The line that describes the response is all that comes of it.
+    });
+}
+
+std::string HDMITouchBack::getLocalIPAddress() const
+{
+    return companion::getLocalIPAddress(
+        m_host.interfaceAddresses, m_host.interfaceNameRule.interfaceNameTowards(m_obtainedDeviceIP));
+}
+
+} // namespace companion

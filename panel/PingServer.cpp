@@ -1,0 +1,81 @@
+#include "panel/PingServer.h"
+
+#include "panel/LocalAddress.h"
+#include "platform/FatalError.h"
+#include "platform/Utf8.h"
+
+#include <string_view>
+#include <utility>
+
+namespace companion {
+
+namespace {
+
+constexpr std::size_t longestPrintedBody = 1024;
+
+/// The body as far as it belongs on a diagnostic line; `body` is UTF-8, and so is what is left of it.
+std::string printable(std::string_view body)
+{
+    if (body.size() <= longestPrintedBody)
+        return std::string(body);
+    std::size_t end = longestPrintedBody;
+    while ((static_cast<unsigned char>(body[end]) & 0xC0) == 0x80)
+        --end;
+    return std::string(body.substr(0, end)) + "... (" + std::to_string(body.size()) + " bytes)";
+}
+
+/// The panel says "Device is busy"; callers know it as "DEVICE_BUSY". Casting switched off outranks it.
+std::string replyText(std::string_view body)
+{
+    if (body.find("CAST_OFF") != std::string_view::npos)
+        return "CAST_OFF";
+    if (body.find("Device is busy") != std::string_view::npos)
+        return "DEVICE_BUSY";
+    return "";
+}
+
+void handleHttpReply(
+    int statusCode, std::string_view body, Console& console, const PanelReplyHandler& handler)
+{
+    console.print("statusCode: " + std::to_string(statusCode));
+    if (statusCode != 200) {
+        console.print("Ping failed2..");
+        handler(false, "");
+        return;
+    }
+    if (!isValidUtf8(body))
+        fatalError("The panel's answer to a ping is not UTF-8.");
+    console.print("Ping succeeded.." + printable(body));
+    handler(true, replyText(body));
+}
+
+} // namespace
+
+PingServer::PingServer(const PanelRequestHost& host)
+    : m_host(host)
+{
+}
+
+void PingServer::pingServerHeartbeat(
+    const std::optional<std::string>& selectedDeviceIP, PanelReplyHandler handler)
+{
+    const std::string localAddress = getLocalIPAddress(
+        m_host.interfaceAddresses, m_host.interfaceNameRule.interfaceNameTowards(selectedDeviceIP));
+    if (localAddress.empty()) {
+        handler(false, "");
+        return;
+    }
+
+    PanelRequest request;
+    request.panelAddress = selectedDeviceIP;
+    request.pathAndQuery = "/pingServerWithIP?ip=" + localAddress + "&msg=ping";
+    PanelService(m_host.httpSession, m_host.console)
+        .send(request, [&console = m_host.console, handler = std::move(handler)](const PanelReply& reply) {
+            if (reply.response && reply.response->statusCode)
+                handleHttpReply(*reply.response->statusCode, reply.body, console, handler);
+            else
+                handler(false, "");
+        });
+}
+
+} // namespace companion
