@@ -18,4 +18,12 @@ struct Size {
     bool operator==(const Size&) const = default;
 };
 
+/// A rectangle that spans `size` from `origin`.
+struct Rect {
+    Point origin;
+    Size size;
+
+    bool operator==(const Rect&) const = default;
+};
+
 } // namespace companion
