@@ -1,0 +1,15 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+namespace companion::testing {
+
+/// Moves this process, and all that it starts from now on, into a network of its own that has nothing but "lo", up,
+/// so that fixed ports and multicast meet no other test. To be called first thing in `main`, before any thread.
+/// A user other than root becomes root of a user namespace, where the system allows that.
+///
+/// Nothing on success, else the reason, for a test to skip with.
+std::optional<std::string> enterNetworkNamespace();
+
+} // namespace companion::testing
