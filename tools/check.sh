@@ -1,0 +1,165 @@
+#!/bin/bash
+# The checks of the source text, for people and for continuous integration alike: form, shell scripts, and which
+# folder may include what. Tells its results in the Test Anything Protocol.
+#
+#   tools/check.sh [--tidy]     --tidy: clang-tidy over the debug build, too (minutes)
+set -uo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 2
+count=0
+
+passed() {
+    printf 'ok %d - %s\n' $((++count)) "$1"
+}
+
+skipped() { # NAME REASON
+    printf 'ok %d - %s # SKIP %s\n' $((++count)) "$1" "$2"
+}
+
+failed() { # NAME, with what is wrong on standard input
+    printf 'not ok %d - %s\n' $((++count)) "$1"
+    sed 's/^/# /'
+}
+
+# A check that prints nothing has found nothing.
+check() { # NAME COMMAND...
+    local name=$1 output
+    shift
+    output=$("$@" 2>&1)
+    if [[ -z $output ]]; then passed "$name"; else failed "$name" <<<"$output"; fi
+}
+
+sources() {
+    find . \( -name build -o -name .git -o -name node_modules \) -prune -o \
+        -type f \( -name '*.h' -o -name '*.cpp' \) -printf '%P\n' | LC_ALL=C sort
+}
+
+shell_scripts() {
+    find run test .ci/run tools tests packaging -type f \( ! -name '*.*' -o -name '*.sh' \) -perm -u+x ! -path 'tools/lib/*' | LC_ALL=C sort
+}
+
+# Quoted includes of what is compiled into programs: "includer-folder included-folder file", tests left out.
+# shellcheck disable=SC2016 # the fields are awk's
+folder_includes() {
+    sources | grep -vE '^(tests|bench)/|^platform/testing/|Test\.cpp$' |
+        xargs -r -d '\n' awk '
+            match($0, /^#include "[^"]+\//) {
+                from = FILENAME; sub(/\/[^\/]*$/, "", from)
+                to = substr($0, 11, RLENGTH - 11)
+                if (from != to) print from, to, FILENAME
+            }'
+}
+
+# The arrows of the architecture. What is not listed is not allowed; "*" stands for every folder.
+layers='
+platform
+panel            platform
+touchback        platform
+discovery        platform
+views            platform
+dashboard        platform panel touchback discovery views
+platform/avahi   platform
+platform/curl    platform
+platform/posix   platform
+platform/qt      platform
+platform/wayland platform
+platform/macos   platform
+platform/x11     platform
+views/qt         platform views discovery dashboard
+simulator
+cli              platform platform/avahi platform/curl platform/posix platform/qt panel discovery touchback
+app              *
+'
+
+layers_broken() {
+    folder_includes | awk -v layers="$layers" '
+        BEGIN {
+            n = split(layers, line, "\n")
+            for (i = 1; i <= n; i++) {
+                m = split(line[i], folder, " ")
+                for (j = 1; j <= m; j++) allowed[folder[1], folder[j]] = 1
+            }
+        }
+        !(($1, $1) in allowed) { print $3 ": the folder " $1 " has no place in the layers of tools/check.sh"; next }
+        !(($1, $2) in allowed) && !(($1, "*") in allowed) { print $3 ": " $1 " must not include " $2 }' |
+        LC_ALL=C sort -u
+}
+
+cycles() {
+    folder_includes | awk '{ print $1, $2 }' | LC_ALL=C sort -u | { tsort >/dev/null; } 2>&1
+}
+
+# Where a library's headers are named outside the folders that adapt it.
+foreign_headers() { # PATTERN FOLDER-PATTERN
+    sources | grep -vE "^(tests|bench|$2)/" | xargs -r -d '\n' grep -HnE "^#include <($1)"
+}
+
+linked_by_logic() {
+    grep -HnE '(Qt6|CURL|X11|PkgConfig)::' {platform,panel,touchback,discovery,views,dashboard}/CMakeLists.txt
+}
+
+unformatted() {
+    sources | xargs -r -d '\n' clang-format --dry-run 2>&1 | grep 'clang-format-violations' | cut -d: -f1 | uniq -c |
+        awk '{ print $2 ": " $1 " places" }'
+}
+
+check_form() {
+    local name="the sources have the form of .clang-format" major
+    if ! command -v clang-format >/dev/null; then
+        skipped "$name" "clang-format is not installed"
+        return
+    fi
+    major=$(clang-format --version | sed -E 's/.*version ([0-9]+).*/\1/')
+    if [[ $major != 14 ]]; then
+        skipped "$name" "clang-format is version $major, which lays some lines out otherwise than 14"
+        return
+    fi
+    check "$name" unformatted
+}
+
+check_shell_scripts() {
+    if ! command -v shellcheck >/dev/null; then
+        skipped "shellcheck has no complaint" "shellcheck is not installed"
+        return
+    fi
+    local -a scripts
+    mapfile -t scripts < <(shell_scripts)
+    check "shellcheck has no complaint" shellcheck -x -f gcc "${scripts[@]}"
+}
+
+python_errors() {
+    find tools tests -name '*.py' -print0 | xargs -0 -r python3 -c '
+import ast, sys
+for name in sys.argv[1:]:
+    try:
+        ast.parse(open(name, encoding="utf-8").read(), name)
+    except SyntaxError as error:
+        print(f"{name}: {error}")'
+}
+
+tidy_complaints() {
+    sources | grep '\.cpp$' | grep -v '^tests/fuzz/' |
+        xargs -r -d '\n' -n 4 -P "$(nproc)" clang-tidy --quiet -p build/debug 2>/dev/null | grep -E '(warning|error):'
+}
+
+check_tidy() {
+    if ! command -v clang-tidy >/dev/null || [[ ! -f build/debug/compile_commands.json ]]; then
+        skipped "clang-tidy has no complaint" "clang-tidy or the debug build is missing"
+        return
+    fi
+    check "clang-tidy has no complaint" tidy_complaints
+}
+
+check_form
+check_shell_scripts
+check "the Python scripts parse" python_errors
+check "no folder includes one that the layers keep from it" layers_broken
+check "no folder includes one that includes it back" cycles
+check "Qt's headers stay in adapters and widgets" \
+    foreign_headers 'Q[A-Z]|Qt' 'platform/(qt|avahi|x11|wayland)|views/qt|app|cli|simulator'
+check "X11's headers stay in their adapter" foreign_headers 'X11/' 'platform/x11'
+check "libcurl's headers stay in their adapter" foreign_headers 'curl/' 'platform/curl'
+check "the HTTP server's headers stay in the simulated panel" foreign_headers 'microhttpd' 'simulator'
+check "Avahi's own headers are used nowhere: it is spoken to over D-Bus" foreign_headers 'avahi-' 'none'
+check "what decides links no toolkit" linked_by_logic
+[[ ${1-} != --tidy ]] || check_tidy
+printf '1..%d\n' "$count"

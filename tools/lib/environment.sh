@@ -1,0 +1,30 @@
+# shellcheck shell=bash
+# The same surroundings for every test, whoever starts it: nothing of the user's desktop, files or network settings.
+# Expects $project_root. The compilers still see the user's home, for their cache.
+
+# Sets $scratch, a private directory with a short name (names of sockets are limited), removed at the end.
+make_scratch() {
+    scratch=$(mktemp -d /tmp/panel-companion.XXXXXX)
+    trap 'rm -rf "$scratch"' EXIT
+    trap 'exit 130' INT
+    trap 'exit 143' TERM HUP
+}
+
+tidy_environment() {
+    export LC_ALL=C.UTF-8 PANEL_COMPANION_ROOT=$project_root
+    unset DISPLAY WAYLAND_DISPLAY XAUTHORITY DBUS_SESSION_BUS_ADDRESS DBUS_SYSTEM_BUS_ADDRESS SESSION_MANAGER
+    unset http_proxy https_proxy ftp_proxy all_proxy no_proxy HTTP_PROXY HTTPS_PROXY FTP_PROXY ALL_PROXY NO_PROXY
+    unset QT_QPA_PLATFORM QT_QPA_PLATFORMTHEME QT_STYLE_OVERRIDE QT_SCALE_FACTOR QT_PLUGIN_PATH XDG_CURRENT_DESKTOP
+    [[ -w ${HOME-} ]] || export CCACHE_DISABLE=1
+}
+
+# Runs a command with a home and a run-time directory of its own.
+in_private_home() {
+    mkdir -p "$scratch/home" "$scratch/run"
+    chmod 700 "$scratch/run"
+    HOME=$scratch/home XDG_RUNTIME_DIR=$scratch/run XDG_CONFIG_HOME='' XDG_CACHE_HOME='' XDG_DATA_HOME='' "$@"
+}
+
+tell() {
+    printf '\n== %s\n' "$*"
+}

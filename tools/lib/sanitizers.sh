@@ -1,0 +1,42 @@
+# shellcheck shell=bash
+# Whether programs built with a sanitizer run on this computer, and with what settings. Expects $scratch, and sets
+# $wrapper, a command that tests of that build are started with, and $sanitizer_problem.
+
+sanitizer_flags() { # PRESET
+    case $1 in
+    asan) printf '%s\n' -fsanitize=address,undefined ;;
+    tsan) printf '%s\n' -fsanitize=thread ;;
+    esac
+}
+
+set_sanitizer_options() { # PRESET
+    export UBSAN_OPTIONS=print_stacktrace=1
+    export ASAN_OPTIONS=detect_stack_use_after_return=1
+    export LSAN_OPTIONS=suppressions=$project_root/tools/sanitizers/leaks.txt:print_suppressions=0
+    # Libraries that were not built with the thread sanitizer look like races to it.
+    export TSAN_OPTIONS=ignore_noninstrumented_modules=1:suppressions=$project_root/tools/sanitizers/races.txt
+}
+
+sanitizer_works() { # PRESET
+    local probe=$scratch/probe-$1
+    set_sanitizer_options "$1"
+    printf '#include <thread>\nint main() { std::thread([] {}).join(); }\n' >"$probe.cpp"
+    if ! g++ "$(sanitizer_flags "$1")" -o "$probe" "$probe.cpp" 2>"$probe.log"; then
+        sanitizer_problem="the compiler has no such sanitizer: $(head -n 1 "$probe.log")"
+        return 1
+    fi
+    "$probe" >"$probe.log" 2>&1 && return 0
+    # The thread sanitizer refuses kernels that scatter memory widely.
+    if setarch -R "$probe" >>"$probe.log" 2>&1; then
+        wrapper=(setarch -R)
+        return 0
+    fi
+    # The search for leaks needs to trace the program, which some containers forbid.
+    if [[ $1 == asan ]] && ASAN_OPTIONS=$ASAN_OPTIONS:detect_leaks=0 "$probe" >>"$probe.log" 2>&1; then
+        ASAN_OPTIONS+=:detect_leaks=0
+        results_add skipped "$1: leaks" "this computer does not let a program be traced"
+        return 0
+    fi
+    sanitizer_problem="its programs do not run here: $(grep -m 1 . "$probe.log")"
+    return 1
+}

@@ -1,0 +1,31 @@
+# Test Anything Protocol → one line per test: passed, failed or skipped, its name, and why not, parted by tabs.
+# A plan that does not match what came is a failure of its own.
+
+function without_number(text) { sub(/^[0-9]* *(- *)?/, "", text); gsub(/\t/, " ", text); return text }
+
+function finish() {
+    if (status != "") print status "\t" name "\t" reason
+    status = ""
+}
+
+/^1\.\.[0-9]+/ { planned = substr($0, 4) + 0; has_plan = 1 }
+/^(not )?ok( |$)/ {
+    finish()
+    count++
+    status = /^not/ ? "failed" : "passed"
+    name = $0; sub(/^(not )?ok */, "", name); name = without_number(name); reason = ""
+    at = match(name, / # [Ss][Kk][Ii][Pp]/)
+    if (at) {
+        reason = substr(name, at + RLENGTH); sub(/^[A-Za-z]* */, "", reason)
+        name = substr(name, 1, at - 1)
+        if (status == "passed") status = "skipped"
+    }
+    next
+}
+/^Bail out!/ { bailed = 1; finish(); print "failed\t(ended early)\t" substr($0, 11) }
+/^# / && status == "failed" && reason == "" { reason = substr($0, 3) }
+END {
+    finish()
+    if (!bailed && !has_plan) print "failed\t(ended early)\tit did not tell how many tests it has"
+    else if (!bailed && planned != count) print "failed\t(ended early)\t" count + 0 " of " planned " tests were run"
+}
