@@ -50,30 +50,34 @@ std::size_t sequenceLength(std::string_view text)
     return form.length;
 }
 
-/// Takes the ASCII bytes off the front, eight at a time as long as there are eight.
-void skipAscii(std::string_view& text)
+bool isAsciiBlock(const char* bytes)
 {
-    constexpr std::uint64_t highBits = 0x8080808080808080;
     std::uint64_t block = 0;
-    while (text.size() >= sizeof block) {
-        std::memcpy(&block, text.data(), sizeof block);
-        if ((block & highBits) != 0)
-            break;
-        text.remove_prefix(sizeof block);
-    }
-    while (!text.empty() && static_cast<unsigned char>(text.front()) < 0x80)
-        text.remove_prefix(1);
+    std::memcpy(&block, bytes, sizeof block);
+    return (block & 0x8080808080808080) == 0;
+}
+
+/// The first byte from `begin` on that is not ASCII; eight are looked at together as long as there are eight.
+const char* skipAscii(const char* begin, const char* end)
+{
+    while (end - begin >= 8 && isAsciiBlock(begin))
+        begin += 8;
+    while (begin != end && static_cast<unsigned char>(*begin) < 0x80)
+        ++begin;
+    return begin;
 }
 
 } // namespace
 
 bool isValidUtf8(std::string_view text)
 {
-    for (skipAscii(text); !text.empty(); skipAscii(text)) {
-        const std::size_t length = sequenceLength(text);
+    const char* const end = text.data() + text.size();
+    const char* position = skipAscii(text.data(), end);
+    while (position != end) {
+        const std::size_t length = sequenceLength({position, static_cast<std::size_t>(end - position)});
         if (length == 0)
             return false;
-        text.remove_prefix(length);
+        position = skipAscii(position + length, end);
     }
     return true;
 }

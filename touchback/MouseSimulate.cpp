@@ -3,9 +3,11 @@
 #include "platform/FatalError.h"
 #include "touchback/Number.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <string>
+#include <cstring>
+#include <iterator>
 
 using namespace std::chrono_literals;
 
@@ -187,12 +189,12 @@ void MouseSimulate::postModifierKey(bool isDown)
 /// line shows a floating-point number whatever the distance.
 void MouseSimulate::printDistance(float distance)
 {
-    char digits[64]; // the longest float has 48 characters
-    const auto result = std::to_chars(digits, digits + sizeof digits, distance, std::chars_format::fixed);
-    std::string line = "::: Double Click distance " + std::string(digits, result.ptr);
-    if (std::isfinite(distance) && line.find('.') == std::string::npos)
-        line += ".0";
-    m_console.print(line);
+    char line[96] = "::: Double Click distance "; // the longest float has 48 characters
+    char* end =
+        std::to_chars(line + std::strlen(line), std::end(line), distance, std::chars_format::fixed).ptr;
+    if (std::isfinite(distance) && distance == std::trunc(distance))
+        end = std::copy_n(".0", 2, end);
+    m_console.print({line, static_cast<std::size_t>(end - line)});
 }
 
 std::int64_t MouseSimulate::nowInMilliseconds() const

@@ -6,31 +6,34 @@ namespace companion {
 
 namespace {
 
-/// Takes the text up to the next comma, and the comma, off the front; nothing when there is no comma.
-std::optional<std::string_view> takeField(std::string_view& record)
+/// Takes the text up to the next comma, and the comma, off the front of `record`; false when there is no comma.
+/// Fields are so short that a loop is faster than a library search.
+bool takeField(std::string_view& record, std::string_view& field)
 {
-    const std::size_t comma = record.find(',');
-    if (comma == std::string_view::npos)
-        return std::nullopt;
-    const std::string_view field = record.substr(0, comma);
-    record.remove_prefix(comma + 1);
-    return field;
+    for (std::size_t index = 0; index < record.size(); ++index) {
+        if (record[index] == ',') {
+            field = record.substr(0, index);
+            record.remove_prefix(index + 1);
+            return true;
+        }
+    }
+    return false;
 }
 
 } // namespace
 
 std::optional<TouchMessage> parseTouchMessage(std::string_view datagram)
 {
+    TouchMessage message;
     if (!isValidUtf8(datagram))
-        return TouchMessage{};
+        return message;
 
     std::string_view record = datagram.substr(0, datagram.find(';'));
-    const auto event = takeField(record);
-    const auto x = takeField(record);
-    const auto y = takeField(record);
-    if (!event || !x || !y)
+    if (!takeField(record, message.event) || !takeField(record, message.xCoordinate)
+        || !takeField(record, message.yCoordinate))
         return std::nullopt;
-    return TouchMessage{*event, *x, *y, record.substr(0, record.find(','))};
+    message.timeStamp = record.substr(0, record.find(','));
+    return message;
 }
 
 } // namespace companion

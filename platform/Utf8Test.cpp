@@ -1,0 +1,104 @@
+#include "platform/Utf8.h"
+
+#include <gtest/gtest.h>
+#include <string>
+
+using namespace std::string_literals;
+
+namespace companion::testing {
+
+namespace {
+
+/// Every code point as UTF-8, by the arithmetic of RFC 3629 rather than by its table of ranges.
+std::string encoded(char32_t codePoint)
+{
+    const auto continuation = [codePoint](int shift) {
+        return static_cast<char>(0x80 | ((codePoint >> shift) & 0x3F));
+    };
+    if (codePoint < 0x80)
+        return {static_cast<char>(codePoint)};
+    if (codePoint < 0x800)
+        return {static_cast<char>(0xC0 | (codePoint >> 6)), continuation(0)};
+    if (codePoint < 0x10000)
+        return {static_cast<char>(0xE0 | (codePoint >> 12)), continuation(6), continuation(0)};
+    return {static_cast<char>(0xF0 | (codePoint >> 18)), continuation(12), continuation(6), continuation(0)};
+}
+
+bool isSurrogate(char32_t codePoint)
+{
+    return codePoint >= 0xD800 && codePoint <= 0xDFFF;
+}
+
+} // namespace
+
+TEST(Utf8Test, EveryCodePointUpTo10FFFFIsValidExceptSurrogates)
+{
+    for (char32_t codePoint = 0; codePoint <= 0x10FFFF; ++codePoint)
+        ASSERT_EQ(isValidUtf8(encoded(codePoint)), !isSurrogate(codePoint))
+            << static_cast<unsigned>(codePoint);
+    EXPECT_FALSE(isValidUtf8(encoded(0x110000)));
+    EXPECT_FALSE(isValidUtf8(encoded(0x13FFFF)));
+}
+
+TEST(Utf8Test, OverlongFormsAreNotValid)
+{
+    EXPECT_FALSE(isValidUtf8("\xC0\x80"));
+    EXPECT_FALSE(isValidUtf8("\xC1\xBF"));
+    EXPECT_FALSE(isValidUtf8("\xE0\x80\x80"));
+    EXPECT_FALSE(isValidUtf8("\xE0\x9F\xBF"));
+    EXPECT_FALSE(isValidUtf8("\xF0\x80\x80\x80"));
+    EXPECT_FALSE(isValidUtf8("\xF0\x8F\xBF\xBF"));
+}
+
+TEST(Utf8Test, BytesThatStartNoSequenceAreNotValid)
+{
+    for (int lead = 0x80; lead <= 0xFF; ++lead) {
+        const bool startsSequence = lead >= 0xC2 && lead <= 0xF4;
+        if (!startsSequence) {
+            EXPECT_FALSE(isValidUtf8(static_cast<char>(lead) + "\x90\x90\x90"s)) << lead;
+        }
+    }
+}
+
+TEST(Utf8Test, SequencesCutOffAreNotValid)
+{
+    for (const std::string& whole : {"\xC3\xA9"s, "\xE2\x82\xAC"s, "\xF0\x9F\x98\x80"s}) {
+        for (std::size_t length = 1; length < whole.size(); ++length) {
+            EXPECT_FALSE(isValidUtf8(whole.substr(0, length)));
+            EXPECT_FALSE(isValidUtf8(whole.substr(0, length) + "x"));
+            EXPECT_FALSE(isValidUtf8(whole.substr(0, length) + "\xC3\xA9"));
+        }
+    }
+}
+
+TEST(Utf8Test, TextWithNulAndNoTextAreValid)
+{
+    EXPECT_TRUE(isValidUtf8(""));
+    EXPECT_TRUE(isValidUtf8({}));
+    EXPECT_TRUE(isValidUtf8("MOVE\0,1"s));
+}
+
+TEST(Utf8Test, OneBadByteIsSeenAtEveryPositionOfALongText)
+{
+    for (std::size_t length = 1; length <= 40; ++length) {
+        const std::string good(length, 'a');
+        ASSERT_TRUE(isValidUtf8(good));
+        for (std::size_t position = 0; position < length; ++position) {
+            std::string bad = good;
+            bad[position] = '\xFF';
+            ASSERT_FALSE(isValidUtf8(bad)) << position << " of " << length;
+        }
+    }
+}
+
+TEST(Utf8Test, ManyByteSequencesAreSeenAtEveryPositionOfALongText)
+{
+    for (std::size_t position = 0; position <= 20; ++position) {
+        const std::string before(position, 'a');
+        EXPECT_TRUE(isValidUtf8(before + "\xE2\x82\xAC" + "0123456789")) << position;
+        EXPECT_FALSE(isValidUtf8(before + "\xED\xA0\x80" + "0123456789")) << position;
+        EXPECT_FALSE(isValidUtf8(before + "\xE2\x82")) << position;
+    }
+}
+
+} // namespace companion::testing
