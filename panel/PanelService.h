@@ -24,7 +24,7 @@ struct PanelRequest {
     std::optional<std::string> panelAddress; ///< Dotted IPv4. Absent is a fatal error once it is sent.
     std::string pathAndQuery;                ///< For example "/ws", sent as it is.
     std::string method = "GET";
-    std::optional<HttpBody> body;
+    std::optional<HttpBody> body = std::nullopt;
 };
 
 /// A complete answer; `response` may be of another kind than HTTP.
