@@ -1,0 +1,42 @@
+#pragma once
+
+#include "platform/x11/RootPixel.h"
+
+#include <chrono>
+
+namespace companion {
+
+/// When X programs take two presses for a double click: usually a setting of the desktop.
+struct ClickRules {
+    std::chrono::milliseconds interval{400}; ///< From press to press; a gap of exactly this is too long.
+    double distance = 5;                     ///< In points, across and down; exactly this is near enough.
+};
+
+/// What X programs have counted: X events carry no click count, so each program counts presses by itself, by the
+/// time and the distance between one press and the next. Pure arithmetic.
+class ClickSeries {
+public:
+    using TimePoint = std::chrono::steady_clock::time_point;
+
+    explicit ClickSeries(ClickRules rules)
+        : m_rules(rules)
+    {
+    }
+
+    /// A press that programs have been given. `scale` is root pixels for each point.
+    void addPress(TimePoint time, RootPixel at, double scale);
+
+    /// Which press of its series the last one was: 1 for a single click, 2 for a double one; 0 before any.
+    int count() const { return m_count; }
+
+    /// Whether a press at this time and place would be counted as one more of the same series.
+    bool isContinuedBy(TimePoint time, RootPixel at, double scale) const;
+
+private:
+    ClickRules m_rules;
+    int m_count = 0;
+    TimePoint m_lastTime;
+    RootPixel m_lastAt;
+};
+
+} // namespace companion

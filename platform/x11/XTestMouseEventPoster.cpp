@@ -1,0 +1,209 @@
+#include "platform/x11/XTestMouseEventPoster.h"
+
+#include <X11/keysym.h>
+
+#include <utility>
+
+namespace companion {
+
+namespace {
+
+constexpr std::uint16_t leftShiftKeyCode = 56;
+
+} // namespace
+
+std::unique_ptr<XTestMouseEventPoster> XTestMouseEventPoster::open(
+    const std::string& displayName, Mapping mapping, std::string& whyNot, ClickRules rules, Now now)
+{
+    std::unique_ptr<XTestConnection> connection = XTestConnection::open(displayName, whyNot);
+    if (!connection)
+        return nullptr;
+    return std::unique_ptr<XTestMouseEventPoster>(
+        new XTestMouseEventPoster(std::move(connection), std::move(mapping), rules, std::move(now)));
+}
+
+XTestMouseEventPoster::XTestMouseEventPoster(
+    std::unique_ptr<XTestConnection> connection, Mapping mapping, ClickRules rules, Now now)
+    : m_connection(std::move(connection))
+    , m_displayName(m_connection->displayName())
+    , m_mapping(std::move(mapping))
+    , m_now(std::move(now))
+    , m_clicks(rules)
+{
+}
+
+XTestMouseEventPoster::~XTestMouseEventPoster()
+{
+    releaseAll(*m_connection, m_held);
+}
+
+std::optional<MouseEvent> XTestMouseEventPoster::makeMouseEvent(MouseEventType type, Point at)
+{
+    if (!m_mapping())
+        return std::nullopt;
+    return MouseEvent{type, at, 0};
+}
+
+std::optional<KeyEvent> XTestMouseEventPoster::makeKeyEvent(std::uint16_t keyCode, bool isDown)
+{
+    if (keyCode != leftShiftKeyCode || keycodeFor(*m_connection, shiftKey) == 0)
+        return std::nullopt;
+    return KeyEvent{keyCode, isDown, 0};
+}
+
+void XTestMouseEventPoster::post(const MouseEvent& event)
+{
+    const std::optional<ScreenMapping> mapping = m_mapping();
+    if (!mapping) {
+        // The screen went away since the event was made; a finger that is lifted must not leave the button held.
+        if (event.type == MouseEventType::leftUp && holds(leftButton))
+            setLeftButtonDown(false);
+        return;
+    }
+
+    const RootPixel at = toRootPixel(event.at, *mapping);
+    const bool isSecondClick = event.clickState == 2;
+    if (event.type == MouseEventType::leftDragged)
+        drag(at);
+    else if (isSecondClick && m_leavesOutSecondClick)
+        return;
+    else if (event.type == MouseEventType::leftUp)
+        release(at);
+    else if (event.clickState == 1)
+        postFirstClick(at, mapping->scale);
+    else
+        press(at, mapping->scale);
+}
+
+// A double click is asked for at the second release of a double tap, while the press of its second tap is held.
+// That press may have been the program's double click already, or it may become one by just one more press; then
+// the first press asked for is that one.
+void XTestMouseEventPoster::postFirstClick(RootPixel at, double scale)
+{
+    const int missing = missingPresses(at, scale);
+    m_leavesOutSecondClick = missing < 2;
+    if (missing == 0)
+        return; // the release that follows ends the held press
+    if (holds(leftButton))
+        release(at);
+    press(at, scale);
+}
+
+int XTestMouseEventPoster::missingPresses(RootPixel at, double scale) const
+{
+    const bool isContinued = m_clicks.isContinuedBy(m_now(), at, scale);
+    const int counted = holds(leftButton) || isContinued ? m_clicks.count() : 0;
+    if (counted >= 2)
+        return 0;
+    return counted == 1 && isContinued ? 1 : 2;
+}
+
+void XTestMouseEventPoster::press(RootPixel at, double scale)
+{
+    const std::optional<XTestConnection::Pointer> before = moveUnlessThere(at);
+    if (holds(leftButton))
+        return;
+    // Held, but not by us: either by a real mouse, which this release does not concern, or by a program that died
+    // with the button down, because of which the server would ignore our press.
+    if (before && before->isLeftButtonDown)
+        m_connection->setLeftButtonDown(false);
+    setLeftButtonDown(true);
+    m_clicks.addPress(m_now(), at, scale);
+}
+
+void XTestMouseEventPoster::release(RootPixel at)
+{
+    moveUnlessThere(at);
+    if (holds(leftButton))
+        setLeftButtonDown(false);
+}
+
+void XTestMouseEventPoster::drag(RootPixel to)
+{
+    if (m_lastMove != to)
+        move(to);
+}
+
+// A motion to where the pointer is already is an event like any other: between a press and its release programs
+// take it for a drag. The real mouse moves the pointer too, so the server is asked.
+std::optional<XTestConnection::Pointer> XTestMouseEventPoster::moveUnlessThere(RootPixel to)
+{
+    const std::optional<XTestConnection::Pointer> pointer = m_connection->pointer();
+    m_lastMove = to;
+    const bool isThere = pointer && (pointer->at == to || pointer->at == m_connection->reachablePixel(to));
+    if (!isThere)
+        move(to);
+    return pointer;
+}
+
+void XTestMouseEventPoster::move(RootPixel to)
+{
+    m_connection->move(to);
+    m_lastMove = to;
+}
+
+// Sent at once: programs measure double clicks by the time at which the server sees a press, and what is held is
+// known to another thread in time, before a press and after a release.
+void XTestMouseEventPoster::setLeftButtonDown(bool isDown)
+{
+    if (isDown)
+        m_held |= leftButton;
+    m_connection->setLeftButtonDown(isDown);
+    m_connection->flush();
+    if (!isDown)
+        m_held &= ~static_cast<unsigned>(leftButton);
+}
+
+void XTestMouseEventPoster::post(const KeyEvent& event)
+{
+    if (event.keyCode != leftShiftKeyCode)
+        return;
+    if (event.isDown && event.flags == controlModifierFlag)
+        setKeyDown(controlKey, true); // first, so that the key's own event says that Control is held
+    setKeyDown(shiftKey, event.isDown);
+    if (!event.isDown)
+        setKeyDown(controlKey, false);
+}
+
+void XTestMouseEventPoster::setKeyDown(Held key, bool isDown)
+{
+    if (holds(key) == isDown)
+        return;
+    const unsigned keycode = keycodeFor(*m_connection, key);
+    if (keycode == 0)
+        return;
+    if (isDown)
+        m_held |= key;
+    m_connection->setKeyDown(keycode, isDown);
+    m_connection->flush();
+    if (!isDown)
+        m_held &= ~static_cast<unsigned>(key);
+}
+
+void XTestMouseEventPoster::releaseHeldButton() const
+{
+    const unsigned held = m_held;
+    if (held == 0)
+        return;
+    std::string whyNot;
+    if (const auto connection = XTestConnection::open(m_displayName, whyNot))
+        releaseAll(*connection, held);
+}
+
+unsigned XTestMouseEventPoster::keycodeFor(XTestConnection& connection, Held key)
+{
+    return connection.keycodeOf(key == shiftKey ? XK_Shift_L : XK_Control_L);
+}
+
+void XTestMouseEventPoster::releaseAll(XTestConnection& connection, unsigned held)
+{
+    if (held & leftButton)
+        connection.setLeftButtonDown(false);
+    for (const Held key : {shiftKey, controlKey}) {
+        if (held & key)
+            connection.setKeyDown(keycodeFor(connection, key), false);
+    }
+    connection.sync();
+}
+
+} // namespace companion
