@@ -1,0 +1,60 @@
+#!/usr/bin/python3
+"""Starts a simulated panel and, beside it, the application on this desktop; both end when the application is closed."""
+
+import argparse
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1]))
+from harness import mdns  # noqa: E402
+from harness.panel import Panel  # noqa: E402
+from harness.processes import Failure, Processes  # noqa: E402
+
+
+def reach_mdns(processes, folder):
+    """Whether services can be announced; root may start a daemon, on the loopback only, where there is none."""
+    if mdns.system_mdns_answers():
+        return True
+    if os.geteuid() != 0:
+        return False
+    try:
+        bus = mdns.SystemBus(processes, folder)
+        mdns.AvahiDaemon(processes, folder, bus, "lo")
+    except Failure as problem:
+        print(problem)
+        return False
+    os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = bus.address
+    return True
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--programs", required=True, type=pathlib.Path, help="the folder of the built programs")
+    parser.add_argument("options", nargs="*", help="for panel-companion")
+    arguments = parser.parse_args()
+
+    with tempfile.TemporaryDirectory(prefix="panel-companion.") as name:
+        folder = pathlib.Path(name)
+        processes = Processes(folder)
+        try:
+            options = arguments.options
+            announced = reach_mdns(processes, folder)
+            try:
+                panel = Panel(processes, arguments.programs / "panel-simulator",
+                              arguments=["--uploads", folder] + ([] if announced else ["--no-announce"]))
+            except Failure as problem:
+                print(f"There is no simulated panel this time. {problem}")
+            else:
+                print(f"The simulated panel is {panel.service_name!r}; touch it at http://127.0.0.1:5000/simulator/touch.")
+                if not announced:
+                    print("No mDNS daemon answers here, so the application is told of the panel by --panel.")
+                    options = ["--panel", panel.service_name, *options]
+            return subprocess.run([arguments.programs / "panel-companion", *options], check=False).returncode
+        finally:
+            processes.end()
+
+
+sys.exit(main())

@@ -1,0 +1,79 @@
+"""The application as a user works it."""
+
+import os
+
+from .processes import Failure, wait_until
+
+ENABLED = "Touchback is enabled now."
+DISABLED = "Touchback is disabled now."
+
+
+class Companion:
+    """panel-companion on `desktop`, with its dashboard showing."""
+
+    def __init__(self, processes, desktop, program, options=(), environment=None):
+        self._desktop = desktop
+        self.process = processes.start([program, *options], name="panel-companion", environment=environment)
+        from .accessibility import Program  # only where there is a desktop there is a bus for it
+        self.window = Program("Panel Companion")
+        self.window.find(name="Devices", timeout=10)
+
+    def open_list(self):
+        if not self.window.is_showing("list|table", "Panels"):
+            self.window.press("Devices")
+        return self.window.find("list|table", "Panels")
+
+    def close_list(self):
+        if self.window.is_showing("list|table", "Panels"):
+            self.window.press("Devices")
+            self.window.gone("list|table", "Panels")
+
+    def row(self, panel_name):
+        return next((e for e in self.window.find_all("list item|table cell") if panel_name in e.name), None)
+
+    def wait_for_row(self, panel_name, timeout=15.0):
+        self.open_list()
+        return wait_until(lambda: self.row(panel_name), f"a row for {panel_name!r}", timeout)
+
+    def pair(self, panel):
+        """Picks the panel in the list; returns what the status says then."""
+        self.wait_for_row(panel.name)
+        self._desktop.click(*self.row(panel.name).center())
+        status = self.window.find("label", f"Paired to {panel.hex}").name
+        self.close_list()
+        return status
+
+    def expect_alert(self, text, timeout=5.0):
+        texts = self.window.alert_texts(timeout)
+        if text not in texts:
+            raise Failure(f"the alert says {texts}, not {text!r}")
+
+    def press_cast(self, alert):
+        """Presses "Cast" and answers the alert that follows, which is to say `alert`."""
+        self.window.press("Cast")
+        self.expect_alert(alert)
+        self.window.dismiss_alert()
+
+    def start_casting(self):
+        self.press_cast(ENABLED)
+
+    def stop_casting(self):
+        self.press_cast(DISABLED)
+
+    def is_casting(self):
+        return self.window.find(name="Cast").has("pressed")
+
+    def expect_alive(self):
+        if not self.process.running():
+            raise Failure(f"the application ended with status {self.process.status()}: {self.process.output()[-500:]}")
+
+    def processor_seconds(self):
+        """The processor time that it has used."""
+        with open(f"/proc/{self.process.pid}/stat", encoding="ascii") as stat:
+            fields = stat.read().rsplit(")", 1)[1].split()
+        return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
+
+    def memory(self):
+        """Resident, in bytes."""
+        with open(f"/proc/{self.process.pid}/statm", encoding="ascii") as statm:
+            return int(statm.read().split()[1]) * os.sysconf("SC_PAGE_SIZE")

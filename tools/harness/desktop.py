@@ -1,0 +1,96 @@
+"""A desktop without a screen: X server, window manager, session bus with accessibility."""
+
+import os
+import re
+import shutil
+import subprocess
+
+from .processes import Failure, wait_until
+
+
+class Desktop:
+    """Its programs are ended with the `processes` that they belong to. DISPLAY and the like are set for this script
+    too, so it must be made before the accessibility bindings are used."""
+
+    def __init__(self, processes, width=1366, height=768):
+        self.width, self.height = width, height
+        self._processes = processes
+        self._start_display()
+        self._start_session_bus()
+        os.environ.update({
+            "QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "NO_AT_BRIDGE": "0",
+            "GTK_USE_PORTAL": "0", "QT_QPA_PLATFORMTHEME": "", "LC_ALL": "C.UTF-8"})
+        os.environ.pop("WAYLAND_DISPLAY", None)
+        processes.start(["openbox", "--sm-disable"])
+
+    def _start_display(self):
+        reader, writer = os.pipe()
+        server = self._processes.start(
+            ["Xvfb", "-displayfd", writer, "-screen", "0", f"{self.width}x{self.height}x24", "-nolisten", "tcp",
+             "-noreset", "-ac"], pass_fds=(writer,))
+        os.close(writer)
+        number = b""
+        while not number.endswith(b"\n"):
+            piece = os.read(reader, 16)
+            if not piece:
+                raise Failure(f"the X server did not start: {server.output()}")
+            number += piece
+        os.close(reader)
+        os.environ["DISPLAY"] = ":" + number.decode().strip()
+
+    def _start_session_bus(self):
+        bus = self._processes.start(["dbus-daemon", "--session", "--nofork", "--print-address=1"], name="session-bus")
+        wait_until(lambda: "unix:" in bus.output() or not bus.running(), "the session bus's address")
+        address = re.search(r"^unix:.*$", bus.output(), re.MULTILINE)
+        if not address:
+            raise Failure(f"the session bus did not start: {bus.output()}")
+        os.environ["DBUS_SESSION_BUS_ADDRESS"] = address.group(0)
+
+    def pointer(self):
+        """Where the pointer is, in pixels."""
+        shown = subprocess.run(["xdotool", "getmouselocation"], stdout=subprocess.PIPE, text=True, check=True).stdout
+        place = dict(part.split(":") for part in shown.split())
+        return int(place["x"]), int(place["y"])
+
+    def click(self, x, y):
+        subprocess.run(["xdotool", "mousemove", "--sync", str(x), str(y), "click", "1"], check=False, timeout=5,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+    def screenshot(self, file):
+        if shutil.which("import"):
+            subprocess.run(["import", "-window", "root", str(file)], check=False, timeout=20,
+                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
+
+class ClickWindow:
+    """A window of another program (xev), in which clicks are counted as toolkits count them: a press soon after and
+    close to the one before it is the second of a double click, the third of a triple one, and so on."""
+
+    INTERVAL = 400  # milliseconds, as Qt's default
+    DISTANCE = 10   # pixels, as Qt's default
+
+    def __init__(self, desktop, processes, x, y, width=300, height=200):
+        self.x, self.y, self.width, self.height = x, y, width, height
+        self._process = processes.start(
+            ["xev", "-geometry", f"{width}x{height}+{x}+{y}", "-event", "button", "-event", "structure"], name="xev")
+        wait_until(lambda: "MapNotify" in self._process.output(), "the window that clicks are counted in")
+
+    def presses(self):
+        """(time in milliseconds, x, y on the screen) of every press of the left button so far."""
+        pattern = r"ButtonPress event.*?time (\d+), \(-?\d+,-?\d+\), root:\((-?\d+),(-?\d+)\),\s+state \w+, button 1,"
+        return [tuple(map(int, found)) for found in re.findall(pattern, self._process.output(), re.DOTALL)]
+
+    def releases(self):
+        return len(re.findall(r"ButtonRelease event", self._process.output()))
+
+    def clicks(self):
+        """The highest click count that was reached: 1, 2 for a double click, 3 for a triple one."""
+        highest = run = 0
+        last = None
+        for press in self.presses():
+            near = last is not None and press[0] - last[0] <= self.INTERVAL \
+                and abs(press[1] - last[1]) <= self.DISTANCE and abs(press[2] - last[2]) <= self.DISTANCE
+            run = run + 1 if near else 1
+            highest = max(highest, run)
+            last = press
+        return highest
