@@ -20,13 +20,20 @@ bool hasXTest(Display* display)
     return XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor);
 }
 
-// Xlib's own handler ends the process, and there is one handler for all connections of a process.
+// Xlib's own handlers end the process, and there is one of each for all connections of a process. Connections of
+// others still end it when they are lost, by their own exit handler.
 int reportError(Display* display, XErrorEvent* error)
 {
     char text[128] = "";
     XGetErrorText(display, error->error_code, text, sizeof text);
     std::fprintf(
         stderr, "X error ignored: %s (request %d.%d)\n", text, error->request_code, error->minor_code);
+    return 0;
+}
+
+int reportLoss(Display* display)
+{
+    std::fprintf(stderr, "The connection to the X display \"%s\" is lost\n", DisplayString(display));
     return 0;
 }
 
@@ -53,6 +60,7 @@ XTestConnection::XTestConnection(_XDisplay* display)
     , m_screen(DefaultScreen(display))
 {
     XSetErrorHandler(reportError);
+    XSetIOErrorHandler(reportLoss);
     XSetIOErrorExitHandler(
         display, [](Display*, void* self) { static_cast<XTestConnection*>(self)->m_isLost = true; }, this);
 }

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "dashboard/DashboardView.h"
+#include "dashboard/RelaySettingsViewController.h"
+#include "discovery/DevicesListViewController.h"
+#include "panel/PanelService.h"
+#include "platform/Alerts.h"
+#include "platform/AsyncUdpSocket.h"
+#include "platform/Clock.h"
+#include "platform/Log.h"
+#include "platform/MainQueue.h"
+#include "platform/MouseEventPoster.h"
+#include "platform/Screen.h"
+
+#include <functional>
+#include <memory>
+
+namespace companion {
+
+/// Whose touches are listened to: everybody's, or those that come from the paired panel's address.
+enum class TouchSource { any, panel };
+
+/// What the dashboard works with. Everything outlives it; the main queue may hold jobs of it to the end.
+struct DashboardDependencies {
+    DashboardView& view;
+    Alerts& alerts;
+    MainQueue& mainQueue;
+    SystemLog& log;
+    PanelRequestHost panelRequestHost;
+    AsyncUdpSocketFactory& sockets;
+    Clock& clock;
+    Pause& pause;
+    Screen& screen;
+    MouseEventPoster& mouseEventPoster;
+
+    /// Called at most once each, when a popover is opened for the first time; the view is not loaded yet.
+    std::function<std::unique_ptr<DevicesListViewController>()> makeDevicesListController;
+    std::function<std::unique_ptr<RelaySettingsViewController>()> makeSettingsController;
+
+    TouchSource touchSource = TouchSource::any;
+};
+
+} // namespace companion

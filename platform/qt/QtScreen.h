@@ -1,0 +1,31 @@
+#pragma once
+
+#include "platform/Screen.h"
+#include "platform/ScreenMapping.h"
+
+#include <string>
+
+#include <QString>
+
+class QScreen;
+
+namespace companion {
+
+/// The main screen: the one of the given name as long as it is there, else the desktop's primary one. Asked anew at
+/// every call, since screens come and go. Main thread only.
+class QtScreen : public Screen {
+public:
+    explicit QtScreen(const std::optional<std::string>& screenName = std::nullopt);
+
+    std::optional<Size> mainScreenSize() const override;
+
+    /// Where the screen lies in the window server's root window; nothing when there is no screen.
+    std::optional<ScreenMapping> mapping() const;
+
+private:
+    QScreen* mainScreen() const;
+
+    QString m_screenName;
+};
+
+} // namespace companion
