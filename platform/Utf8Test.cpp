@@ -71,6 +71,25 @@ TEST(Utf8Test, SequencesCutOffAreNotValid)
     }
 }
 
+TEST(Utf8Test, SequenceIsNotCompletedByWhatLiesBehindTheText)
+{
+    EXPECT_FALSE(isValidUtf8(std::string_view("\xC3\xA9", 1)));
+    EXPECT_FALSE(isValidUtf8(std::string_view("\xE2\x82\xAC", 2)));
+    EXPECT_FALSE(isValidUtf8(std::string_view("\xF0\x9F\x98\x80", 3)));
+}
+
+TEST(Utf8Test, OnlyBytesFrom80ToBFContinueASequence)
+{
+    const std::string whole = "\xF1\x88\x99\xAA";
+    for (std::size_t position = 1; position < whole.size(); ++position) {
+        for (int byte = 0; byte <= 0xFF; ++byte) {
+            std::string text = whole;
+            text[position] = static_cast<char>(byte);
+            EXPECT_EQ(isValidUtf8(text), byte >= 0x80 && byte <= 0xBF) << position << ' ' << byte;
+        }
+    }
+}
+
 TEST(Utf8Test, TextWithNulAndNoTextAreValid)
 {
     EXPECT_TRUE(isValidUtf8(""));

@@ -357,6 +357,12 @@ TEST_F(MouseSimulateTest, DistanceIsTakenInSinglePrecision)
     EXPECT_EQ(secondRelease(10, movedBy(somewhere, 50.000001, 0)), doubleClick("50.0"));
 }
 
+TEST_F(MouseSimulateTest, QuickSecondReleaseAtTheNextDistanceAbove50PostsNothing)
+{
+    const double above50 = std::nextafter(50.0F, 51.0F);
+    EXPECT_EQ(secondRelease(10, movedBy(somewhere, 0, above50)), "print ::: Double Click distance 50.000004");
+}
+
 TEST_F(MouseSimulateTest, DifferencesAreTakenInDoublePrecision)
 {
     mouse.simulateMouseUp({16'777'217, 0.25});
