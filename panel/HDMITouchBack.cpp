@@ -30,10 +30,9 @@ void HDMITouchBack::enableHDMITouchback(
     m_hideMenu = flagText(!enable);
     m_isHDMI = flagText(fromHDMI);
 
-    PanelRequest request;
-    request.panelAddress = selectedDeviceIP;
-    request.pathAndQuery = "/enableWifiTouchback?ip=" + localAddress + "&enable=" + m_enableHDMITouchback
-        + "&hidemenu=" + m_hideMenu + "&isHDMI=" + m_isHDMI;
+    const PanelRequest request{selectedDeviceIP,
+        "/enableWifiTouchback?ip=" + localAddress + "&enable=" + m_enableHDMITouchback
+            + "&hidemenu=" + m_hideMenu + "&isHDMI=" + m_isHDMI};
     PanelService(m_host.httpSession, m_host.console).send(request, [](const PanelReply&) {
         // The line that describes the response is all that comes of it.
     });

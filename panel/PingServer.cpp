@@ -66,9 +66,7 @@ void PingServer::pingServerHeartbeat(
         return;
     }
 
-    PanelRequest request;
-    request.panelAddress = selectedDeviceIP;
-    request.pathAndQuery = "/pingServerWithIP?ip=" + localAddress + "&msg=ping";
+    const PanelRequest request{selectedDeviceIP, "/pingServerWithIP?ip=" + localAddress + "&msg=ping"};
     PanelService(m_host.httpSession, m_host.console)
         .send(request, [&console = m_host.console, handler = std::move(handler)](const PanelReply& reply) {
             if (reply.response && reply.response->statusCode)

@@ -14,6 +14,8 @@ namespace {
 
 constexpr auto panelAddress = "10.27.3.20";
 
+} // namespace
+
 /// Tells towards which address it was asked.
 class RecordingInterfaceNameRule : public InterfaceNameRule {
 public:
@@ -26,8 +28,6 @@ public:
     std::string name = "en0";
     mutable std::vector<std::optional<std::string>> askedTowards;
 };
-
-} // namespace
 
 class PingServerTest : public ::testing::Test {
 protected:

@@ -19,8 +19,12 @@ constexpr std::size_t exactDigits = 15;
 std::size_t takeDigits(std::string_view& text, std::uint64_t& value)
 {
     std::size_t count = 0;
-    for (; count < text.size() && text[count] >= '0' && text[count] <= '9'; ++count)
-        value = value * 10 + static_cast<unsigned char>(text[count] - '0');
+    for (; count < text.size(); ++count) {
+        const unsigned digit = static_cast<unsigned char>(text[count]) - unsigned{'0'}; // wraps below '0'
+        if (digit > 9)
+            break;
+        value = value * 10 + digit;
+    }
     text.remove_prefix(count);
     return count;
 }

@@ -12,7 +12,8 @@ std::size_t allocations = 0;
 
 } // namespace
 
-void* operator new(std::size_t size)
+// Not inlined, or else the compiler takes malloc and free here for a mismatch with new and delete.
+[[gnu::noinline]] void* operator new(std::size_t size)
 {
     ++allocations;
     if (void* memory = std::malloc(size == 0 ? 1 : size))
@@ -20,19 +21,17 @@ void* operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
-void operator delete(void* memory) noexcept
+[[gnu::noinline]] void operator delete(void* memory) noexcept
 {
     std::free(memory);
 }
 
-void operator delete(void* memory, std::size_t) noexcept
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept
 {
     std::free(memory);
 }
 
 namespace companion::testing {
-
-namespace {
 
 /// Everything that a touch needs of the world, taking note without memory of its own.
 class FrugalWorld : public Clock, public Screen, public Pause, public MouseEventPoster, public Console {
@@ -59,8 +58,6 @@ public:
     int posted = 0;
     MouseEvent last;
 };
-
-} // namespace
 
 class TouchAllocationTest : public ::testing::Test {
 protected:

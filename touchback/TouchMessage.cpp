@@ -2,22 +2,22 @@
 
 #include "platform/Utf8.h"
 
+#include <algorithm>
+
 namespace companion {
 
 namespace {
 
 /// Takes the text up to the next comma, and the comma, off the front of `record`; false when there is no comma.
-/// Fields are so short that a loop is faster than a library search.
 bool takeField(std::string_view& record, std::string_view& field)
 {
-    for (std::size_t index = 0; index < record.size(); ++index) {
-        if (record[index] == ',') {
-            field = record.substr(0, index);
-            record.remove_prefix(index + 1);
-            return true;
-        }
-    }
-    return false;
+    // Fields are so short that this loop is faster than the text's own search.
+    const auto comma = std::find(record.begin(), record.end(), ',');
+    if (comma == record.end())
+        return false;
+    field = std::string_view(record.begin(), comma);
+    record = std::string_view(comma + 1, record.end());
+    return true;
 }
 
 } // namespace
