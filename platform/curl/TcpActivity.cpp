@@ -1,0 +1,20 @@
+#include "platform/curl/TcpActivity.h"
+
+#include <algorithm>
+#include <linux/tcp.h> // the C library's own tcp_info ends before the byte counts
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+namespace companion {
+
+TcpActivity tcpActivity(int socket)
+{
+    tcp_info info{};
+    socklen_t size = sizeof info;
+    if (getsockopt(socket, IPPROTO_TCP, TCP_INFO, &info, &size) != 0)
+        return {};
+    return {info.tcpi_bytes_received + info.tcpi_bytes_acked,
+        std::chrono::milliseconds(std::min(info.tcpi_last_data_recv, info.tcpi_last_ack_recv))};
+}
+
+} // namespace companion
