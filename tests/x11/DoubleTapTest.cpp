@@ -1,0 +1,210 @@
+// What a text field of another program makes of double taps on the panel, with the real click counting of Qt: it
+// counts by the X server's time, so the taps take the time that they take. Each case has a server of its own, and
+// they run side by side.
+#include "platform/testing/FakeLog.h"
+#include "platform/testing/FakeScreen.h"
+#include "platform/x11/FlushingPause.h"
+#include "tests/support/XRecorder.h"
+#include "tests/support/XvfbServer.h"
+#include "touchback/MouseSimulate.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <deque>
+#include <future>
+#include <regex>
+#include <thread>
+
+namespace companion::testing {
+
+using namespace std::chrono_literals;
+using std::chrono::milliseconds;
+
+namespace {
+
+class RealClock : public Clock {
+public:
+    double secondsSince1970() const override
+    {
+        return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+    }
+};
+
+class RealPause : public Pause {
+public:
+    void pauseFor(std::chrono::microseconds duration) override { std::this_thread::sleep_for(duration); }
+};
+
+/// A finger on a panel that shows the display.
+class Finger {
+public:
+    explicit Finger(const std::string& display)
+        : m_poster(XTestMouseEventPoster::open(
+            display, [] { return ScreenMapping{}; }, m_whyNot))
+        , m_pause(m_realPause, *m_poster)
+        , m_mouse(m_clock, m_screen, m_pause, *m_poster, m_console)
+    {
+    }
+
+    void down(Point at)
+    {
+        m_mouse.simulateMouseDown(at);
+        m_poster->flush();
+    }
+
+    void up(Point at)
+    {
+        m_mouse.simulateMouseUp(at);
+        m_poster->flush();
+    }
+
+private:
+    RealClock m_clock;
+    FakeScreen m_screen;
+    RealPause m_realPause;
+    Transcript m_transcript;
+    FakeConsole m_console{m_transcript};
+    std::string m_whyNot;
+    std::unique_ptr<XTestMouseEventPoster> m_poster;
+    FlushingPause m_pause;
+    MouseSimulate m_mouse;
+};
+
+struct Tap {
+    milliseconds at; ///< Of the press, since the first one.
+    milliseconds held;
+    double x = 100;
+};
+
+struct Case {
+    std::string name;
+    std::deque<Tap> taps;
+};
+
+/// Two taps whose presses are `gap` apart.
+Case doubleTap(milliseconds gap, double distance, milliseconds secondHeld)
+{
+    return {std::to_string(gap.count()) + " ms, " + std::to_string(int(distance)) + " px, second held "
+            + std::to_string(secondHeld.count()) + " ms",
+        {{0ms, 50ms, 100}, {gap, secondHeld, 100 + distance}}};
+}
+
+/// A text field with a server of its own, ready to be tapped.
+struct Stage {
+    explicit Stage(const std::string& kind)
+        : field({CLICK_COUNTER, kind},
+            {{"DISPLAY", xvfb.display()}, {"QT_QPA_PLATFORM", "xcb"}, {"LC_ALL", "C.UTF-8"}})
+        , finger(xvfb.display())
+    {
+    }
+
+    std::string play(const Case& played)
+    {
+        const auto start = std::chrono::steady_clock::now();
+        for (const Tap& tap : played.taps) {
+            const Point at{tap.x, 30};
+            std::this_thread::sleep_until(start + tap.at);
+            finger.down(at);
+            std::this_thread::sleep_until(start + tap.at + tap.held);
+            finger.up(at);
+        }
+        std::this_thread::sleep_for(
+            250ms); // whatever is one click too many comes with the last touch, not later
+        return field.output();
+    }
+
+    XvfbServer xvfb;
+    ChildProcess field;
+    Finger finger;
+};
+
+int count(const std::string& text, const std::string& pattern)
+{
+    const std::regex regex(pattern);
+    return static_cast<int>(std::distance(std::sregex_iterator(text.begin(), text.end(), regex), {}));
+}
+
+void expectOneDoubleClickEach(const std::string& kind, const std::vector<Case>& cases)
+{
+    std::deque<Stage> stages;
+    for (std::size_t i = 0; i < cases.size(); ++i)
+        stages.emplace_back(kind);
+    for (Stage& stage : stages)
+        ASSERT_TRUE(stage.field.waitForOutput("ready", 60s)) << stage.field.output();
+
+    std::vector<std::future<std::string>> results;
+    for (std::size_t i = 0; i < cases.size(); ++i)
+        results.push_back(std::async(std::launch::async, [&, i] { return stages[i].play(cases[i]); }));
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        SCOPED_TRACE(cases[i].name);
+        const std::string seen = results[i].get();
+        const std::string oneWord = "\\[abcdefghij\\]";
+        EXPECT_EQ(count(seen, "doubleclick"), 1) << seen;
+        EXPECT_EQ(count(seen, "doubleclick " + oneWord), 1) << seen;
+        EXPECT_EQ(count(seen, "\\[.* .*\\]"), 0) << "the line was selected, as by a triple click: " << seen;
+        EXPECT_EQ(count(seen, "press|doubleclick"), count(seen, "release")) << seen;
+    }
+}
+
+std::vector<Case> everyGapAndDistance(const std::vector<milliseconds>& gaps, milliseconds secondHeld)
+{
+    std::vector<Case> cases;
+    for (const milliseconds gap : gaps) {
+        for (const double distance : {0.0, 30.0})
+            cases.push_back(doubleTap(gap, distance, secondHeld));
+    }
+    return cases;
+}
+
+} // namespace
+
+TEST(DoubleTapTest, TapsOf50Milliseconds150To750Apart0And30PixelsAwayAreOneDoubleClickInATextField)
+{
+    expectOneDoubleClickEach("text", everyGapAndDistance({150ms, 300ms, 500ms, 750ms}, 50ms));
+}
+
+TEST(DoubleTapTest, TapsOf50Milliseconds150To750Apart0And30PixelsAwayAreOneDoubleClickInALineField)
+{
+    expectOneDoubleClickEach("line", everyGapAndDistance({150ms, 300ms, 500ms, 750ms}, 50ms));
+}
+
+// Releases more than 800 ms apart are no double tap, which is why longer gaps are missing here.
+TEST(DoubleTapTest, ASecondTapHeldFor300MillisecondsIsOneDoubleClick)
+{
+    expectOneDoubleClickEach("text", everyGapAndDistance({150ms, 300ms, 500ms}, 300ms));
+}
+
+TEST(DoubleTapTest, ASecondTapHeldFor600MillisecondsIsOneDoubleClick)
+{
+    expectOneDoubleClickEach("text", everyGapAndDistance({150ms}, 600ms));
+}
+
+TEST(DoubleTapTest, TapsBeforeAndAfterDoNotTurnTheDoubleClickIntoATripleOne)
+{
+    expectOneDoubleClickEach("text",
+        {
+            {"a slow pair before", {{0ms, 50ms}, {900ms, 50ms}, {1800ms, 50ms}, {2300ms, 50ms}}},
+            {"a single tap half a second after", {{0ms, 50ms}, {500ms, 50ms}, {1050ms, 50ms}}},
+            {"a single tap half a second after quick ones", {{0ms, 50ms}, {150ms, 50ms}, {650ms, 50ms}}},
+            {"a slow pair before, 30 px away",
+                {{0ms, 50ms}, {900ms, 50ms}, {1050ms, 50ms, 130}, {1550ms, 50ms, 130}}},
+        });
+}
+
+TEST(DoubleTapTest, ASecondTap60PixelsAwayWithin800MillisecondsStaysHeldUntilALaterRelease)
+{
+    XvfbServer xvfb;
+    XRecorder recorder(xvfb.display());
+    Finger finger(xvfb.display());
+    finger.down({100, 30});
+    finger.up({100, 30});
+    finger.down({160, 30});
+    finger.up({160, 30});
+    EXPECT_EQ(recorder.takeText(), "motion 100,30 press1 100,30 release1 100,30 motion 160,30 press1 160,30");
+    finger.down({700, 300});
+    finger.up({701, 300});
+    EXPECT_EQ(recorder.takeText(), "motion 700,300 motion 701,300 release1 701,300");
+}
+
+} // namespace companion::testing
