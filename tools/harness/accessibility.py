@@ -38,9 +38,11 @@ class Element:
     def has(self, state):
         return bool(self._ask(lambda a: a.get_state_set().contains(getattr(Atspi.StateType, state.upper()))))
 
+    def child_count(self):
+        return self._ask(lambda a: a.get_child_count(), 0)
+
     def children(self):
-        count = self._ask(lambda a: a.get_child_count(), 0)
-        found = (self._ask(lambda a, i=i: a.get_child_at_index(i)) for i in range(count))
+        found = (self._ask(lambda a, i=i: a.get_child_at_index(i)) for i in range(self.child_count()))
         return [Element(child) for child in found if child is not None]
 
     def everything(self):

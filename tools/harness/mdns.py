@@ -61,11 +61,11 @@ class SystemBus:
         configuration = folder / f"{name}-bus.conf"
         configuration.write_text(_BUS.format(socket=socket), encoding="utf-8")
         self.address = f"unix:path={socket}"
-        self._process = processes.start(
+        self.process = processes.start(
             ["dbus-daemon", f"--config-file={configuration}", "--nofork"], name=f"{name}-bus")
-        wait_until(lambda: socket.exists() or not self._process.running(), "the system bus")
-        if not self._process.running():
-            raise Failure(f"the system bus did not start: {self._process.output()}")
+        wait_until(lambda: socket.exists() or not self.process.running(), "the system bus")
+        if not self.process.running():
+            raise Failure(f"the system bus did not start: {self.process.output()}")
 
 
 class AvahiDaemon:
@@ -76,10 +76,13 @@ class AvahiDaemon:
         self._configuration = pathlib.Path(folder) / f"{host}-avahi.conf"
         self._configuration.write_text(_AVAHI.format(
             host=host, interfaces=interfaces, ipv6="yes" if ipv6 else "no", limits=limits), encoding="utf-8")
-        self._process = None
+        self.process = None
         self.start()
 
     def start(self):
+        """Does nothing if it runs."""
+        if self.process is not None and self.process.running():
+            return
         program = avahi_program()
         if not program:
             raise Failure("avahi-daemon is not installed")
@@ -91,13 +94,13 @@ class AvahiDaemon:
             arguments = ["unshare", "--mount", "sh", "-c", _PRIVATE_FOLDER, "sh", *arguments]
         else:
             arguments = ["sh", "-c", _SHARED_FOLDER, "sh", *arguments]
-        self._process = self._processes.start(
+        self.process = self._processes.start(
             arguments, name=f"{self._host}-avahi", namespace=self._namespace,
             environment={"DBUS_SYSTEM_BUS_ADDRESS": self._bus.address})
-        wait_until(lambda: "startup complete" in self._process.output() or not self._process.running(),
+        wait_until(lambda: "startup complete" in self.process.output() or not self.process.running(),
                    "the start of avahi-daemon")
-        if not self._process.running():
-            raise Failure(f"avahi-daemon did not start: {self._process.output().strip()}")
+        if not self.process.running():
+            raise Failure(f"avahi-daemon did not start: {self.process.output().strip()}")
 
     def stop(self):
-        self._process.end()
+        self.process.end()

@@ -141,9 +141,14 @@ class Processes:
             raise Failure(f"{' '.join(map(str, arguments))}: {done.stdout.strip()}")
         return done.stdout
 
-    def end(self):
-        while self._started:
-            self._started.pop().end()
+    def started(self):
+        return list(self._started)
+
+    def end(self, keep=()):
+        for process in reversed(self._started):
+            if process not in keep:
+                process.end()
+        self._started = [process for process in self._started if process in keep]
 
     def _log(self, name):
         log = self.folder / f"{name}.log"
