@@ -26,9 +26,10 @@ void fatalError(std::string_view what)
     // A last wish that fails itself must not come round again.
     static std::atomic<bool> isDying = false;
     if (!isDying.exchange(true)) {
-        std::fprintf(stderr, "Fatal error: %.*s\n", static_cast<int>(what.size()), what.data());
         if (lastWish())
             lastWish()(what);
+        // Last, since a standard error that nobody reads may hold up its writer for good.
+        std::fprintf(stderr, "Fatal error: %.*s\n", static_cast<int>(what.size()), what.data());
     }
     std::abort();
 }

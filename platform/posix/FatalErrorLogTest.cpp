@@ -1,0 +1,106 @@
+#include "platform/posix/FatalErrorLog.h"
+
+#include "platform/FatalError.h"
+
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include <gmock/gmock.h>
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace companion::testing {
+namespace {
+
+/// What a log daemon listens on, at a path of its own.
+class LogSocket {
+public:
+    LogSocket()
+    {
+        std::string pattern = std::filesystem::temp_directory_path() / "log-XXXXXX";
+        m_folder = mkdtemp(pattern.data());
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::strncpy(address.sun_path, path().c_str(), sizeof address.sun_path - 1);
+        if (bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+            throw std::runtime_error("no log socket");
+    }
+    ~LogSocket()
+    {
+        close(m_descriptor);
+        std::filesystem::remove_all(m_folder);
+    }
+    LogSocket(const LogSocket&) = delete;
+    LogSocket& operator=(const LogSocket&) = delete;
+
+    std::string path() const { return m_folder + "/log"; }
+
+    /// The next message, "" when there is none.
+    std::string take() const
+    {
+        std::array<char, 4096> buffer{};
+        const ssize_t length = recv(m_descriptor, buffer.data(), buffer.size(), MSG_DONTWAIT);
+        return length > 0 ? std::string(buffer.data(), static_cast<std::size_t>(length)) : "";
+    }
+
+private:
+    int m_descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    std::string m_folder;
+};
+
+TEST(FatalErrorLogTest, TheMessageIsACriticalOneOfThisProgram)
+{
+    const LogSocket daemon;
+    logFatalError("no main screen", daemon.path().c_str());
+    // Facility "user" is 1, severity "critical" is 2: 1 × 8 + 2 (RFC 3164, section 4.1.1).
+    EXPECT_EQ(
+        daemon.take(), "<10>panel-companion[" + std::to_string(getpid()) + "]: Fatal error: no main screen");
+}
+
+TEST(FatalErrorLogTest, ATextWithLineBreaksAndPercentSignsIsOneLine)
+{
+    const LogSocket daemon;
+    logFatalError("100%s\n%n\x1b[2J", daemon.path().c_str());
+    EXPECT_THAT(daemon.take(), ::testing::EndsWith("Fatal error: 100%s %n [2J"));
+}
+
+TEST(FatalErrorLogTest, ALongTextIsCutOff)
+{
+    const LogSocket daemon;
+    logFatalError(std::string(5000, 'x'), daemon.path().c_str());
+    EXPECT_THAT(daemon.take(), ::testing::SizeIs(::testing::AllOf(::testing::Gt(900), ::testing::Lt(1024))));
+}
+
+TEST(FatalErrorLogTest, ADaemonThatTakesNothingIsNotWaitedFor)
+{
+    const LogSocket daemon;
+    for (int i = 0; i < 2000; ++i) // more than a socket's queue holds
+        logFatalError("no main screen", daemon.path().c_str());
+    EXPECT_NE(daemon.take(), "");
+}
+
+TEST(FatalErrorLogTest, WithoutADaemonNothingHappens)
+{
+    logFatalError("no main screen", "/nonexistent/log");
+}
+
+TEST(FatalErrorLogDeathTest, AsALastWishItIsToldAndTheProcessAborts)
+{
+    const LogSocket daemon;
+    EXPECT_EXIT(
+        {
+            setLastWish([&](std::string_view what) { logFatalError(what, daemon.path().c_str()); });
+            fatalError("no main screen");
+        },
+        ::testing::KilledBySignal(SIGABRT), "Fatal error: no main screen");
+    EXPECT_THAT(daemon.take(), ::testing::EndsWith(": Fatal error: no main screen"));
+}
+
+} // namespace
+} // namespace companion::testing

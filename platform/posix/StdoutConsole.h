@@ -1,0 +1,19 @@
+#pragma once
+
+#include "platform/Log.h"
+#include "platform/posix/LineWriter.h"
+
+namespace companion {
+
+/// Standard output, by a thread of its own. Any thread.
+class StdoutConsole : public Console {
+public:
+    StdoutConsole();
+
+    void print(std::string_view line) override;
+
+private:
+    LineWriter m_writer;
+};
+
+} // namespace companion
