@@ -138,7 +138,7 @@ std::uint32_t hexValue(std::string_view text)
     const bool isNegative = text.starts_with('-');
     if (isNegative || text.starts_with('+'))
         text.remove_prefix(1);
-    if ((text.starts_with("0x") || text.starts_with("0X")) && startsWithHexDigit(text.substr(2)))
+    if (text.starts_with("0x") || text.starts_with("0X"))
         text.remove_prefix(2);
 
     std::uint32_t value = 0;

@@ -66,6 +66,24 @@ TEST(PanelName, BytesThatAreNotUtf8CountOneEach)
     EXPECT_THAT(hexArrayFromString("0A0002\x80\xF0"), Optional(ElementsAre("0A", "00", "02", "\x80\xF0")));
 }
 
+TEST(PanelName, TheFirstAndLastCharactersOfEachLengthCountOne)
+{
+    for (const std::string character :
+        {"\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xEF\xBF\xBD", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
+        EXPECT_EQ(hexArrayFromString("0A0002" + character), std::nullopt) << character;
+        EXPECT_THAT(hexArrayFromString(character + "A0002FF"),
+            Optional(ElementsAre(character + "A", "00", "02", "FF")))
+            << character;
+    }
+    EXPECT_THAT(hexArrayFromString("0A0002\xC3\xC3"), Optional(ElementsAre("0A", "00", "02", "\xC3\xC3")));
+}
+
+TEST(PanelName, ASequenceLongerThanNeededIsNoCharacter)
+{
+    EXPECT_THAT(hexArrayFromString("0A0002\xC0\x80"), Optional(ElementsAre("0A", "00", "02", "\xC0\x80")));
+    EXPECT_EQ(hexArrayFromString("0A0002\xC2\x80"), std::nullopt) << "7 characters";
+}
+
 TEST(PanelName, AnAddressBecomesDottedDecimals)
 {
     EXPECT_EQ(addressOf("0A00020F"), "10.0.2.15");
