@@ -10,14 +10,14 @@ namespace {
 
 const ClickSeries::TimePoint start{71h};
 
+} // namespace
+
 class ClickSeriesTest : public ::testing::Test {
 protected:
     void SetUp() override { series.addPress(start, {1103, 207}, 1); }
 
     ClickSeries series{ClickRules{400ms, 5}};
 };
-
-} // namespace
 
 TEST(EmptyClickSeriesTest, NothingContinuesASeriesThatHasNotBegun)
 {

@@ -8,8 +8,6 @@
 
 namespace companion::testing {
 
-namespace {
-
 class HeldButtonTest : public ::testing::Test {
 protected:
     void start(const std::string& way)
@@ -25,8 +23,6 @@ protected:
     XRecorder recorder{xvfb.display()};
     std::unique_ptr<ChildProcess> program;
 };
-
-} // namespace
 
 TEST_F(HeldButtonTest, IsReleasedWhenTheProgramReturnsFromMain)
 {

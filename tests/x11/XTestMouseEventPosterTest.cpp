@@ -34,6 +34,26 @@ std::unique_ptr<XTestMouseEventPoster> openPoster(const std::string& display,
     return poster;
 }
 
+class PauseThatLooks : public Pause {
+public:
+    explicit PauseThatLooks(XRecorder& recorder)
+        : m_recorder(recorder)
+    {
+    }
+
+    void pauseFor(std::chrono::microseconds duration) override
+    {
+        seen = m_recorder.takeText() + " in " + std::to_string(duration.count());
+    }
+
+    std::string seen;
+
+private:
+    XRecorder& m_recorder;
+};
+
+} // namespace
+
 class XTestMouseEventPosterTest : public ::testing::Test {
 protected:
     void SetUp() override
@@ -85,26 +105,6 @@ protected:
     std::unique_ptr<XTestMouseEventPoster> poster = openPoster(
         server().display(), [this] { return mapping; }, [this] { return now; });
 };
-
-class PauseThatLooks : public Pause {
-public:
-    explicit PauseThatLooks(XRecorder& recorder)
-        : m_recorder(recorder)
-    {
-    }
-
-    void pauseFor(std::chrono::microseconds duration) override
-    {
-        seen = m_recorder.takeText() + " in " + std::to_string(duration.count());
-    }
-
-    std::string seen;
-
-private:
-    XRecorder& m_recorder;
-};
-
-} // namespace
 
 TEST(XTestMouseEventPosterOpenTest, ADisplayThatIsNotThereIsToldByName)
 {
