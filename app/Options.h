@@ -1,0 +1,37 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace companion {
+
+/// Whose touch messages are taken.
+enum class TouchSource { any, panel };
+
+/// What the command line of `panel-companion` asks for.
+struct Options {
+    std::optional<std::string> interfaceName;
+    std::optional<std::string> screenName;
+    std::vector<std::string>
+        panels; ///< Each "model|name|hexaddress", to be listed as if it had been announced.
+    TouchSource touchFrom = TouchSource::any;
+};
+
+struct HelpWanted { };
+struct VersionWanted { };
+struct BadUsage {
+    std::string message; ///< One line without its line end.
+};
+
+using ParsedOptions = std::variant<Options, HelpWanted, VersionWanted, BadUsage>;
+
+/// Reads the arguments behind the program's name; "--name value" and "--name=value" mean the same.
+ParsedOptions parseOptions(const std::vector<std::string>& arguments);
+
+/// The text of `--help`, with its line end.
+std::string_view helpText();
+
+} // namespace companion
