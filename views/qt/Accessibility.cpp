@@ -1,0 +1,105 @@
+#include "views/qt/Accessibility.h"
+
+#include "views/qt/ITSwitchWidget.h"
+#include "views/qt/RoundButton.h"
+
+#include <QAccessible>
+#include <QAccessibleWidget>
+
+namespace companion {
+
+namespace {
+
+/// A check box that can be pressed or toggled.
+class AccessibleSwitch : public QAccessibleWidget {
+public:
+    explicit AccessibleSwitch(ITSwitchWidget& widget)
+        : QAccessibleWidget(&widget, QAccessible::CheckBox)
+        , m_widget(widget)
+    {
+    }
+
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.checkable = true;
+        state.checked = m_widget.model() && m_widget.model()->checked();
+        return state;
+    }
+
+    QString text(QAccessible::Text kind) const override
+    {
+        if (kind == QAccessible::Value && m_widget.model())
+            return QString::number(m_widget.model()->accessibilityValue());
+        return QAccessibleWidget::text(kind);
+    }
+
+    QStringList actionNames() const override
+    {
+        return QStringList{toggleAction(), pressAction()} + QAccessibleWidget::actionNames();
+    }
+
+    void doAction(const QString& name) override
+    {
+        if (name != toggleAction() && name != pressAction())
+            QAccessibleWidget::doAction(name);
+        else if (m_widget.isEnabled() && m_widget.model())
+            m_widget.model()->accessibilityPerformPress();
+    }
+
+private:
+    ITSwitchWidget& m_widget;
+};
+
+/// A button whose state tells whether what it stands for is running.
+class AccessibleRoundButton : public QAccessibleWidget {
+public:
+    explicit AccessibleRoundButton(RoundButton& button)
+        : QAccessibleWidget(&button, QAccessible::Button)
+        , m_button(button)
+    {
+    }
+
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.pressed = m_button.isActive();
+        return state;
+    }
+
+    QStringList actionNames() const override
+    {
+        return QStringList{pressAction()} + QAccessibleWidget::actionNames();
+    }
+
+    void doAction(const QString& name) override
+    {
+        if (name != pressAction())
+            QAccessibleWidget::doAction(name);
+        else if (
+            m_button
+                .isEnabled()) // queued: what it starts may be modal, and the caller must not wait for that
+            QMetaObject::invokeMethod(&m_button, &QAbstractButton::click, Qt::QueuedConnection);
+    }
+
+private:
+    RoundButton& m_button;
+};
+
+QAccessibleInterface* makeInterface(const QString&, QObject* object)
+{
+    if (auto* widget = qobject_cast<ITSwitchWidget*>(object))
+        return new AccessibleSwitch(*widget);
+    if (auto* button = qobject_cast<RoundButton*>(object))
+        return new AccessibleRoundButton(*button);
+    return nullptr;
+}
+
+} // namespace
+
+void installAccessibility()
+{
+    QAccessible::installFactory(makeInterface);
+}
+
+} // namespace companion

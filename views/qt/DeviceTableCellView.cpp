@@ -1,0 +1,59 @@
+#include "views/qt/DeviceTableCellView.h"
+
+#include "views/qt/SvgImage.h"
+#include "views/qt/Theme.h"
+
+#include <QPainter>
+
+namespace companion {
+
+namespace {
+
+constexpr int margin = 16;
+constexpr int iconSize = 24;
+
+const SvgImage& image(const QString& name)
+{
+    static SvgImage picked;
+    static SvgImage notPicked;
+    SvgImage& image = name == QStringLiteral("connectedChain") ? picked : notPicked;
+    if (image.name() != name)
+        image.setName(name);
+    return image;
+}
+
+void drawLine(
+    QPainter& painter, const QRect& bounds, const QFont& font, const QColor& color, const QString& text)
+{
+    painter.setFont(font);
+    painter.setPen(color);
+    const QString elided = painter.fontMetrics().elidedText(text, Qt::ElideRight, bounds.width());
+    painter.drawText(bounds, Qt::AlignVCenter | Qt::AlignLeading | Qt::TextSingleLine, elided);
+}
+
+} // namespace
+
+void DeviceTableCellView::paint(QPainter& painter, const QRect& bounds, bool isHovered, bool isCurrent) const
+{
+    if (isHovered)
+        painter.fillRect(bounds, QColor(0xf0, 0xf3, 0xf6));
+    const bool isRightToLeft = painter.layoutDirection() == Qt::RightToLeft;
+    QRect icon(0, 0, iconSize, iconSize);
+    icon.moveCenter(bounds.center());
+    isRightToLeft ? icon.moveRight(bounds.right() - margin) : icon.moveLeft(bounds.left() + margin);
+    image(conectedImageView).paint(painter, icon);
+
+    const int textInset = margin + iconSize + margin;
+    const QRect text = isRightToLeft ? bounds.adjusted(margin, 8, -textInset, -8)
+                                     : bounds.adjusted(textInset, 8, -margin, -8);
+    drawLine(painter, QRect(text.topLeft(), QSize(text.width(), 24)),
+        Theme::font(Theme::FontFace::regular, 16), QColor(Theme::text), deviceNameLabel);
+    drawLine(painter, QRect(text.left(), text.top() + 25, text.width(), 19),
+        Theme::font(Theme::FontFace::medium, 12), QColor(Theme::secondaryText), deviceIPLabel);
+    painter.setPen(QColor(Theme::line));
+    painter.drawLine(bounds.bottomLeft(), bounds.bottomRight());
+    if (isCurrent)
+        Theme::paintFocusRing(painter, bounds, 8);
+}
+
+} // namespace companion

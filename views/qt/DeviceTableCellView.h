@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+class QPainter;
+class QRect;
+
+namespace companion {
+
+/// What one row of the list shows: the row's icon, the panel's name above its hexadecimal address.
+struct DeviceTableCellView {
+    QString conectedImageView; ///< The image's name: "radioIcon" or "connectedChain".
+    QString deviceNameLabel;
+    QString deviceIPLabel;
+
+    /// Draws the row; `isCurrent` marks the row that the keyboard is on.
+    void paint(QPainter& painter, const QRect& bounds, bool isHovered, bool isCurrent) const;
+};
+
+} // namespace companion

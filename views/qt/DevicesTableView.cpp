@@ -1,0 +1,199 @@
+#include "views/qt/DevicesTableView.h"
+
+#include "views/qt/Theme.h"
+
+#include <algorithm>
+#include <QAbstractListModel>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScrollBar>
+#include <QStyledItemDelegate>
+#include <vector>
+
+namespace companion {
+
+/// Passes the data source on to the list; the rows' icons live here, by row number.
+class DevicesTableModel : public QAbstractListModel {
+public:
+    int rowCount(const QModelIndex& parent = {}) const override { return parent.isValid() ? 0 : m_rows; }
+
+    QVariant data(const QModelIndex& index, int role) const override
+    {
+        if (role != Qt::AccessibleTextRole && role != Qt::DisplayRole)
+            return {};
+        const DeviceTableCellView cell = cellAt(index.row());
+        return QStringLiteral("%1, %2").arg(cell.deviceNameLabel, cell.deviceIPLabel);
+    }
+
+    DeviceTableCellView cellAt(int row) const
+    {
+        DeviceTableCellView cell;
+        cell.conectedImageView = icon(row);
+        if (configureCell && row < rowsInSource())
+            configureCell(row, cell);
+        return cell;
+    }
+
+    /// Rows come and go at the end, so that the keyboard's row and the scroll position stay where they are.
+    void reload()
+    {
+        const int rows = rowsInSource();
+        if (rows > m_rows) {
+            beginInsertRows({}, m_rows, rows - 1);
+            m_rows = rows;
+            endInsertRows();
+        } else if (rows < m_rows) {
+            beginRemoveRows({}, rows, m_rows - 1);
+            m_rows = rows;
+            endRemoveRows();
+        }
+        if (m_rows > 0)
+            emit dataChanged(index(0), index(m_rows - 1));
+    }
+
+    QString icon(int row) const
+    {
+        const auto number = static_cast<std::size_t>(row);
+        return number < m_icons.size() ? m_icons[number] : QStringLiteral("radioIcon");
+    }
+
+    void setIcon(int row, const QString& imageName)
+    {
+        if (row < 0 || row >= m_rows)
+            return;
+        if (static_cast<std::size_t>(row) >= m_icons.size())
+            m_icons.resize(static_cast<std::size_t>(row) + 1, QStringLiteral("radioIcon"));
+        m_icons[static_cast<std::size_t>(row)] = imageName;
+        emit dataChanged(index(row), index(row));
+    }
+
+    DevicesTableView::RowCount countRows;
+    DevicesTableView::ConfigureCell configureCell;
+
+private:
+    int rowsInSource() const { return countRows ? countRows() : 0; }
+
+    int m_rows = 0;
+    std::vector<QString> m_icons;
+};
+
+namespace {
+
+class CellDelegate : public QStyledItemDelegate {
+public:
+    explicit CellDelegate(const DevicesTableModel& model, QObject* parent)
+        : QStyledItemDelegate(parent)
+        , m_model(model)
+    {
+    }
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const override
+    {
+        return {option.rect.width(), DevicesTableView::rowHeight};
+    }
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
+    {
+        painter->save();
+        painter->setLayoutDirection(option.direction);
+        m_model.cellAt(index.row())
+            .paint(*painter, option.rect, option.state & QStyle::State_MouseOver,
+                option.state & QStyle::State_HasFocus);
+        painter->restore();
+    }
+
+private:
+    const DevicesTableModel& m_model;
+};
+
+} // namespace
+
+DevicesTableView::DevicesTableView(QWidget* parent)
+    : QListView(parent)
+    , m_model(std::make_unique<DevicesTableModel>())
+{
+    setModel(m_model.get());
+    setItemDelegate(new CellDelegate(*m_model, this));
+    setUniformItemSizes(true); // without it a growing list costs quadratic time
+    setSelectionMode(NoSelection);
+    setFrameShape(NoFrame);
+    setVerticalScrollMode(ScrollPerPixel);
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    verticalScrollBar()->setSingleStep(rowHeight / 3);
+    setMouseTracking(true);
+    viewport()->setAttribute(Qt::WA_Hover);
+
+    m_reload.setSingleShot(true);
+    connect(&m_reload, &QTimer::timeout, this, [this] {
+        m_model->reload();
+        viewport()->update();
+    });
+}
+
+DevicesTableView::~DevicesTableView()
+{
+    setModel(nullptr);
+}
+
+void DevicesTableView::setDataSource(RowCount rowCount, ConfigureCell configureCell)
+{
+    m_model->countRows = std::move(rowCount);
+    m_model->configureCell = std::move(configureCell);
+    reloadData();
+}
+
+void DevicesTableView::reloadData()
+{
+    if (!m_reload.isActive())
+        m_reload.start(0);
+}
+
+void DevicesTableView::setRowIcon(int row, const QString& imageName)
+{
+    m_model->setIcon(row, imageName);
+}
+
+QString DevicesTableView::rowIcon(int row) const
+{
+    return m_model->icon(row);
+}
+
+void DevicesTableView::setPlaceholder(const QString& text)
+{
+    m_placeholder = text;
+    viewport()->update();
+}
+
+void DevicesTableView::mouseReleaseEvent(QMouseEvent* event)
+{
+    QListView::mouseReleaseEvent(event);
+    if (event->button() != Qt::LeftButton || !viewport()->rect().contains(event->pos()))
+        return;
+    const QModelIndex index = indexAt(event->pos());
+    emit rowClicked(index.row(), index.column());
+}
+
+void DevicesTableView::keyPressEvent(QKeyEvent* event)
+{
+    const bool isPick =
+        event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter || event->key() == Qt::Key_Space;
+    if (!isPick)
+        QListView::keyPressEvent(event);
+    else if (currentIndex().isValid())
+        emit rowClicked(currentIndex().row(), currentIndex().column());
+}
+
+void DevicesTableView::paintEvent(QPaintEvent* event)
+{
+    QListView::paintEvent(event);
+    if (m_model->rowCount() > 0 || m_placeholder.isEmpty())
+        return;
+    QPainter painter(viewport());
+    painter.setPen(QColor(Theme::secondaryText));
+    painter.setFont(Theme::font(Theme::FontFace::regular, 14));
+    painter.drawText(
+        viewport()->rect().adjusted(24, 24, -24, -24), Qt::AlignCenter | Qt::TextWordWrap, m_placeholder);
+}
+
+} // namespace companion

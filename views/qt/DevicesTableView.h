@@ -1,0 +1,55 @@
+#pragma once
+
+#include "views/qt/DeviceTableCellView.h"
+
+#include <functional>
+#include <memory>
+#include <QListView>
+#include <QTimer>
+
+namespace companion {
+
+class DevicesTableModel;
+
+/// The list of panels: rows of 60 points, one cell each. It paints no selection of its own; the icons of the rows do.
+class DevicesTableView : public QListView {
+    Q_OBJECT
+
+public:
+    using RowCount = std::function<int()>;
+    using ConfigureCell = std::function<void(int row, DeviceTableCellView& cell)>;
+
+    static constexpr int rowHeight = 60;
+
+    explicit DevicesTableView(QWidget* parent = nullptr);
+    ~DevicesTableView() override;
+
+    /// Where rows come from; asked while painting.
+    void setDataSource(RowCount rowCount, ConfigureCell configureCell);
+
+    /// Shows the data source's present rows, once a turn of the event loop however often it is called.
+    void reloadData();
+
+    /// The icon of a row; it stays with the row number, whichever panel stands there. Rows that are not there are skipped.
+    void setRowIcon(int row, const QString& imageName);
+    QString rowIcon(int row) const;
+
+    /// A friendly line for an empty list.
+    void setPlaceholder(const QString& text);
+
+signals:
+    /// A click or the Return key; both are -1 for the empty area below the rows.
+    void rowClicked(int row, int column);
+
+protected:
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    std::unique_ptr<DevicesTableModel> m_model;
+    QTimer m_reload;
+    QString m_placeholder;
+};
+
+} // namespace companion

@@ -1,0 +1,196 @@
+#include "views/qt/ITSwitchWidget.h"
+
+#include "views/qt/Theme.h"
+
+#include <algorithm>
+#include <QAccessible>
+#include <QEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QPainter>
+
+namespace companion {
+
+namespace {
+
+constexpr TimingFunction platformDefaultTiming{0.25, 0.1, 0.25, 1};
+constexpr int focusRingMargin = 4; // around the track, so that the ring does not cover it
+
+QColor toQColor(const Color& color)
+{
+    return QColor::fromRgbF(static_cast<float>(color.red), static_cast<float>(color.green),
+        static_cast<float>(color.blue), static_cast<float>(color.alpha));
+}
+
+double between(double from, double to, double progress)
+{
+    return from + (to - from) * progress;
+}
+
+QRectF between(const QRectF& from, const QRectF& to, double progress)
+{
+    return {between(from.x(), to.x(), progress), between(from.y(), to.y(), progress),
+        between(from.width(), to.width(), progress), between(from.height(), to.height(), progress)};
+}
+
+/// Channels are clamped: the curve overshoots, a colour cannot.
+QColor between(const QColor& from, const QColor& to, double progress)
+{
+    const auto channel = [progress](float a, float b) {
+        return static_cast<float>(std::clamp(between(double(a), double(b), progress), 0.0, 1.0));
+    };
+    return QColor::fromRgbF(channel(from.redF(), to.redF()), channel(from.greenF(), to.greenF()),
+        channel(from.blueF(), to.blueF()), channel(from.alphaF(), to.alphaF()));
+}
+
+} // namespace
+
+ITSwitchWidget::ITSwitchWidget(QWidget* parent)
+    : QWidget(parent)
+{
+    setFocusPolicy(Qt::StrongFocus);
+    m_animation.setStartValue(0.0);
+    m_animation.setEndValue(1.0);
+    m_animation.setDuration(static_cast<int>(ITSwitch::animationDuration.count()));
+    connect(&m_animation, &QVariantAnimation::valueChanged, this,
+        [this](const QVariant& time) { showProgress(time.toDouble()); });
+}
+
+ITSwitchWidget::~ITSwitchWidget()
+{
+    if (m_model)
+        m_model->setLayers(nullptr);
+}
+
+void ITSwitchWidget::setModel(ITSwitch& model)
+{
+    m_model = &model;
+    m_wasChecked = model.checked();
+    model.setLayers(this);
+    reloadLayerSize();
+}
+
+ITSwitchWidget::Appearance ITSwitchWidget::target() const
+{
+    const Rect knob = m_model->rectForKnob();
+    const ITSwitch::Look look = m_model->look();
+    return {{knob.origin.x, knob.origin.y, knob.size.width, knob.size.height}, toQColor(look.trackBorder),
+        toQColor(look.trackFill), toQColor(look.knobInside)};
+}
+
+void ITSwitchWidget::reloadLayerSize()
+{
+    m_animation.stop();
+    m_to = target();
+    m_shown = m_to;
+    update();
+}
+
+void ITSwitchWidget::reloadLayer()
+{
+    m_from = m_shown;
+    m_to = target();
+    m_timing = m_model->look().timing.value_or(platformDefaultTiming);
+    m_animation.stop();
+    if (isVisible())
+        m_animation.start();
+    else
+        m_shown = m_to;
+    update();
+    announceState();
+}
+
+void ITSwitchWidget::showProgress(double time)
+{
+    const double progress = m_timing.progressAt(time);
+    m_shown = {between(m_from.knob, m_to.knob, progress),
+        between(m_from.trackBorder, m_to.trackBorder, progress),
+        between(m_from.trackFill, m_to.trackFill, progress),
+        between(m_from.knobInside, m_to.knobInside, progress)};
+    update();
+}
+
+void ITSwitchWidget::announceState()
+{
+    if (m_wasChecked == m_model->checked())
+        return;
+    m_wasChecked = m_model->checked();
+    QAccessible::State changed;
+    changed.checked = true;
+    QAccessibleStateChangeEvent event(this, changed);
+    QAccessible::updateAccessibility(&event);
+}
+
+void ITSwitchWidget::paintEvent(QPaintEvent*)
+{
+    if (!m_model)
+        return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    if (hasFocus())
+        Theme::paintFocusRing(painter, rect(), height() / 2.0);
+    painter.translate(focusRingMargin, focusRingMargin);
+    painter.setOpacity(m_model->look().opacity);
+
+    const ITSwitch::Geometry geometry = m_model->geometry();
+    const double half = ITSwitch::borderWidth / 2;
+    const QRectF track(
+        half, half, m_model->frame().size.width - 2 * half, m_model->frame().size.height - 2 * half);
+    painter.setPen(QPen(m_shown.trackBorder, ITSwitch::borderWidth));
+    painter.setBrush(m_shown.trackFill);
+    painter.drawRoundedRect(track, geometry.trackCornerRadius - half, geometry.trackCornerRadius - half);
+
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(QColor(0, 0, 0, 38)); // the knob's shadow falls downwards
+    painter.drawRoundedRect(
+        m_shown.knob.translated(0, 1.5), geometry.knobCornerRadius, geometry.knobCornerRadius);
+    painter.setBrush(Qt::white);
+    painter.drawRoundedRect(m_shown.knob, geometry.knobCornerRadius, geometry.knobCornerRadius);
+    painter.setBrush(m_shown.knobInside);
+    painter.drawRoundedRect(m_shown.knob, geometry.knobInsideCornerRadius, geometry.knobInsideCornerRadius);
+}
+
+void ITSwitchWidget::resizeEvent(QResizeEvent*)
+{
+    if (m_model)
+        m_model->setFrame({{0, 0}, {width() - 2.0 * focusRingMargin, height() - 2.0 * focusRingMargin}});
+}
+
+void ITSwitchWidget::changeEvent(QEvent* event)
+{
+    if (event->type() == QEvent::EnabledChange && m_model)
+        m_model->setEnabled(isEnabled());
+    QWidget::changeEvent(event);
+}
+
+void ITSwitchWidget::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton && m_model)
+        m_model->mouseDown();
+}
+
+void ITSwitchWidget::mouseMoveEvent(QMouseEvent* event)
+{
+    if (event->buttons() & Qt::LeftButton && m_model)
+        m_model->mouseDragged(
+            {event->position().x() - focusRingMargin, event->position().y() - focusRingMargin});
+}
+
+void ITSwitchWidget::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton && m_model)
+        m_model->mouseUp();
+}
+
+void ITSwitchWidget::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Left && m_model)
+        m_model->moveLeft();
+    else if (event->key() == Qt::Key_Right && m_model)
+        m_model->moveRight();
+    else if (event->key() != Qt::Key_Space || !m_model
+        || !m_model->performKeyEquivalent(ITSwitch::spaceKeyCode, hasFocus()))
+        QWidget::keyPressEvent(event);
+}
+
+} // namespace companion

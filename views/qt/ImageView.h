@@ -1,0 +1,31 @@
+#pragma once
+
+#include "views/qt/SvgImage.h"
+
+#include <QWidget>
+
+namespace companion {
+
+/// A view whose contents is one of the program's images, behind its children.
+class ImageView : public QWidget {
+    Q_OBJECT
+    Q_PROPERTY(QString imageName READ imageName WRITE setImageName)
+
+public:
+    explicit ImageView(QWidget* parent = nullptr);
+
+    QString imageName() const { return m_image.name(); }
+    void setImageName(const QString& name);
+
+    /// Whether the image fills the whole view, whatever its proportions.
+    void setStretched(bool isStretched);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    SvgImage m_image;
+    bool m_isStretched = false;
+};
+
+} // namespace companion

@@ -1,0 +1,120 @@
+#include "views/qt/QtDashboardView.h"
+
+#include "platform/FatalError.h"
+#include "ui_Dashboard.h"
+#include "views/qt/QtDevicesListView.h"
+#include "views/qt/QtSettingsView.h"
+#include "views/qt/Theme.h"
+
+#include <QAccessible>
+
+namespace companion {
+
+QtDashboardView::QtDashboardView(SystemLog& log, QWidget* parent)
+    : ColoredView(parent)
+    , m_scene(std::make_unique<Ui::DashboardScene>())
+    , m_wirelessTouchSwitch(log)
+{
+    m_scene->setupUi(this);
+    m_scene->wirelessTouchSwitch->setModel(m_wirelessTouchSwitch);
+    m_devicesListView = new QtDevicesListView(this);
+    m_devicesListView->hide();
+    style();
+    connectControls();
+}
+
+QtDashboardView::~QtDashboardView()
+{
+    // The switch's widget still draws the model, which goes before the base class deletes its children.
+    delete m_scene->wirelessTouchSwitch;
+}
+
+void QtDashboardView::style()
+{
+    using Theme::FontFace;
+    setBackgroundColor(Qt::white);
+    m_scene->castButtonView->setCornerRadius(m_scene->castButtonView->minimumWidth() / 2.0);
+    m_scene->castButtonView->setImageName("castingInactive");
+    m_scene->fileUploadView->setStretched(true);
+    m_scene->fileUploadView->setImageName("fileUploadGrid");
+    m_scene->toolbarView->setBackgroundColor(QColor(52, 73, 94, qRound(0.25 * 255)));
+    m_scene->hdmiToggleView->setBackgroundColor(QColor(34, 34, 34, qRound(0.25 * 255)));
+    m_scene->uploadArrowImage->setImageName("uploadArrow");
+    m_scene->emptyStateImage->setImageName("emptyState");
+    m_scene->devicesListIcon->setIcon(QIcon(SvgImage::path("devices")));
+    m_scene->settingsIcon->setIcon(QIcon(SvgImage::path("settings")));
+
+    for (QLabel* label : {m_scene->dragAndDropLabel, m_scene->emptyStateLabel})
+        label->setFont(Theme::font(FontFace::regular, 12));
+    for (QLabel* label : {m_scene->deviceStatusLabel, m_scene->facingProblemLabel, m_scene->enableHDMILabel,
+             m_scene->deviceHDMISubLabel})
+        label->setFont(Theme::font(FontFace::regular, 16));
+    m_scene->deviceHDMIMainLabel->setFont(Theme::font(FontFace::semiBold, 32));
+}
+
+void QtDashboardView::connectControls()
+{
+    connect(m_scene->devicesListIcon, &QToolButton::clicked, this, &QtDashboardView::devicesListIconClicked);
+    connect(m_scene->settingsIcon, &QToolButton::clicked, this, &QtDashboardView::settingsIconClicked);
+    connect(m_scene->connectButton, &QPushButton::clicked, this, &QtDashboardView::connectButtonClicked);
+    connect(m_scene->castButtonView, &RoundButton::clicked, this, &QtDashboardView::castButtonClicked);
+    connect(m_scene->fileUploadButton, &QPushButton::clicked, this, &QtDashboardView::uploadFileAction);
+}
+
+QWidget& QtDashboardView::paneView(Pane pane) const
+{
+    switch (pane) {
+    case Pane::fileUpload:
+        return *m_scene->fileUploadView;
+    case Pane::castButton:
+        return *m_scene->castButtonView;
+    case Pane::hdmiToggle:
+        return *m_scene->hdmiToggleView;
+    case Pane::hdmiMessage:
+        return *m_scene->hdmiMessageView;
+    case Pane::emptyStateImage:
+        return *m_scene->emptyStateImageView;
+    }
+    fatalError("no such pane");
+}
+
+void QtDashboardView::setHidden(Pane pane, bool hidden)
+{
+    paneView(pane).setHidden(hidden);
+}
+
+void QtDashboardView::setDeviceStatus(const std::string& text)
+{
+    m_scene->deviceStatusLabel->setText(QString::fromStdString(text));
+    QAccessibleEvent changed(m_scene->deviceStatusLabel, QAccessible::NameChanged);
+    QAccessible::updateAccessibility(&changed);
+}
+
+void QtDashboardView::setCastButtonImage(const std::string& imageName)
+{
+    m_scene->castButtonView->setImageName(QString::fromStdString(imageName));
+    m_scene->castButtonView->setActive(imageName == "castingActive");
+}
+
+void QtDashboardView::presentDevicesList(DevicesListViewController&)
+{
+    if (!m_devicesPopover) {
+        m_devicesPopover = new Popover(*m_scene->devicesListIcon, *m_devicesListView);
+        m_devicesPopover->setWindowTitle(tr("Panels"));
+        m_devicesListView->show();
+    }
+    m_devicesPopover->present();
+}
+
+void QtDashboardView::presentSettings(RelaySettingsViewController& controller)
+{
+    if (!m_settingsPopover) {
+        m_settingsView = new QtSettingsView(this);
+        m_settingsView->showItems(controller);
+        m_settingsPopover = new Popover(*m_scene->settingsIcon, *m_settingsView);
+        m_settingsPopover->setWindowTitle(tr("Settings"));
+    }
+    m_settingsPopover->present();
+}
+
+} // namespace companion

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "dashboard/DashboardView.h"
+#include "platform/Log.h"
+#include "views/ITSwitch.h"
+#include "views/qt/ColoredView.h"
+#include "views/qt/Popover.h"
+
+#include <memory>
+
+namespace Ui {
+class DashboardScene;
+}
+
+namespace companion {
+
+class QtDevicesListView;
+class QtSettingsView;
+
+/// The dashboard as it stands in the main window, with its two popovers. Main thread only.
+class QtDashboardView : public ColoredView, public DashboardView {
+    Q_OBJECT
+
+public:
+    explicit QtDashboardView(SystemLog& log, QWidget* parent = nullptr);
+    ~QtDashboardView() override;
+
+    /// The list that its controller works; it exists from the start, its popover from the first opening on.
+    QtDevicesListView& devicesListView() { return *m_devicesListView; }
+
+    void setHidden(Pane pane, bool hidden) override;
+    void setDeviceStatus(const std::string& text) override;
+    void setCastButtonImage(const std::string& imageName) override;
+    ITSwitch& wirelessTouchSwitch() override { return m_wirelessTouchSwitch; }
+    void presentDevicesList(DevicesListViewController& controller) override;
+    void presentSettings(RelaySettingsViewController& controller) override;
+
+signals:
+    void devicesListIconClicked();
+    void settingsIconClicked();
+    void connectButtonClicked();
+    void castButtonClicked();
+    void uploadFileAction();
+
+private:
+    void style();
+    void connectControls();
+    QWidget& paneView(Pane pane) const;
+
+    std::unique_ptr<Ui::DashboardScene> m_scene;
+    ITSwitch m_wirelessTouchSwitch;
+    QtDevicesListView* m_devicesListView = nullptr;
+    QtSettingsView* m_settingsView = nullptr;
+    Popover* m_devicesPopover = nullptr;
+    Popover* m_settingsPopover = nullptr;
+};
+
+} // namespace companion

@@ -1,0 +1,74 @@
+#include "views/qt/QtDevicesListView.h"
+
+#include "discovery/DevicesListViewController.h"
+#include "ui_DevicesList.h"
+#include "views/qt/Theme.h"
+
+namespace companion {
+
+QtDevicesListView::QtDevicesListView(QWidget* parent)
+    : QWidget(parent)
+    , m_scene(std::make_unique<Ui::DevicesListScene>())
+{
+    m_scene->setupUi(this);
+    style();
+    setFixedSize(size());
+    connect(m_scene->devicesTableView, &DevicesTableView::rowClicked, this, [this](int row, int column) {
+        m_clickedRow = row;
+        m_clickedColumn = column;
+        if (m_controller)
+            m_controller->deviceClicked();
+    });
+    connect(m_scene->disconnectButton, &QPushButton::clicked, this, [this] {
+        if (m_controller)
+            m_controller->disconnectDevice();
+    });
+}
+
+QtDevicesListView::~QtDevicesListView() = default;
+
+void QtDevicesListView::style()
+{
+    using Theme::FontFace;
+    m_scene->listHeaderView->setBackgroundColor(Qt::white);
+    m_scene->headerMainLabel->setFont(Theme::font(FontFace::extraLight, 20));
+    m_scene->headerSubLabel->setFont(Theme::font(FontFace::regular, 12));
+    m_scene->disconnectButton->setFont(Theme::font(FontFace::regular, 16));
+    m_scene->devicesTableView->setPlaceholder(tr("No panel found yet.\n\nCheck that the panel is switched on "
+                                                 "and on the same network as this computer."));
+}
+
+void QtDevicesListView::setController(DevicesListViewController* controller)
+{
+    m_controller = controller;
+    if (!controller) {
+        m_scene->devicesTableView->setDataSource({}, {});
+        return;
+    }
+    m_scene->devicesTableView->setDataSource(
+        [controller] { return static_cast<int>(controller->numberOfRows()); },
+        [controller](int row, DeviceTableCellView& cell) {
+            const DeviceRow texts = controller->viewForRow(row);
+            cell.deviceNameLabel = QString::fromStdString(texts.deviceNameLabel.value_or(""));
+            cell.deviceIPLabel = QString::fromStdString(texts.deviceIPLabel.value_or(""));
+        });
+}
+
+void QtDevicesListView::reloadData()
+{
+    m_scene->devicesTableView->reloadData();
+}
+
+void QtDevicesListView::setIconOfCell(std::int64_t column, std::int64_t row, const std::string& imageName)
+{
+    if (column == 0)
+        m_scene->devicesTableView->setRowIcon(static_cast<int>(row), QString::fromStdString(imageName));
+}
+
+void QtDevicesListView::setDisconnectButtonHeight(double height)
+{
+    m_scene->disconnectButton->setFixedHeight(static_cast<int>(height));
+    m_scene->disconnectButton->setVisible(height > 0);
+}
+
+} // namespace companion

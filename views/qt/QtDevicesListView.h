@@ -1,0 +1,42 @@
+#pragma once
+
+#include "discovery/DevicesListView.h"
+
+#include <memory>
+#include <QWidget>
+
+namespace Ui {
+class DevicesListScene;
+}
+
+namespace companion {
+
+class DevicesListViewController;
+
+/// The list of panels with its header and its disconnect button, as it stands in the popover.
+class QtDevicesListView : public QWidget, public DevicesListView {
+    Q_OBJECT
+
+public:
+    explicit QtDevicesListView(QWidget* parent = nullptr);
+    ~QtDevicesListView() override;
+
+    /// Whom clicks are told to and where rows come from; it must outlive the view or be replaced by null.
+    void setController(DevicesListViewController* controller);
+
+    void reloadData() override;
+    void setIconOfCell(std::int64_t column, std::int64_t row, const std::string& imageName) override;
+    void setDisconnectButtonHeight(double height) override;
+    std::int64_t clickedRow() const override { return m_clickedRow; }
+    std::int64_t clickedColumn() const override { return m_clickedColumn; }
+
+private:
+    void style();
+
+    std::unique_ptr<Ui::DevicesListScene> m_scene;
+    DevicesListViewController* m_controller = nullptr;
+    std::int64_t m_clickedRow = -1;
+    std::int64_t m_clickedColumn = -1;
+};
+
+} // namespace companion

@@ -1,0 +1,76 @@
+#include "views/qt/RoundButton.h"
+
+#include "views/qt/Theme.h"
+
+#include <cmath>
+#include <QAccessible>
+#include <QEvent>
+#include <QKeyEvent>
+#include <QPainter>
+
+namespace companion {
+
+RoundButton::RoundButton(QWidget* parent)
+    : QAbstractButton(parent)
+{
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_Hover);
+}
+
+void RoundButton::setImageName(const QString& name)
+{
+    m_image.setName(name);
+    update();
+}
+
+void RoundButton::setCornerRadius(double radius)
+{
+    m_cornerRadius = radius;
+    update();
+}
+
+void RoundButton::setActive(bool isActive)
+{
+    if (m_isActive == isActive)
+        return;
+    m_isActive = isActive;
+    QAccessible::State changed;
+    changed.pressed = true;
+    QAccessibleStateChangeEvent event(this, changed);
+    QAccessible::updateAccessibility(&event);
+}
+
+bool RoundButton::hitButton(const QPoint& position) const
+{
+    const QPointF fromMiddle = QPointF(position) - QRectF(rect()).center();
+    return std::hypot(fromMiddle.x(), fromMiddle.y()) <= m_cornerRadius;
+}
+
+void RoundButton::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const double ring = Theme::focusRingWidth + Theme::focusRingGap;
+    const QRectF face = QRectF(rect()).adjusted(ring, ring, -ring, -ring);
+    if (hasFocus())
+        Theme::paintFocusRing(painter, rect(), m_cornerRadius);
+    painter.setOpacity(isDown() ? 0.8 : underMouse() ? 0.92 : 1.0);
+    m_image.paint(painter, face);
+}
+
+void RoundButton::keyPressEvent(QKeyEvent* event)
+{
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        click();
+    else
+        QAbstractButton::keyPressEvent(event);
+}
+
+bool RoundButton::event(QEvent* event)
+{
+    if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverLeave)
+        update();
+    return QAbstractButton::event(event);
+}
+
+} // namespace companion

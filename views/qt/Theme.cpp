@@ -1,0 +1,116 @@
+#include "views/qt/Theme.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFontDatabase>
+#include <QPainter>
+#include <QPalette>
+#include <QStyleFactory>
+
+namespace companion::Theme {
+
+namespace {
+
+QString loadTypeface()
+{
+    QString family = QStringLiteral("Manrope"); // nearest in form where the embedded one is missing
+    const QDir fonts(QStringLiteral(":/fonts"));
+    for (const QString& file : fonts.entryList({QStringLiteral("*.ttf")})) {
+        const int id = QFontDatabase::addApplicationFont(fonts.filePath(file));
+        if (id >= 0 && file.contains(QStringLiteral("Regular")))
+            family = QFontDatabase::applicationFontFamilies(id).value(0);
+    }
+    return family;
+}
+
+const QString& typeface()
+{
+    static const QString family = loadTypeface();
+    return family;
+}
+
+QPalette lightPalette()
+{
+    QPalette palette(QColor(0xf0, 0xf3, 0xf6), QColor(Qt::white));
+    palette.setColor(QPalette::WindowText, QColor(text));
+    palette.setColor(QPalette::Text, QColor(text));
+    palette.setColor(QPalette::ButtonText, QColor(text));
+    palette.setColor(QPalette::PlaceholderText, QColor(secondaryText));
+    palette.setColor(QPalette::Base, Qt::white);
+    palette.setColor(QPalette::AlternateBase, QColor(0xf6, 0xf8, 0xfa));
+    palette.setColor(QPalette::Highlight, QColor(accent));
+    palette.setColor(QPalette::HighlightedText, Qt::white);
+    palette.setColor(QPalette::ToolTipBase, QColor(text));
+    palette.setColor(QPalette::ToolTipText, Qt::white);
+    palette.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(0x8797a6));
+    palette.setColor(QPalette::Disabled, QPalette::WindowText, QColor(0x8797a6));
+    palette.setColor(QPalette::Disabled, QPalette::Text, QColor(0x8797a6));
+    return palette;
+}
+
+// Buttons only: everything else is the palette's business.
+const char* const styleSheet = R"(
+        QPushButton {
+            background: #34495e; color: white; border: 2px solid #34495e; border-radius: 8px;
+            padding: 8px 20px; min-height: 24px;
+        }
+        QPushButton:hover { background: #3f5870; border-color: #3f5870; }
+        QPushButton:pressed { background: #2a3b4c; border-color: #2a3b4c; }
+        QPushButton:focus { border-color: #1cbd9d; }
+        QPushButton:disabled { background: #d5dce2; border-color: #d5dce2; color: #52616f; }
+        QPushButton#disconnectButton {
+            background: rgb(204, 115, 77); border: 3px solid rgb(204, 115, 77); border-radius: 0;
+            color: #1d130e; padding: 0;
+        }
+        QPushButton#disconnectButton:hover { background: rgb(212, 128, 92); border-color: rgb(212, 128, 92); }
+        QPushButton#disconnectButton:focus { border-color: #22303c; }
+        QToolButton { background: transparent; border: 3px solid transparent; border-radius: 8px; }
+        QToolButton:hover { background: rgba(255, 255, 255, 128); }
+        QToolButton:pressed { background: rgba(255, 255, 255, 200); }
+        QToolButton:focus { border-color: #0b7a65; }
+    )";
+
+} // namespace
+
+QFont font(FontFace face, int points)
+{
+    QFont font(typeface());
+    font.setPixelSize(points);
+    switch (face) {
+    case FontFace::regular:
+        font.setWeight(QFont::Normal);
+        break;
+    case FontFace::medium:
+        font.setWeight(QFont::Medium);
+        break;
+    case FontFace::semiBold:
+        font.setWeight(QFont::DemiBold);
+        break;
+    case FontFace::extraLight:
+        font.setWeight(QFont::ExtraLight);
+        break;
+    }
+    return font;
+}
+
+void apply(QApplication& application)
+{
+    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setPalette(lightPalette());
+    QApplication::setFont(font(FontFace::regular, 14));
+    application.setStyleSheet(QString::fromLatin1(styleSheet));
+}
+
+void paintFocusRing(QPainter& painter, const QRectF& bounds, double cornerRadius)
+{
+    const double inset = focusRingWidth / 2;
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(QColor(accent), focusRingWidth));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(
+        bounds.adjusted(inset, inset, -inset, -inset), cornerRadius - inset, cornerRadius - inset);
+    painter.restore();
+}
+
+} // namespace companion::Theme

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QColor>
+#include <QFont>
+
+class QApplication;
+class QPainter;
+class QRectF;
+
+/// Colours, fonts and the focus ring that all screens share.
+namespace companion::Theme {
+
+inline constexpr QRgb text = 0xff22303c;
+inline constexpr QRgb secondaryText = 0xff52616f;
+inline constexpr QRgb accent = 0xff0b7a65;
+inline constexpr QRgb line = 0xffd5dce2;
+inline constexpr double focusRingWidth = 3;
+inline constexpr double focusRingGap = 2;
+
+enum class FontFace { regular, medium, semiBold, extraLight };
+
+/// The program's typeface in one of its four weights; `points` are device-independent pixels.
+QFont font(FontFace face, int points);
+
+/// The light palette, the style of the controls and the base font, whatever the desktop's own scheme is.
+void apply(QApplication& application);
+
+/// A ring just inside `bounds`, with rounded corners.
+void paintFocusRing(QPainter& painter, const QRectF& bounds, double cornerRadius);
+
+} // namespace companion::Theme
