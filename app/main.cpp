@@ -1,0 +1,56 @@
+#include "app/AppDelegate.h"
+#include "app/Composition.h"
+#include "app/Options.h"
+#include "views/qt/Accessibility.h"
+#include "views/qt/Theme.h"
+
+#include <cstdio>
+#include <QApplication>
+
+using namespace companion;
+
+namespace {
+
+/// The process's exit status when the arguments ask for no window.
+std::optional<int> answerWithoutWindow(const ParsedOptions& parsed)
+{
+    if (std::holds_alternative<HelpWanted>(parsed)) {
+        std::fwrite(helpText().data(), 1, helpText().size(), stdout);
+        return 0;
+    }
+    if (std::holds_alternative<VersionWanted>(parsed)) {
+        std::puts("panel-companion " PANEL_COMPANION_VERSION);
+        return 0;
+    }
+    if (const auto* badUsage = std::get_if<BadUsage>(&parsed)) {
+        std::fprintf(stderr, "panel-companion: %s (see --help)\n", badUsage->message.c_str());
+        return 2;
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const ParsedOptions parsed = parseOptions({argv + 1, argv + argc});
+    if (const auto status = answerWithoutWindow(parsed))
+        return *status;
+
+    int argumentsOfToolkit = 1; // its own options have no place in ours
+    QApplication application(argumentsOfToolkit, argv);
+    QApplication::setApplicationName(QStringLiteral("panel-companion"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Panel Companion"));
+    QApplication::setDesktopFileName(QStringLiteral("panel-companion"));
+    AppDelegate delegate;
+    QApplication::setQuitOnLastWindowClosed(delegate.applicationShouldTerminateAfterLastWindowClosed());
+    Theme::apply(application);
+    installAccessibility();
+
+    Composition composition(std::get<Options>(parsed));
+    composition.start();
+    delegate.applicationDidFinishLaunching();
+    const int status = QApplication::exec();
+    delegate.applicationWillTerminate();
+    return status;
+}
