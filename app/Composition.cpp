@@ -90,7 +90,11 @@ Composition::Parts::Parts(const Options& options)
     , m_screen(options.screenName)
     , m_interfaceName(options.interfaceName)
     , m_panels(options.panels, m_announcedPanels, m_mainQueue)
-    , m_sockets(m_mainQueue, m_log, [this] { if (m_xtestPoster) m_xtestPoster->flush(); })
+    , m_sockets(m_mainQueue, m_log,
+          [this] {
+              if (m_xtestPoster)
+                  m_xtestPoster->flush();
+          })
     , m_signalNotifier(m_signals.fd(), QSocketNotifier::Read)
 {
     openPoster();
@@ -114,7 +118,8 @@ Composition::Parts::~Parts()
 void Composition::Parts::openPoster()
 {
     std::string whyNot;
-    m_xtestPoster = XTestMouseEventPoster::open("", [this] { return m_screen.mapping(); }, whyNot, desktopClickRules());
+    m_xtestPoster = XTestMouseEventPoster::open(
+        "", [this] { return m_screen.mapping(); }, whyNot, desktopClickRules());
     if (m_xtestPoster)
         m_flushingPause = std::make_unique<FlushingPause>(m_threadPause, *m_xtestPoster);
     else
@@ -135,9 +140,12 @@ void Composition::Parts::showDashboard()
     m_dashboard->viewDidLoad();
 
     DashboardViewController& dashboard = *m_dashboard;
-    QObject::connect(view, &QtDashboardView::devicesListIconClicked, view, [&] { dashboard.devicesListIconClicked(); });
-    QObject::connect(view, &QtDashboardView::connectButtonClicked, view, [&] { dashboard.connectButtonClicked(); });
-    QObject::connect(view, &QtDashboardView::settingsIconClicked, view, [&] { dashboard.settingsIconClicked(); });
+    QObject::connect(
+        view, &QtDashboardView::devicesListIconClicked, view, [&] { dashboard.devicesListIconClicked(); });
+    QObject::connect(
+        view, &QtDashboardView::connectButtonClicked, view, [&] { dashboard.connectButtonClicked(); });
+    QObject::connect(
+        view, &QtDashboardView::settingsIconClicked, view, [&] { dashboard.settingsIconClicked(); });
     QObject::connect(view, &QtDashboardView::castButtonClicked, view, [&] { dashboard.castButtonClicked(); });
     m_window.setContentView(view);
 }
@@ -145,7 +153,8 @@ void Composition::Parts::showDashboard()
 DashboardDependencies Composition::Parts::dashboardDependencies(QtDashboardView& view)
 {
     Pause& pause = m_flushingPause ? static_cast<Pause&>(*m_flushingPause) : m_threadPause;
-    MouseEventPoster& poster = m_xtestPoster ? static_cast<MouseEventPoster&>(*m_xtestPoster) : *m_unavailablePoster;
+    MouseEventPoster& poster =
+        m_xtestPoster ? static_cast<MouseEventPoster&>(*m_xtestPoster) : *m_unavailablePoster;
     return {
         .view = view,
         .alerts = m_alerts,
@@ -157,11 +166,13 @@ DashboardDependencies Composition::Parts::dashboardDependencies(QtDashboardView&
         .pause = pause,
         .screen = m_screen,
         .mouseEventPoster = poster,
-        .makeDevicesListController = [this, &view] {
-            auto controller = std::make_unique<DevicesListViewController>(view.devicesListView(), m_panels, m_log);
-            view.devicesListView().setController(controller.get());
-            return controller;
-        },
+        .makeDevicesListController =
+            [this, &view] {
+                auto controller =
+                    std::make_unique<DevicesListViewController>(view.devicesListView(), m_panels, m_log);
+                view.devicesListView().setController(controller.get());
+                return controller;
+            },
         .makeSettingsController = [] { return std::make_unique<RelaySettingsViewController>(); },
         .touchSource = m_options.touchFrom,
     };

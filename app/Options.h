@@ -1,5 +1,7 @@
 #pragma once
 
+#include "dashboard/TouchSource.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -7,9 +9,6 @@
 #include <vector>
 
 namespace companion {
-
-/// Whose touch messages are taken.
-enum class TouchSource { any, panel };
 
 /// What the command line of `panel-companion` asks for.
 struct Options {

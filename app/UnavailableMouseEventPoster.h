@@ -18,7 +18,10 @@ public:
     {
     }
 
-    std::optional<MouseEvent> makeMouseEvent(MouseEventType type, Point at) override { return MouseEvent{type, at, 0}; }
+    std::optional<MouseEvent> makeMouseEvent(MouseEventType type, Point at) override
+    {
+        return MouseEvent{type, at, 0};
+    }
     std::optional<KeyEvent> makeKeyEvent(std::uint16_t, bool) override { return std::nullopt; }
     void post(const MouseEvent&) override { tellOnce(); }
     void post(const KeyEvent&) override { tellOnce(); }

@@ -2,6 +2,7 @@
 
 #include "dashboard/DashboardView.h"
 #include "dashboard/RelaySettingsViewController.h"
+#include "dashboard/TouchSource.h"
 #include "discovery/DevicesListViewController.h"
 #include "panel/PanelService.h"
 #include "platform/Alerts.h"
@@ -16,9 +17,6 @@
 #include <memory>
 
 namespace companion {
-
-/// Whose touches are listened to: everybody's, or those that come from the paired panel's address.
-enum class TouchSource { any, panel };
 
 /// What the dashboard works with. Everything outlives it; the main queue may hold jobs of it to the end.
 struct DashboardDependencies {
