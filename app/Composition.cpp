@@ -6,7 +6,8 @@
 #include "dashboard/DashboardViewController.h"
 #include "platform/avahi/AvahiServiceBrowser.h"
 #include "platform/curl/CurlHttpSession.h"
-#include "platform/posix/LastWish.h"
+#include "platform/FatalError.h"
+#include "platform/posix/FatalErrorLog.h"
 #include "platform/posix/PosixAsyncUdpSocketFactory.h"
 #include "platform/posix/PosixInterfaceAddresses.h"
 #include "platform/posix/RoutedInterfaceName.h"
@@ -14,7 +15,6 @@
 #include "platform/posix/StdoutConsole.h"
 #include "platform/posix/SyslogLog.h"
 #include "platform/posix/SystemClock.h"
-#include "platform/posix/ThreadPause.h"
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtScreen.h"
@@ -101,7 +101,7 @@ Composition::Parts::Parts(const Options& options)
     setLastWish([this](std::string_view what) {
         if (m_xtestPoster)
             m_xtestPoster->releaseHeldButton();
-        m_log.log("Fatal error: " + std::string(what));
+        logFatalError(what);
     });
     QObject::connect(&m_signalNotifier, &QSocketNotifier::activated, qApp, [this] { endOnSignal(); });
 }

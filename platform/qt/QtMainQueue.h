@@ -31,6 +31,9 @@ public:
     void after(std::chrono::nanoseconds delay, Job job) override;
     std::unique_ptr<RepeatingTimer> repeat(std::chrono::nanoseconds interval, Job tick) override;
 
+    /// Destroys the jobs that have not run, and what they hold on to, while that can still go in good order.
+    void dropAllJobs();
+
     /// Jobs and ticks stand still as long as one of these exists: around everything modal. Main thread only.
     class Blocker {
     public:
@@ -65,7 +68,6 @@ private:
     void serve();
     void runSlice();
     bool refillBatch();
-    void dropAllJobs();
 
     void moveDueJobs();
     void armDelayTimer();

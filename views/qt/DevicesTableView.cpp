@@ -49,7 +49,7 @@ public:
             endRemoveRows();
         }
         if (m_rows > 0)
-            emit dataChanged(index(0), index(m_rows - 1));
+            Q_EMIT dataChanged(index(0), index(m_rows - 1));
     }
 
     QString icon(int row) const
@@ -65,7 +65,7 @@ public:
         if (static_cast<std::size_t>(row) >= m_icons.size())
             m_icons.resize(static_cast<std::size_t>(row) + 1, QStringLiteral("radioIcon"));
         m_icons[static_cast<std::size_t>(row)] = imageName;
-        emit dataChanged(index(row), index(row));
+        Q_EMIT dataChanged(index(row), index(row));
     }
 
     DevicesTableView::RowCount countRows;
@@ -171,7 +171,7 @@ void DevicesTableView::mouseReleaseEvent(QMouseEvent* event)
     if (event->button() != Qt::LeftButton || !viewport()->rect().contains(event->pos()))
         return;
     const QModelIndex index = indexAt(event->pos());
-    emit rowClicked(index.row(), index.column());
+    Q_EMIT rowClicked(index.row(), index.column());
 }
 
 void DevicesTableView::keyPressEvent(QKeyEvent* event)
@@ -181,7 +181,7 @@ void DevicesTableView::keyPressEvent(QKeyEvent* event)
     if (!isPick)
         QListView::keyPressEvent(event);
     else if (currentIndex().isValid())
-        emit rowClicked(currentIndex().row(), currentIndex().column());
+        Q_EMIT rowClicked(currentIndex().row(), currentIndex().column());
 }
 
 void DevicesTableView::paintEvent(QPaintEvent* event)

@@ -37,7 +37,7 @@ public:
     /// A friendly line for an empty list.
     void setPlaceholder(const QString& text);
 
-signals:
+Q_SIGNALS:
     /// A click or the Return key; both are -1 for the empty area below the rows.
     void rowClicked(int row, int column);
 

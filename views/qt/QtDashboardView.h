@@ -35,7 +35,7 @@ public:
     void presentDevicesList(DevicesListViewController& controller) override;
     void presentSettings(RelaySettingsViewController& controller) override;
 
-signals:
+Q_SIGNALS:
     void devicesListIconClicked();
     void settingsIconClicked();
     void connectButtonClicked();
