@@ -85,7 +85,8 @@ void AvahiDaemon::start()
                                  << m_options.interface << "\nenable-dbus=yes\nobjects-per-client-max="
                                  << m_options.objectsPerClient
                                  << "\nentries-per-entry-group-max=" << m_options.entriesPerGroup
-                                 << "\n[publish]\npublish-hinfo=no\npublish-workstation=no\n";
+                                 << "\n[publish]\ndisable-publishing=" << yesOrNo(!m_options.publishes)
+                                 << "\npublish-hinfo=no\npublish-workstation=no\n";
     m_daemon = std::make_unique<ChildProcess>(
         inOwnRunFolder({"avahi-daemon", "--file=" + configuration.string(), "--no-drop-root", "--no-chroot",
             "--no-rlimits", "--no-proc-title"}),

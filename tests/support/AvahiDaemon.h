@@ -19,6 +19,8 @@ public:
         std::string interface = "lo";
         bool useIpv4 = true;
         bool useIpv6 = false;
+        /// One that only listens cannot quarrel with another about whose the addresses of their common interface are.
+        bool publishes = true;
         unsigned objectsPerClient = 1024; ///< the daemon's own default
         unsigned entriesPerGroup = 32;    ///< the daemon's own default
     };

@@ -1,0 +1,192 @@
+#include "platform/avahi/AvahiServiceBrowser.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace companion {
+
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto retryInterval = 2s;
+constexpr int anyInterface = -1;
+constexpr int anyProtocol = -1;
+constexpr uint noFlags = 0;
+
+} // namespace
+
+/// Hands reports to the main queue; what is still on its way when the browser goes is not delivered.
+class AvahiServiceBrowser::Reports : public std::enable_shared_from_this<Reports> {
+public:
+    explicit Reports(MainQueue& queue)
+        : m_queue(queue)
+    {
+    }
+
+    void setDelegate(ServiceBrowserDelegate* delegate) { m_delegate = delegate; }
+
+    void found(std::shared_ptr<Service> service)
+    {
+        deliver(&ServiceBrowserDelegate::netServiceBrowserDidFindService, std::move(service));
+    }
+
+    void removed(std::shared_ptr<Service> service)
+    {
+        deliver(&ServiceBrowserDelegate::netServiceBrowserDidRemoveService, std::move(service));
+    }
+
+private:
+    using Report = void (ServiceBrowserDelegate::*)(std::shared_ptr<Service>, bool moreComing);
+
+    void deliver(Report report, std::shared_ptr<Service> service)
+    {
+        ++m_onTheirWay;
+        m_queue.async([weak = weak_from_this(), report, service = std::move(service)] {
+            const auto reports = weak.lock();
+            if (!reports)
+                return;
+            const bool moreComing = --reports->m_onTheirWay > 0;
+            if (reports->m_delegate)
+                (reports->m_delegate->*report)(service, moreComing);
+        });
+    }
+
+    MainQueue& m_queue;
+    ServiceBrowserDelegate* m_delegate = nullptr;
+    int m_onTheirWay = 0;
+};
+
+AvahiServiceBrowser::AvahiServiceBrowser(MainQueue& queue, SystemLog& log)
+    : m_queue(queue)
+    , m_log(log)
+    , m_session(std::make_shared<AvahiSession>(log))
+    , m_reports(std::make_shared<Reports>(queue))
+{
+    m_retry.setSingleShot(true);
+    m_retry.setInterval(retryInterval);
+    QObject::connect(&m_retry, &QTimer::timeout, &m_retry, [this] { browse(); });
+    QObject::connect(&m_session->client, &AvahiClient::daemonCame, &m_retry, [this] { browse(); });
+    QObject::connect(&m_session->client, &AvahiClient::daemonWent, &m_retry, [this] { endBrowse(); });
+}
+
+AvahiServiceBrowser::~AvahiServiceBrowser() = default;
+
+void AvahiServiceBrowser::setDelegate(ServiceBrowserDelegate* delegate)
+{
+    m_reports->setDelegate(delegate);
+}
+
+void AvahiServiceBrowser::searchForServices(const std::string& type, const std::string& domain)
+{
+    m_type = type;
+    m_domain = domain;
+    m_session->client.start();
+}
+
+void AvahiServiceBrowser::browse()
+{
+    for (auto& [name, known] : m_known)
+        for (Sighting& sighting : known.sightings)
+            sighting.isConfirmed = false;
+    m_browser = m_session->client.makeObject(QStringLiteral("ServiceBrowserNew"),
+        {anyInterface, anyProtocol, QString::fromStdString(m_type), avahiDomain(m_domain), noFlags},
+        {.onSignal = [this](const QString& member,
+                         const QVariantList& arguments) { receiveSignal(member, arguments); },
+            .onRefused = [this](const QString& error) { browseAgainLater(error); }});
+}
+
+void AvahiServiceBrowser::endBrowse()
+{
+    m_retry.stop();
+    m_browser.reset();
+    m_hasFailed = false;
+}
+
+void AvahiServiceBrowser::browseAgainLater(const QString& error)
+{
+    m_browser.reset();
+    m_retry.start();
+    if (!std::exchange(m_hasFailed, true))
+        m_log.log("mDNS: browsing failed and will be tried again: " + error.toStdString());
+}
+
+void AvahiServiceBrowser::receiveSignal(const QString& member, const QVariantList& arguments)
+{
+    if (member == u"Failure")
+        return browseAgainLater(arguments.value(0).toString());
+    m_hasFailed = false;
+    if (member == u"AllForNow")
+        return removeUnconfirmed();
+
+    const ServiceInstance instance{arguments.value(0).toInt(), arguments.value(1).toInt()};
+    const std::string name = arguments.value(2).toString().toStdString();
+    if (member == u"ItemNew")
+        addSighting(name, instance);
+    else if (member == u"ItemRemove")
+        removeSighting(name, instance);
+}
+
+void AvahiServiceBrowser::addSighting(const std::string& name, ServiceInstance instance)
+{
+    Known& known = m_known[name];
+    for (Sighting& sighting : known.sightings) {
+        if (sighting.instance == instance) {
+            sighting.isConfirmed = true;
+            return;
+        }
+    }
+    known.sightings.push_back({instance, true});
+    if (known.sightings.size() == 1)
+        reportFound(name, known);
+    else if (const auto service = known.service.lock())
+        service->addInstance(instance);
+}
+
+void AvahiServiceBrowser::removeSighting(const std::string& name, ServiceInstance instance)
+{
+    const auto known = m_known.find(name);
+    if (known == m_known.end())
+        return;
+    if (const auto service = known->second.service.lock())
+        service->removeInstance(instance);
+    std::erase_if(known->second.sightings,
+        [instance](const Sighting& sighting) { return sighting.instance == instance; });
+    if (known->second.sightings.empty())
+        reportRemoved(known);
+}
+
+void AvahiServiceBrowser::removeUnconfirmed()
+{
+    std::vector<std::pair<std::string, ServiceInstance>> gone;
+    for (const auto& [name, known] : m_known)
+        for (const Sighting& sighting : known.sightings)
+            if (!sighting.isConfirmed)
+                gone.emplace_back(name, sighting.instance);
+    for (const auto& [name, instance] : gone)
+        removeSighting(name, instance);
+}
+
+void AvahiServiceBrowser::reportFound(const std::string& name, Known& known)
+{
+    const auto service = makeService(name);
+    service->addInstance(known.sightings.front().instance);
+    known.service = service;
+    m_reports->found(service);
+}
+
+void AvahiServiceBrowser::reportRemoved(KnownServices::iterator known)
+{
+    auto service = known->second.service.lock();
+    if (!service)
+        service = makeService(known->first);
+    m_known.erase(known);
+    m_reports->removed(std::move(service));
+}
+
+std::shared_ptr<AvahiService> AvahiServiceBrowser::makeService(const std::string& name)
+{
+    return std::make_shared<AvahiService>(m_queue, m_session, name, m_type, m_domain);
+}
+
+} // namespace companion

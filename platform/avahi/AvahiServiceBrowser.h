@@ -1,0 +1,93 @@
+#pragma once
+
+#include "platform/avahi/AvahiService.h"
+#include "platform/avahi/AvahiSession.h"
+#include "platform/Log.h"
+#include "platform/MainQueue.h"
+#include "platform/ServiceBrowser.h"
+
+#include <memory>
+#include <QString>
+#include <QTimer>
+#include <QVariantList>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace companion {
+
+/// Browses with the Avahi daemon, over its D-Bus interface on the system bus. Main thread only; needs an event loop.
+///
+/// Found and removed services are reported through the main queue. Bus or daemon may be missing, come later, and be
+/// restarted: what was known stays known until the new daemon has looked around, then only changes are reported. A daemon that goes for
+/// good takes nothing away, since the panels are still there.
+class AvahiServiceBrowser : public ServiceBrowser {
+public:
+    /// `queue` and `log` must outlive the browser and every service that it found.
+    AvahiServiceBrowser(MainQueue& queue, SystemLog& log);
+    ~AvahiServiceBrowser() override;
+    AvahiServiceBrowser(const AvahiServiceBrowser&) = delete;
+    AvahiServiceBrowser& operator=(const AvahiServiceBrowser&) = delete;
+
+    void setDelegate(ServiceBrowserDelegate* delegate) override;
+
+    /// To be called once.
+    void searchForServices(const std::string& type, const std::string& domain) override;
+
+private:
+    class Reports;
+
+    struct Sighting {
+        ServiceInstance instance;
+        bool isConfirmed; ///< seen by the present browse
+    };
+
+    /// A service that was reported found: the delegate's object, as long as somebody holds it, and where it is seen.
+    struct Known {
+        std::weak_ptr<AvahiService> service;
+        std::vector<Sighting> sightings;
+    };
+    using KnownServices = std::unordered_map<std::string, Known>;
+
+    void browse();
+    void endBrowse();
+    void browseAgainLater(const QString& error);
+    void receiveSignal(const QString& member, const QVariantList& arguments);
+    void addSighting(const std::string& name, ServiceInstance instance);
+    void removeSighting(const std::string& name, ServiceInstance instance);
+    void removeUnconfirmed();
+    void reportFound(const std::string& name, Known& known);
+    void reportRemoved(KnownServices::iterator known);
+    std::shared_ptr<AvahiService> makeService(const std::string& name);
+
+    MainQueue& m_queue;
+    SystemLog& m_log;
+    std::shared_ptr<AvahiSession> m_session;
+    std::shared_ptr<Reports> m_reports;
+    std::string m_type;
+    std::string m_domain;
+    KnownServices m_known; ///< by name
+    bool m_hasFailed = false;
+    QTimer m_retry;
+    std::unique_ptr<AvahiObject> m_browser;
+};
+
+class AvahiServiceBrowserFactory : public ServiceBrowserFactory {
+public:
+    AvahiServiceBrowserFactory(MainQueue& queue, SystemLog& log)
+        : m_queue(queue)
+        , m_log(log)
+    {
+    }
+
+    std::unique_ptr<ServiceBrowser> makeServiceBrowser() override
+    {
+        return std::make_unique<AvahiServiceBrowser>(m_queue, m_log);
+    }
+
+private:
+    MainQueue& m_queue;
+    SystemLog& m_log;
+};
+
+} // namespace companion

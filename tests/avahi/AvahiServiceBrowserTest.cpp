@@ -1,0 +1,324 @@
+#include "platform/avahi/AvahiServiceBrowser.h"
+
+#include "tests/avahi/ServiceBrowsing.h"
+#include "tests/avahi/ServicePublisher.h"
+
+#include <gmock/gmock.h>
+
+// One Avahi looks at another: the computer's daemon on the computer's bus, the panel's on a bus of its own, both on "lo".
+
+namespace companion::testing {
+
+using namespace std::chrono_literals;
+using SteadyClock = std::chrono::steady_clock;
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::Not;
+using ::testing::UnorderedElementsAre;
+
+class AvahiServiceBrowserTest : public ServiceBrowsing {
+protected:
+    void SetUp() override
+    {
+        ServiceBrowsing::SetUp();
+        if (IsSkipped())
+            return;
+        panelBus.start();
+        panelDaemon.start();
+    }
+
+    std::unique_ptr<Announcement> announce(const std::string& name, const std::string& host = "")
+    {
+        return std::make_unique<Announcement>(panelBus, name, "_airplay._tcp", host);
+    }
+
+    /// Everything announced so far has been told once a service announced now is found.
+    void waitForNewestNews()
+    {
+        const auto marker = announce("marker");
+        EXPECT_TRUE(waitFor("found marker"));
+        EXPECT_TRUE(waitFor("resolved marker"));
+    }
+
+    std::vector<std::string> linesWithoutMarker() const
+    {
+        std::vector<std::string> lines = transcript.lines();
+        std::erase_if(lines, [](const std::string& line) { return line.ends_with(" marker"); });
+        return lines;
+    }
+
+    PrivateBus panelBus;
+    AvahiDaemon panelDaemon{panelBus, {.hostName = "panel"}};
+    AvahiDaemon computerDaemon{*computerBus, {.hostName = "computer", .publishes = false}};
+};
+
+TEST_F(AvahiServiceBrowserTest, AnnouncedServiceIsFoundResolvedAndRemoved)
+{
+    computerDaemon.start();
+    browse();
+    auto panel = announce("Meridian 65|Room 204|0A00020F");
+    EXPECT_TRUE(waitFor("resolved Meridian 65|Room 204|0A00020F"));
+    ASSERT_EQ(list.services.size(), 1u);
+    EXPECT_EQ(list.services[0]->type(), "_airplay._tcp");
+    EXPECT_EQ(list.services[0]->domain(), "local.");
+
+    panel.reset();
+    EXPECT_TRUE(waitFor("removed Meridian 65|Room 204|0A00020F"));
+    EXPECT_THAT(transcript.lines(),
+        ElementsAre("found Meridian 65|Room 204|0A00020F", "resolved Meridian 65|Room 204|0A00020F",
+            "removed Meridian 65|Room 204|0A00020F"));
+    EXPECT_TRUE(list.services.empty());
+    EXPECT_TRUE(logLines.lines().empty());
+}
+
+TEST_F(AvahiServiceBrowserTest, NamesOfAllKindsAndOf63BytesArriveUnchanged)
+{
+    const std::vector<std::string> names{
+        "Tandem|Büro 3 – „Süd“ 会議室|0A00020F",
+        R"(Tandem|"quoted" \ back\\slash.dots. and\032 blanks |0A000210)",
+        "Halcyon-X||",
+        "Meridian|" + std::string(45, 'x') + "|C0A80105",
+    };
+    ASSERT_EQ(names.back().size(), 63u);
+
+    computerDaemon.start();
+    browse();
+    ServicePublisher publisher(panelBus);
+    publisher.publish(names);
+    for (const std::string& name : names)
+        EXPECT_TRUE(waitFor("resolved " + name)) << name;
+    EXPECT_EQ(list.services.size(), names.size());
+}
+
+TEST_F(AvahiServiceBrowserTest, DaemonMissingAtTheStartMayComeLater)
+{
+    browse();
+    const auto panel = announce("late");
+    EXPECT_TRUE(waitUntil([&] { return !logLines.lines().empty(); }));
+    EXPECT_THAT(logLines.lines(), ElementsAre("log mDNS: the Avahi daemon is not running"));
+    EXPECT_TRUE(transcript.lines().empty());
+
+    computerDaemon.start();
+    EXPECT_TRUE(waitFor("resolved late"));
+    EXPECT_THAT(logLines.lines(),
+        ElementsAre("log mDNS: the Avahi daemon is not running", "log mDNS: the Avahi daemon is running"));
+}
+
+TEST_F(AvahiServiceBrowserTest, BusMissingAtTheStartMayComeLater)
+{
+    computerBus->stop();
+    browse();
+    const auto panel = announce("late");
+    run(2100ms); // past the first retry, which fails as well
+    EXPECT_THAT(
+        logLines.lines(), ElementsAre("log mDNS: there is no system bus to reach the Avahi daemon by"));
+
+    computerBus->start();
+    computerDaemon.start();
+    EXPECT_TRUE(waitFor("resolved late"));
+}
+
+TEST_F(AvahiServiceBrowserTest, RestartOfTheDaemonReportsOnlyWhatChanged)
+{
+    computerDaemon.start();
+    browse();
+    const auto stays = announce("stays");
+    auto goes = announce("goes");
+    EXPECT_TRUE(waitFor("resolved stays"));
+    EXPECT_TRUE(waitFor("resolved goes"));
+    transcript.clear();
+
+    computerDaemon.stop();
+    goes.reset();
+    const auto comes = announce("comes");
+    run(200ms);
+    EXPECT_THAT(transcript.lines(), ElementsAre());
+    computerDaemon.start();
+    EXPECT_TRUE(waitFor("removed goes"));
+    EXPECT_TRUE(waitFor("resolved comes"));
+    waitForNewestNews();
+    EXPECT_THAT(linesWithoutMarker(), UnorderedElementsAre("removed goes", "found comes", "resolved comes"));
+}
+
+TEST_F(AvahiServiceBrowserTest, CrashOfTheDaemonReportsNothingByItself)
+{
+    computerDaemon.start();
+    browse();
+    const auto stays = announce("stays");
+    EXPECT_TRUE(waitFor("resolved stays"));
+    computerDaemon.crash();
+    EXPECT_TRUE(waitUntil([&] { return logLines.lines().size() == 1; }));
+    computerDaemon.start();
+    waitForNewestNews();
+    EXPECT_THAT(linesWithoutMarker(), ElementsAre("found stays", "resolved stays"));
+    EXPECT_THAT(logLines.lines(),
+        ElementsAre("log mDNS: the Avahi daemon is not running", "log mDNS: the Avahi daemon is running"));
+}
+
+TEST_F(AvahiServiceBrowserTest, RestartOfTheBusReportsOnlyWhatChanged)
+{
+    computerDaemon.start();
+    browse();
+    const auto stays = announce("stays");
+    EXPECT_TRUE(waitFor("resolved stays"));
+
+    computerDaemon.stop();
+    computerBus->stop();
+    EXPECT_TRUE(waitUntil([&] {
+        return !logLines.lines().empty()
+            && logLines.lines().back().find("no system bus") != std::string::npos;
+    }));
+    computerBus->start();
+    computerDaemon.start();
+    waitForNewestNews();
+    EXPECT_THAT(linesWithoutMarker(), ElementsAre("found stays", "resolved stays"));
+}
+
+TEST_F(AvahiServiceBrowserTest, ResolutionGoesOnAfterARestartOfTheDaemon)
+{
+    computerDaemon.start();
+    browse();
+    const auto panel = announce("patient", "late.local");
+    EXPECT_TRUE(waitFor("found patient"));
+    computerDaemon.stop();
+    computerDaemon.start();
+    const HostAnnouncement host(panelBus, "late.local", "127.0.0.9");
+    EXPECT_TRUE(waitFor("resolved patient"));
+    EXPECT_THAT(transcript.lines(), ElementsAre("found patient", "resolved patient"));
+}
+
+TEST_F(AvahiServiceBrowserTest, AddressThatComesAfterTheDaemonGaveUpIsStillAnAnswer)
+{
+    computerDaemon.start();
+    browse();
+    const auto panel = announce("slow", "late.local");
+    EXPECT_TRUE(waitFor("found slow"));
+    run(6s); // the daemon reports a failure after 5
+    EXPECT_FALSE(hasHappened("resolved slow"));
+    const HostAnnouncement host(panelBus, "late.local", "127.0.0.9");
+    EXPECT_TRUE(waitFor("resolved slow"));
+}
+
+TEST_F(AvahiServiceBrowserTest, NothingIsReportedAfterTheTimeOut)
+{
+    list.resolveTimeout = 1s;
+    computerDaemon.start();
+    browse();
+    const auto panel = announce("too slow", "late.local");
+    EXPECT_TRUE(waitFor("found too slow"));
+    run(1050ms);
+    const HostAnnouncement host(panelBus, "late.local", "127.0.0.9");
+    waitForNewestNews();
+    EXPECT_THAT(linesWithoutMarker(), ElementsAre("found too slow"));
+}
+
+TEST_F(AvahiServiceBrowserTest, SixtyDeadAnnouncementsHoldNobodyUp)
+{
+    computerDaemon.start();
+    browse();
+    std::vector<std::string> names;
+    for (int i = 0; i < 60; ++i)
+        names.push_back("dead " + std::to_string(i));
+    ServicePublisher publisher(panelBus);
+    publisher.publish(names, "nowhere.local");
+    EXPECT_TRUE(waitUntil([&] { return list.services.size() == 60; }));
+
+    const auto start = SteadyClock::now();
+    const auto panel = announce("alive"); // takes the panel's daemon about a second
+    EXPECT_TRUE(waitFor("resolved alive"));
+    EXPECT_LT(SteadyClock::now() - start, 3500ms); // 5 seconds and more if the dead kept their places
+}
+
+TEST_F(AvahiServiceBrowserTest, ServiceSeenOverIPv4AndIPv6IsReportedOnceAndRemovedWithTheLast)
+{
+    // Unlike a network card, "lo" has no route for IPv6 multicast.
+    ChildProcess route({"ip", "-6", "route", "add", "multicast", "ff00::/8", "dev", "lo", "table", "local"});
+    if (route.waitForExit() != 0)
+        GTEST_SKIP() << "no IPv6 multicast on the loopback interface: " << route.output();
+    AvahiDaemon bothProtocols{*computerBus, {.hostName = "computer", .useIpv6 = true, .publishes = false}};
+    PrivateBus secondBus;
+    secondBus.start();
+    AvahiDaemon ipv6Only{secondBus, {.hostName = "panel6", .useIpv4 = false, .useIpv6 = true}};
+    ipv6Only.start();
+    bothProtocols.start();
+    browse();
+
+    auto overIpv4 = announce("double");
+    auto overIpv6 = std::make_unique<Announcement>(secondBus, "double");
+    ChildProcess witness({"avahi-browse", "-p", "_airplay._tcp"}, computerBus->environment());
+    ASSERT_TRUE(witness.waitForOutput("+;lo;IPv4;double"));
+    ASSERT_TRUE(witness.waitForOutput("+;lo;IPv6;double"));
+    EXPECT_TRUE(waitFor("resolved double"));
+
+    overIpv4.reset();
+    ASSERT_TRUE(witness.waitForOutput("-;lo;IPv4;double"));
+    waitForNewestNews();
+    EXPECT_THAT(linesWithoutMarker(), ElementsAre("found double", "resolved double"));
+
+    overIpv6.reset();
+    EXPECT_TRUE(waitFor("removed double"));
+    EXPECT_THAT(linesWithoutMarker(), ElementsAre("found double", "resolved double", "removed double"));
+}
+
+TEST_F(AvahiServiceBrowserTest, AlertHoldsReportsBackAndTheyComeInOrder)
+{
+    computerDaemon.start();
+    browse();
+    ChildProcess witness({"avahi-browse", "-p", "_airplay._tcp"}, computerBus->environment());
+    auto first = announce("first");
+    ASSERT_TRUE(witness.waitForOutput("+;lo;IPv4;first"));
+    first.reset();
+    ASSERT_TRUE(witness.waitForOutput("-;lo;IPv4;first"));
+    const auto second = announce("second");
+    ASSERT_TRUE(witness.waitForOutput("+;lo;IPv4;second"));
+    runBlocked(300ms);
+    EXPECT_THAT(transcript.lines(), ElementsAre());
+
+    queue.runPending();
+    EXPECT_THAT(transcript.lines(), ElementsAre("found first", "removed first", "found second"));
+    EXPECT_FALSE(list.moreComing);
+    EXPECT_TRUE(waitFor("resolved second"));
+}
+
+TEST_F(AvahiServiceBrowserTest, ServiceThatIsHeldResolvesWithoutItsBrowser)
+{
+    computerDaemon.start();
+    browse();
+    const auto panel = announce("orphan", "late.local");
+    EXPECT_TRUE(waitFor("found orphan"));
+    browser.reset();
+    const HostAnnouncement host(panelBus, "late.local", "127.0.0.9");
+    EXPECT_TRUE(waitFor("resolved orphan"));
+}
+
+TEST_F(AvahiServiceBrowserTest, BrowserWithoutADelegateReportsNothing)
+{
+    computerDaemon.start();
+    browse();
+    browser->setDelegate(nullptr);
+    const auto panel = announce("unheard");
+    run(500ms);
+    browser->setDelegate(&list);
+    waitForNewestNews();
+    EXPECT_THAT(transcript.lines(), Not(Contains("found unheard")));
+}
+
+TEST_F(AvahiServiceBrowserTest, ThousandServicesAreFoundAndResolved)
+{
+    std::vector<std::string> names;
+    for (int i = 0; i < 1000; ++i)
+        names.push_back("Meridian 65|Room " + std::to_string(i) + "|0A00020F");
+    ServicePublisher publisher(panelBus);
+    publisher.publish(names);
+    computerDaemon.start();
+    browse();
+    EXPECT_TRUE(waitUntil([&] { return transcript.lines().size() >= 2000; }, 30s));
+
+    int found = 0;
+    for (const std::string& line : transcript.lines())
+        found += line.starts_with("found ");
+    EXPECT_EQ(found, 1000);
+    EXPECT_EQ(transcript.lines().size(), 2000u);
+}
+
+} // namespace companion::testing
