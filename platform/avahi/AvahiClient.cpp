@@ -181,12 +181,12 @@ void AvahiClient::setOwner(const QString& owner)
         unsubscribe();
         forgetObjects();
         m_owner.clear();
-        emit daemonWent();
+        Q_EMIT daemonWent();
     }
     if (!owner.isEmpty()) {
         m_owner = owner;
         subscribe();
-        emit daemonCame();
+        Q_EMIT daemonCame();
     }
 }
 

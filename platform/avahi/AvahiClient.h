@@ -62,11 +62,11 @@ public:
     std::unique_ptr<AvahiObject> makeObject(
         const QString& method, const QVariantList& arguments, AvahiObject::Handlers handlers);
 
-signals:
+Q_SIGNALS:
     void daemonCame();
     void daemonWent();
 
-private slots:
+private Q_SLOTS:
     void receiveSignal(const QDBusMessage& message);
     void loseBus();
 
