@@ -382,7 +382,7 @@ TEST_F(CurlHttpSessionTest, A413ThatComesBeforeTheBodyIsSentIsTheReply)
             });
             HttpRequest request = requestTo(server.url());
             request.method = "POST";
-            request.body = bodyOf({std::string(64 << 20, 'f')});
+            request.body = bodyOf({std::string(24 << 20, 'f')});
             expectReply(reply(request), 413, "full");
         }
     }
@@ -398,7 +398,7 @@ TEST_F(CurlHttpSessionTest, AnAnswerThatComesBeforeTheServerStopsReadingIsTheRep
     });
     HttpRequest request = requestTo(server.url());
     request.method = "POST";
-    request.body = bodyOf({std::string(64 << 20, 'f')});
+    request.body = bodyOf({std::string(24 << 20, 'f')});
     expectReply(reply(request), 200, "fine");
 }
 
@@ -508,7 +508,7 @@ TEST_F(CurlHttpSessionTest, AServerThatStopsReadingTimesOut)
     });
     HttpRequest request = requestTo(server.url());
     request.method = "POST";
-    request.body = bodyOf({std::string(64 << 20, 'f')});
+    request.body = bodyOf({std::string(24 << 20, 'f')});
     request.timeout = 300ms;
     const auto start = SteadyClock::now();
     EXPECT_EQ(reply(request).error, "The request timed out");
