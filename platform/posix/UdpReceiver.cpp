@@ -15,7 +15,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto refusalLineInterval = 1s;
-constexpr auto pauseAfterError = 250ms;
+constexpr auto pauseAfterError = 1s;
 
 DatagramSource sourceOf(const sockaddr_storage& sender)
 {

@@ -313,13 +313,13 @@ TEST_F(PosixAsyncUdpSocketTest, WhatWaitedForTheMainThreadIsDroppedByClosing)
     EXPECT_EQ(m_delegate.count, 0u);
 }
 
-TEST_F(PosixAsyncUdpSocketTest, ClosingASilentSocketTakesLessThan200Milliseconds)
+TEST_F(PosixAsyncUdpSocketTest, ClosingASilentSocketTakesLessThanHalfASecond)
 {
     openOnFreePort();
     std::this_thread::sleep_for(50ms); // the thread sits in its read
     const auto start = SteadyClock::now();
     m_socket->close();
-    EXPECT_LT(SteadyClock::now() - start, 200ms);
+    EXPECT_LT(SteadyClock::now() - start, 500ms);
     EXPECT_THAT(threadNames(), ::testing::Not(::testing::Contains("client udp sock")));
 }
 
@@ -427,12 +427,12 @@ TEST_F(PosixAsyncUdpSocketTest, AnErrorThatStaysIsLoggedAndDoesNotSpin)
     m_peer.send("y", m_port); // ends the read that still goes on
 
     const double before = processorSeconds();
-    m_queue.runFor(600ms);
-    EXPECT_LT(processorSeconds() - before, 0.3);
+    m_queue.runFor(1'200ms);
+    EXPECT_LT(processorSeconds() - before, 0.5);
     const auto start = SteadyClock::now();
     m_socket->close();
-    EXPECT_LT(SteadyClock::now() - start, 100ms);
-    EXPECT_GE(countLogLines("client udp socket: cannot receive: Socket operation on non-socket"), 2u);
+    EXPECT_LT(SteadyClock::now() - start, 500ms); // not held up by the pause after an error
+    EXPECT_GE(countLogLines("client udp socket: cannot receive: Socket operation on non-socket"), 1u);
     EXPECT_LE(countLogLines("cannot receive"), 3u);
 }
 
