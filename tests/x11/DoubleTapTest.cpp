@@ -50,13 +50,13 @@ public:
     void down(Point at)
     {
         m_mouse.simulateMouseDown(at);
-        m_poster->flush();
+        m_poster->sync();
     }
 
     void up(Point at)
     {
         m_mouse.simulateMouseUp(at);
-        m_poster->flush();
+        m_poster->sync();
     }
 
 private:

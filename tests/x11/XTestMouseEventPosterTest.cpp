@@ -431,6 +431,7 @@ TEST_F(XTestMouseEventPosterTest, WithNothingHeldAnotherThreadReleasesNothing)
 {
     auto otherHand = openPoster(server().display(), [this] { return mapping; });
     otherHand->post(MouseEvent{leftDown, {100, 200}});
+    otherHand->sync();
     poster->releaseHeldButton();
     recorded();
     otherHand.reset();
