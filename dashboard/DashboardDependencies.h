@@ -18,7 +18,8 @@
 
 namespace companion {
 
-/// What the dashboard works with. Everything outlives it; the main queue may hold jobs of it to the end.
+/// What the dashboard works with. Everything outlives it; since unanswered requests hold the dashboard, the HTTP
+/// session is the first of these to go, on the main thread.
 struct DashboardDependencies {
     DashboardView& view;
     Alerts& alerts;

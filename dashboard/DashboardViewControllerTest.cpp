@@ -416,6 +416,7 @@ TEST_F(DashboardViewControllerTest, FailuresOnTwoThreadsAtOnceEndTheSessionOnce)
         queue.runPending();
         ASSERT_THAT(alertMessages(), ElementsAre("Network error")) << "in round " << round;
     }
+    dashboard.reset();
 }
 
 TEST_F(DashboardViewControllerTest, AFailureMayArriveWhileTheHeartbeatIsBeingStopped)

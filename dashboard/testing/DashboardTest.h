@@ -39,6 +39,8 @@ private:
 /// A dashboard among fakes that all write one transcript, except the console, which has its own.
 class DashboardTest : public ::testing::Test {
 protected:
+    ~DashboardTest() override { queue.runPending(); }
+
     void load()
     {
         dashboard = DashboardViewController::make(dependencies());
@@ -105,7 +107,6 @@ protected:
     FakeMainQueue queue;
     FakeSystemLog log{transcript};
     FakeConsole console{consoleTranscript};
-    TranscribingHttpSession http{transcript};
     FakeInterfaceAddresses addresses;
     FakeInterfaceNameRule interfaceName;
     FakeAsyncUdpSocketFactory sockets{transcript};
@@ -119,8 +120,11 @@ protected:
     int settingsMade = 0;
     TouchSource touchSource = TouchSource::any;
 
-    std::shared_ptr<DashboardViewController> dashboard;
     std::string transcriptOfLoading;
+
+    // Requests without an answer hold the dashboard, so they go while all that it works with is there.
+    TranscribingHttpSession http{transcript};
+    std::shared_ptr<DashboardViewController> dashboard;
 };
 
 } // namespace companion::testing
