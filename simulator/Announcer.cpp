@@ -1,0 +1,243 @@
+#include "simulator/Announcer.h"
+
+#include "simulator/NetworkAddress.h"
+
+#include <QDBusError>
+#include <QDBusMetaType>
+
+#include <utility>
+
+namespace companion::simulator {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto daemonName = "org.freedesktop.Avahi";
+constexpr auto serverInterface = "org.freedesktop.Avahi.Server";
+constexpr auto groupInterface = "org.freedesktop.Avahi.EntryGroup";
+constexpr auto collisionError = "org.freedesktop.Avahi.CollisionError";
+
+constexpr int serverRegistering = 1; // AvahiServerState
+constexpr int serverRunning = 2;
+constexpr int serverCollision = 3;
+constexpr int groupEstablished = 2; // AvahiEntryGroupState
+constexpr int groupCollision = 3;
+constexpr int groupFailure = 4;
+constexpr int anyProtocol = -1;
+
+constexpr auto retryInterval = 1s;
+constexpr int withdrawTimeoutMs = 500;
+
+} // namespace
+
+Announcer::Announcer(PanelState& state, EventLog& log, InstanceName name)
+    : m_state(state)
+    , m_log(log)
+    , m_name(std::move(name))
+{
+    qDBusRegisterMetaType<QList<QByteArray>>();
+    m_retry.setSingleShot(true);
+    m_retry.setInterval(retryInterval);
+    connect(&m_retry, &QTimer::timeout, this, [this] {
+        if (m_bus.isConnected())
+            daemonAppeared();
+        else
+            connectToBus();
+    });
+    connectToBus();
+}
+
+Announcer::~Announcer()
+{
+    if (!m_group.isEmpty())
+        m_bus.call(QDBusMessage::createMethodCall(daemonName, m_group, groupInterface, "Free"), QDBus::Block,
+            withdrawTimeoutMs);
+    m_daemonWatcher.reset();
+    QDBusConnection::disconnectFromBus(m_connectionName);
+}
+
+void Announcer::connectToBus()
+{
+    m_daemonWatcher.reset();
+    m_bus = QDBusConnection(QString());
+    QDBusConnection::disconnectFromBus(m_connectionName);
+    m_connectionName = "panel-announcer-" + QString::number(++m_connectionNumber);
+    m_bus = QDBusConnection::connectToBus(QDBusConnection::SystemBus, m_connectionName);
+    if (!m_bus.isConnected())
+        return retryLater("no system bus");
+    subscribe();
+    daemonAppeared();
+}
+
+void Announcer::subscribe()
+{
+    m_bus.connect(QString(), QString(), "org.freedesktop.DBus.Local", "Disconnected", this, SLOT(busLost()));
+    m_bus.connect(
+        daemonName, "/", serverInterface, "StateChanged", this, SLOT(serverStateChanged(int, QString)));
+    // For every group, since ours may speak before its path is known here.
+    m_bus.connect(daemonName, QString(), groupInterface, "StateChanged", this,
+        SLOT(groupStateChanged(int, QString, QDBusMessage)));
+    m_daemonWatcher = std::make_unique<QDBusServiceWatcher>(daemonName, m_bus);
+    connect(
+        m_daemonWatcher.get(), &QDBusServiceWatcher::serviceRegistered, this, [this] { daemonAppeared(); });
+    connect(
+        m_daemonWatcher.get(), &QDBusServiceWatcher::serviceUnregistered, this, [this] { daemonVanished(); });
+}
+
+void Announcer::busLost()
+{
+    daemonVanished();
+    retryLater("the system bus has gone");
+}
+
+void Announcer::daemonAppeared()
+{
+    m_retry.stop();
+    ++m_generation;
+    m_group.clear();
+    callDaemon("/", serverInterface, "GetState", {}, [this](const QDBusMessage& reply) {
+        if (reply.type() == QDBusMessage::ErrorMessage)
+            return tellOnce("no mDNS daemon"); // the watcher tells when one comes
+        serverStateChanged(reply.arguments().value(0).toInt(), QString());
+    });
+}
+
+void Announcer::daemonVanished()
+{
+    ++m_generation;
+    m_group.clear();
+    m_state.setAnnouncedAs(std::nullopt);
+    tellOnce("the mDNS daemon has gone");
+}
+
+void Announcer::serverStateChanged(int state, const QString&)
+{
+    if (state == serverRunning && m_group.isEmpty())
+        requestGroup();
+    else if (state == serverRegistering || state == serverCollision)
+        withdraw(); // its host name changes; once it has one, it runs again
+}
+
+void Announcer::requestGroup()
+{
+    ++m_generation;
+    callDaemon("/", serverInterface, "EntryGroupNew", {}, [this](const QDBusMessage& reply) {
+        if (reply.type() == QDBusMessage::ErrorMessage)
+            return retryLater(reply.errorMessage().toStdString());
+        m_group = reply.arguments().value(0).value<QDBusObjectPath>().path();
+        addService();
+    });
+}
+
+void Announcer::addService()
+{
+    const PanelSnapshot panel = m_state.snapshot();
+    const QVariantList service{interfaceOf(panel.address), anyProtocol, 0U,
+        QString::fromStdString(m_name.text(m_attempt)), "_airplay._tcp", QString(), QString(),
+        QVariant::fromValue(panel.servicePort), QVariant::fromValue(QList<QByteArray>())};
+    callGroup("AddService", service, [this](const QDBusMessage& reply) {
+        if (reply.errorName() == collisionError)
+            return nameTaken();
+        if (reply.type() == QDBusMessage::ErrorMessage)
+            return retryLater(reply.errorMessage().toStdString());
+        commit();
+    });
+}
+
+void Announcer::commit()
+{
+    callGroup("Commit", {}, [this](const QDBusMessage& reply) {
+        if (reply.type() == QDBusMessage::ErrorMessage)
+            return retryLater(reply.errorMessage().toStdString());
+        // Its first states may have been told before anybody listened.
+        callGroup("GetState", {}, [this](const QDBusMessage& current) {
+            groupState(current.arguments().value(0).toInt(), QString());
+        });
+    });
+}
+
+void Announcer::groupStateChanged(int state, const QString& error, const QDBusMessage& signal)
+{
+    if (!m_group.isEmpty() && signal.path() == m_group)
+        groupState(state, error);
+}
+
+void Announcer::groupState(int state, const QString& error)
+{
+    if (state == groupEstablished)
+        established();
+    else if (state == groupCollision)
+        nameTaken();
+    else if (state == groupFailure)
+        retryLater(error.toStdString());
+}
+
+void Announcer::nameTaken()
+{
+    m_state.setAnnouncedAs(std::nullopt);
+    const std::string taken = m_name.text(m_attempt);
+    ++m_attempt;
+    m_log.write("the name " + taken + " is taken, trying " + m_name.text(m_attempt));
+    // Replies and states of the attempt that failed are not about this one.
+    ++m_generation;
+    callGroup("Reset", {}, [this](const QDBusMessage& reply) {
+        if (reply.type() == QDBusMessage::ErrorMessage)
+            return retryLater(reply.errorMessage().toStdString());
+        addService();
+    });
+}
+
+void Announcer::established()
+{
+    const std::string name = m_name.text(m_attempt);
+    if (m_state.snapshot().announcedAs == name)
+        return;
+    m_told.clear();
+    m_state.setAnnouncedAs(name);
+    m_log.write("announced as " + name);
+}
+
+void Announcer::withdraw()
+{
+    ++m_generation;
+    m_state.setAnnouncedAs(std::nullopt);
+    if (!m_group.isEmpty())
+        m_bus.asyncCall(QDBusMessage::createMethodCall(daemonName, m_group, groupInterface, "Free"));
+    m_group.clear();
+}
+
+void Announcer::retryLater(const std::string& reason)
+{
+    withdraw();
+    tellOnce(reason);
+    m_retry.start();
+}
+
+void Announcer::tellOnce(const std::string& problem)
+{
+    if (m_told.empty())
+        m_log.write("not announced for now: " + problem);
+    m_told = problem;
+}
+
+void Announcer::callDaemon(const QString& path, const QString& interface, const QString& method,
+    const QVariantList& arguments, OnReply then)
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(daemonName, path, interface, method);
+    message.setArguments(arguments);
+    auto* watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(message), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+        [this, then = std::move(then), generation = m_generation](QDBusPendingCallWatcher* finished) {
+            finished->deleteLater();
+            if (generation == m_generation)
+                then(finished->reply());
+        });
+}
+
+void Announcer::callGroup(const QString& method, const QVariantList& arguments, OnReply then)
+{
+    callDaemon(m_group, groupInterface, method, arguments, std::move(then));
+}
+
+} // namespace companion::simulator

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "simulator/EventLog.h"
+#include "simulator/InstanceName.h"
+#include "simulator/PanelState.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusServiceWatcher>
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+namespace companion::simulator {
+
+/// Announces the panel as "_airplay._tcp" through the Avahi daemon, spoken to over the system bus, and does so again
+/// when bus or daemon come (back). A name that is taken is numbered. Main thread only; blocks only when it goes.
+class Announcer : public QObject {
+    Q_OBJECT
+
+public:
+    Announcer(PanelState& state, EventLog& log, InstanceName name);
+    /// Withdraws the announcement.
+    ~Announcer() override;
+
+private slots:
+    void busLost();
+    void serverStateChanged(int state, const QString& error);
+    void groupStateChanged(int state, const QString& error, const QDBusMessage& signal);
+
+private:
+    using OnReply = std::function<void(const QDBusMessage&)>;
+
+    void connectToBus();
+    void subscribe();
+    void daemonAppeared();
+    void daemonVanished();
+    void requestGroup();
+    void addService();
+    void commit();
+    void groupState(int state, const QString& error);
+    void nameTaken();
+    void established();
+    void withdraw();
+    void retryLater(const std::string& reason);
+    void tellOnce(const std::string& problem);
+    void callDaemon(const QString& path, const QString& interface, const QString& method,
+        const QVariantList& arguments, OnReply then);
+    void callGroup(const QString& method, const QVariantList& arguments, OnReply then);
+
+    PanelState& m_state;
+    EventLog& m_log;
+    const InstanceName m_name;
+    unsigned m_attempt = 1;
+    unsigned m_connectionNumber = 0;
+    unsigned m_generation = 0; ///< replies to an older life of daemon, group or bus are dropped
+    QString m_connectionName;
+    QDBusConnection m_bus{QString()};
+    std::unique_ptr<QDBusServiceWatcher> m_daemonWatcher;
+    QString m_group; ///< object path, "" when there is none
+    std::string m_told;
+    QTimer m_retry;
+};
+
+} // namespace companion::simulator

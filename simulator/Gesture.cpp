@@ -1,0 +1,119 @@
+#include "simulator/Gesture.h"
+
+#include "simulator/Text.h"
+
+#include <charconv>
+#include <optional>
+#include <utility>
+
+namespace companion::simulator {
+
+namespace {
+
+constexpr std::uint64_t maxPauseMs = 60'000;
+constexpr std::size_t maxDatagram = 65'507; // what UDP over IPv4 carries
+
+/// Reads line by line; the first thing that is wrong ends it.
+class GestureParser {
+public:
+    std::variant<Gesture, std::string> parse(std::string_view text)
+    {
+        for (int number = 1; !text.empty(); ++number) {
+            const auto end = std::min(text.find('\n'), text.size());
+            if (auto problem = readLine(withoutCarriageReturn(text.substr(0, end))))
+                return "line " + std::to_string(number) + ": " + *problem;
+            text.remove_prefix(std::min(end + 1, text.size()));
+        }
+        if (m_steps.empty())
+            return "no touches";
+        return std::move(m_steps);
+    }
+
+private:
+    using Problem = std::optional<std::string>;
+
+    static std::string_view withoutCarriageReturn(std::string_view line)
+    {
+        return line.ends_with('\r') ? line.substr(0, line.size() - 1) : line;
+    }
+
+    Problem readLine(std::string_view line)
+    {
+        const auto parts = words(line);
+        if (parts.empty() || parts[0].starts_with('#'))
+            return std::nullopt;
+        if (parts[0] == "DOWN" || parts[0] == "MOVE" || parts[0] == "UP")
+            return readTouch(parts);
+        if (parts[0] == "PAUSE")
+            return parts.size() == 2 ? addPause(parts[1]) : Problem("\"PAUSE ms\" is expected");
+        if (line == "RAW" || line.starts_with("RAW "))
+            return addDatagram(std::string(line.substr(std::min<std::size_t>(4, line.size()))));
+        if (parts[0] == "HEX")
+            return readHex(parts);
+        return "unknown word \"" + printable(parts[0].substr(0, 20)) + "\"";
+    }
+
+    Problem readTouch(const std::vector<std::string_view>& parts)
+    {
+        if (parts.size() < 3 || parts.size() > 4)
+            return std::string(parts[0]) + " takes x, y and perhaps a pause";
+        if (!isDecimalNumber(parts[1]) || !isDecimalNumber(parts[2]))
+            return "x and y must be decimal numbers";
+        if (parts.size() == 4)
+            if (auto problem = addPause(parts[3]))
+                return problem;
+        std::string record;
+        for (std::size_t i = 0; i < 3; ++i)
+            record.append(parts[i]).append(",");
+        return addStep(/*isTouch=*/true, std::move(record));
+    }
+
+    Problem readHex(const std::vector<std::string_view>& parts)
+    {
+        std::string digits;
+        for (std::size_t i = 1; i < parts.size(); ++i)
+            digits.append(parts[i]);
+        if (digits.size() % 2 != 0)
+            return "HEX takes two digits for each byte";
+        std::string bytes;
+        for (std::size_t i = 0; i < digits.size(); i += 2) {
+            unsigned char byte = 0;
+            const char* const end = digits.data() + i + 2;
+            if (std::from_chars(digits.data() + i, end, byte, 16).ptr != end)
+                return "HEX takes hexadecimal digits";
+            bytes.push_back(static_cast<char>(byte));
+        }
+        return addDatagram(std::move(bytes));
+    }
+
+    Problem addPause(std::string_view text)
+    {
+        const auto pause = parseCount(text, maxPauseMs);
+        if (!pause)
+            return "a pause is a whole number of milliseconds, at most " + std::to_string(maxPauseMs);
+        m_pause += std::chrono::milliseconds(*pause);
+        return std::nullopt;
+    }
+
+    Problem addDatagram(std::string bytes) { return addStep(/*isTouch=*/false, std::move(bytes)); }
+
+    Problem addStep(bool isTouch, std::string bytes)
+    {
+        if (bytes.size() > maxDatagram)
+            return "a datagram holds at most " + std::to_string(maxDatagram) + " bytes";
+        m_steps.push_back({isTouch, std::move(bytes), std::exchange(m_pause, {})});
+        return std::nullopt;
+    }
+
+    Gesture m_steps;
+    std::chrono::milliseconds m_pause{0};
+};
+
+} // namespace
+
+std::variant<Gesture, std::string> parseGesture(std::string_view text)
+{
+    return GestureParser().parse(text);
+}
+
+} // namespace companion::simulator

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace companion::simulator {
+
+/// One datagram to come, and how long to wait before it.
+struct GestureStep {
+    /// A touch is `bytes`, "WORD,x,y,", with the time of sending and ";" put behind it; anything else goes out as it is.
+    bool isTouch = false;
+    std::string bytes;
+    std::chrono::milliseconds pause{0};
+
+    bool operator==(const GestureStep&) const = default;
+};
+
+using Gesture = std::vector<GestureStep>;
+
+/// Reads the lines of a gesture; empty ones and those that begin with "#" count for nothing.
+///
+///     DOWN x y [pause]    a touch, `pause` milliseconds after the line before
+///     MOVE x y [pause]
+///     UP x y [pause]
+///     PAUSE ms            makes the next line come later
+///     RAW text            a datagram of exactly this text, without a line end
+///     HEX bytes           a datagram of these bytes, two digits each, blanks between them allowed
+///
+/// The result is a gesture, or one line that says which line is wrong and why.
+std::variant<Gesture, std::string> parseGesture(std::string_view text);
+
+} // namespace companion::simulator

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace companion::simulator {
+
+/// What the command line asks for.
+struct Options {
+    std::string model = "Meridian 65";
+    std::string name = "Simulated panel";
+    std::string address;              ///< dotted IPv4 text; "" is for the program to find out
+    std::string uploads;              ///< a folder; "" keeps no files
+    std::uint16_t servicePort = 5000; ///< 0 is any free port, here and for uploads
+    std::uint16_t uploadPort = 5505;
+    std::uint16_t touchPort = 41863;
+    bool announces = true;
+    bool wantsHelp = false;
+    bool wantsVersion = false;
+};
+
+/// `arguments` are those after the program's name. The options, or one line that says what is wrong.
+std::variant<Options, std::string> parseOptions(const std::vector<std::string>& arguments);
+
+extern const char* const helpText;
+
+} // namespace companion::simulator

@@ -1,0 +1,96 @@
+#pragma once
+
+#include "simulator/ReplyMode.h"
+
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <optional>
+#include <string>
+
+namespace companion::simulator {
+
+/// The requests of the service port whose answers can be chosen.
+enum class PanelRequest { Heartbeat, Touchback, Trigger };
+constexpr std::size_t panelRequestCount = 3;
+
+/// Who asked for touches last, and what he asked for.
+struct TouchTarget {
+    std::string ip;
+    bool enabled = false;
+    bool hidemenu = false;
+    bool isHDMI = false;
+};
+
+/// How often something happened, and when the last hundred times were, in milliseconds since 1970.
+struct Occurrences {
+    static constexpr std::size_t kept = 100;
+    std::uint64_t count = 0;
+    std::deque<std::int64_t> times;
+    std::string lastIp; ///< "" before the first
+};
+
+struct UploadRecord {
+    std::string storedName;  ///< "" when it was only counted
+    std::string fileName;    ///< of the part
+    std::string srcfilename; ///< the header field, "" when missing
+    std::string filetype;    ///< the header field, "" when missing
+    std::string contentType; ///< of the part
+    std::string sha256;      ///< lower-case hexadecimal digits
+    std::uint64_t size = 0;
+    std::int64_t time = 0; ///< milliseconds since 1970
+    std::string from;      ///< who sent it
+};
+
+struct PanelSnapshot {
+    std::string model;
+    std::string name;
+    std::string address;
+    std::optional<std::string> announcedAs;
+    std::uint16_t servicePort = 0;
+    std::uint16_t uploadPort = 0;
+    std::uint16_t touchPort = 0;
+    std::optional<TouchTarget> touchTarget;
+    Occurrences pings;
+    Occurrences triggers;
+    std::uint64_t uploadCount = 0;
+    std::deque<UploadRecord> uploads; ///< the last hundred
+    std::array<ReplyMode, panelRequestCount> replies;
+    UploadMode uploadReply;
+    std::uint64_t touchesSent = 0;
+};
+
+/// What the panel knows, shared by the HTTP threads, the touch sender and the announcer. Any thread.
+class PanelState {
+public:
+    explicit PanelState(PanelSnapshot start);
+
+    PanelSnapshot snapshot() const;
+
+    void setPorts(std::uint16_t service, std::uint16_t upload);
+    void setAnnouncedAs(std::optional<std::string> instance);
+
+    void recordPing(const std::string& ip);
+    void recordTrigger(const std::string& ip);
+    void recordUpload(UploadRecord upload);
+    void recordTouch();
+
+    void setTouchTarget(TouchTarget target);
+    /// Where touches go; nothing while nobody wants any.
+    std::optional<std::string> touchReceiver() const;
+
+    ReplyMode reply(PanelRequest request) const;
+    void setReply(PanelRequest request, ReplyMode mode);
+    UploadMode uploadReply() const;
+    void setUploadReply(UploadMode mode);
+
+private:
+    mutable std::mutex m_mutex;
+    PanelSnapshot m_values;
+};
+
+/// Milliseconds since 1970.
+std::int64_t nowMs();
+
+} // namespace companion::simulator

@@ -1,0 +1,86 @@
+#include "simulator/Text.h"
+
+#include <charconv>
+
+#include <QStringDecoder>
+
+namespace companion::simulator {
+
+namespace {
+
+constexpr std::string_view digits = "0123456789";
+
+bool isContinuation(char byte)
+{
+    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
+}
+
+bool isControl(char byte)
+{
+    return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
+}
+
+bool isDigits(std::string_view text)
+{
+    return !text.empty() && text.find_first_not_of(digits) == std::string_view::npos;
+}
+
+} // namespace
+
+bool isUtf8(std::string_view text)
+{
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString decoded = decoder(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
+    return !decoder.hasError();
+}
+
+std::string_view cutAtCharacter(std::string_view text, std::size_t maxBytes)
+{
+    if (text.size() <= maxBytes)
+        return text;
+    while (maxBytes > 0 && isContinuation(text[maxBytes]))
+        --maxBytes;
+    return text.substr(0, maxBytes);
+}
+
+std::string printable(std::string_view text)
+{
+    const bool isText = isUtf8(text);
+    std::string result(text);
+    for (char& byte : result)
+        if (isControl(byte) || (!isText && static_cast<unsigned char>(byte) >= 0x80))
+            byte = '?';
+    return result;
+}
+
+std::vector<std::string_view> words(std::string_view text)
+{
+    constexpr std::string_view blanks = " \t";
+    std::vector<std::string_view> result;
+    for (auto start = text.find_first_not_of(blanks); start != std::string_view::npos;) {
+        const auto end = std::min(text.find_first_of(blanks, start), text.size());
+        result.push_back(text.substr(start, end - start));
+        start = text.find_first_not_of(blanks, end);
+    }
+    return result;
+}
+
+bool isDecimalNumber(std::string_view text)
+{
+    if (text.substr(0, 1) == "-")
+        text.remove_prefix(1);
+    const auto point = text.find('.');
+    if (point == std::string_view::npos)
+        return isDigits(text);
+    return isDigits(text.substr(0, point)) && isDigits(text.substr(point + 1));
+}
+
+std::optional<std::uint64_t> parseCount(std::string_view text, std::uint64_t maximum)
+{
+    std::uint64_t value = 0;
+    if (!isDigits(text) || std::from_chars(text.data(), text.data() + text.size(), value).ec != std::errc())
+        return std::nullopt;
+    return value <= maximum ? std::optional(value) : std::nullopt;
+}
+
+} // namespace companion::simulator

@@ -1,0 +1,147 @@
+#include "simulator/TouchSender.h"
+
+#include <arpa/inet.h>
+#include <cerrno>
+#include <cstring>
+#include <sys/socket.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace companion::simulator {
+
+namespace {
+
+constexpr std::size_t maxWaiting = 64;
+
+sockaddr_in socketAddress(const std::string& ip, std::uint16_t port)
+{
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    inet_pton(AF_INET, ip.c_str(), &address.sin_addr);
+    return address;
+}
+
+int openSocket(const std::string& address)
+{
+    const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const sockaddr_in source = socketAddress(address, 0);
+    if (fd >= 0 && bind(fd, reinterpret_cast<const sockaddr*>(&source), sizeof source) == 0)
+        return fd;
+    const std::system_error error(errno, std::generic_category(), "cannot send touches from " + address);
+    if (fd >= 0)
+        close(fd);
+    throw error;
+}
+
+std::string datagramOf(const GestureStep& step)
+{
+    return step.isTouch ? step.bytes + std::to_string(nowMs()) + ";" : step.bytes;
+}
+
+} // namespace
+
+Playback::Playback(Gesture gesture)
+    : m_gesture(std::move(gesture))
+{
+}
+
+void Playback::finish(Result result)
+{
+    const std::lock_guard lock(m_mutex);
+    m_result = std::move(result);
+}
+
+std::optional<Playback::Result> Playback::result() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_result;
+}
+
+TouchSender::TouchSender(
+    PanelState& state, const std::string& address, std::uint16_t port, std::function<void()> whenFinished)
+    : m_state(state)
+    , m_port(port)
+    , m_whenFinished(std::move(whenFinished))
+    , m_socket(openSocket(address))
+    , m_thread([this] { run(); })
+{
+}
+
+TouchSender::~TouchSender()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isStopping = true;
+    }
+    m_changed.notify_all();
+    m_thread.join();
+    close(m_socket);
+}
+
+std::shared_ptr<Playback> TouchSender::play(Gesture gesture)
+{
+    auto playback = std::make_shared<Playback>(std::move(gesture));
+    const std::lock_guard lock(m_mutex);
+    if (m_waiting.size() >= maxWaiting)
+        return nullptr;
+    m_waiting.push_back(playback);
+    m_changed.notify_all();
+    return playback;
+}
+
+void TouchSender::run()
+{
+    while (const auto playback = nextPlayback()) {
+        playback->finish(send(playback->gesture()));
+        m_whenFinished();
+    }
+}
+
+std::shared_ptr<Playback> TouchSender::nextPlayback()
+{
+    std::unique_lock lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_isStopping || !m_waiting.empty(); });
+    if (m_isStopping)
+        return nullptr;
+    auto playback = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    return playback;
+}
+
+Playback::Result TouchSender::send(const Gesture& gesture)
+{
+    std::size_t sent = 0;
+    SteadyTime due = std::chrono::steady_clock::now();
+    for (const GestureStep& step : gesture) {
+        due += step.pause;
+        if (!sleepUntil(due))
+            return {sent, false, "the panel is being switched off"};
+        const auto receiver = m_state.touchReceiver();
+        if (!receiver)
+            return {sent, true, "nobody has asked for touches"};
+        if (const std::string problem = sendDatagram(*receiver, datagramOf(step)); !problem.empty())
+            return {sent, false, problem};
+        m_state.recordTouch();
+        ++sent;
+    }
+    return {sent, false, ""};
+}
+
+/// False when the sender is to stop instead.
+bool TouchSender::sleepUntil(SteadyTime time)
+{
+    std::unique_lock lock(m_mutex);
+    return !m_changed.wait_until(lock, time, [this] { return m_isStopping; });
+}
+
+std::string TouchSender::sendDatagram(const std::string& ip, const std::string& bytes) const
+{
+    const sockaddr_in address = socketAddress(ip, m_port);
+    const ssize_t sent = sendto(
+        m_socket, bytes.data(), bytes.size(), 0, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+    return sent < 0 ? "cannot send to " + ip + ": " + std::strerror(errno) : "";
+}
+
+} // namespace companion::simulator

@@ -1,0 +1,53 @@
+#include "simulator/NetworkAddress.h"
+#include "simulator/Options.h"
+#include "simulator/Panel.h"
+#include "simulator/TerminationSignals.h"
+
+#include <csignal>
+#include <cstdio>
+#include <system_error>
+
+#include <QCoreApplication>
+
+using namespace companion::simulator;
+
+namespace {
+
+constexpr int cannotStart = 1;
+constexpr int badUsage = 2;
+
+int complain(const std::string& problem, int status)
+{
+    std::fprintf(stderr, "panel-simulator: %s\n", problem.c_str());
+    return status;
+}
+
+int run(QCoreApplication& application, Options options)
+{
+    // A file size limit is an ordinary write error to an upload; a closed connection or pipe to any answer.
+    std::signal(SIGXFSZ, SIG_IGN);
+    std::signal(SIGPIPE, SIG_IGN);
+    const TerminationSignals termination([&application] { application.quit(); });
+    if (options.address.empty())
+        options.address = defaultAddress();
+    const Panel panel(options);
+    return QCoreApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char* argv[])
+try {
+    QCoreApplication application(argc, argv);
+    const auto parsed = parseOptions({argv + 1, argv + argc});
+    if (const auto* problem = std::get_if<std::string>(&parsed))
+        return complain(*problem, badUsage);
+    const auto& options = std::get<Options>(parsed);
+    if (options.wantsHelp)
+        return std::fputs(helpText, stdout) < 0;
+    if (options.wantsVersion)
+        return std::puts("panel-simulator " PANEL_COMPANION_VERSION) < 0;
+    return run(application, options);
+} catch (const std::system_error& error) {
+    return complain(error.what(), cannotStart);
+}
