@@ -206,7 +206,6 @@ void CurlTransfer::fail(std::string error)
 
 void CurlTransfer::finish(CURLcode result)
 {
-    reportProgress();
     if (!m_refusal.empty()) {
         fail(m_refusal);
         return;
