@@ -207,18 +207,36 @@ TEST_F(InterfacesTest, AnUnreachableDefaultRouteIsNone)
     EXPECT_EQ(m_rule.interfaceNameTowards(std::nullopt), "");
 }
 
-TEST_F(InterfacesTest, ADefaultRouteIsFoundAmong2000Routes)
+TEST_F(InterfacesTest, AnUnreachableDefaultRouteIsPassedOverForOneThatLeadsSomewhere)
+{
+    plugIn("en0");
+    ip("route add unreachable default metric 10");
+    ip("route add default dev en0 metric 100");
+    EXPECT_EQ(m_rule.interfaceNameTowards(std::nullopt), "en0");
+}
+
+TEST_F(InterfacesTest, ADefaultRouteIsFoundBehind2000RoutesOfAnotherTable)
 {
     plugIn("en0");
     ip("addr add 192.168.7.5/24 dev en0");
+    ip("route add default dev en0 table 100");
     std::string batch;
-    for (int i = 0; i < 2000; ++i)
-        batch +=
-            "route add 10." + std::to_string(i / 250) + "." + std::to_string(i % 250) + ".0/24 dev en0\\n";
+    for (int i = 0; i < 2000; ++i) {
+        batch += "route add 10." + std::to_string(i / 250) + "." + std::to_string(i % 250)
+            + ".0/24 dev en0 table 100\\n";
+    }
     ASSERT_EQ(std::system(("printf '" + batch + "' | ip -batch -").c_str()), 0);
     plugIn("en1");
-    ip("route add default dev en1 metric 4000");
+    ip("route add default dev en1");
     EXPECT_EQ(m_rule.interfaceNameTowards(std::nullopt), "en1");
+}
+
+TEST_F(InterfacesTest, APanelThatNoRouteLeadsToMeansTheDefaultRoute)
+{
+    plugIn("en0");
+    ip("route add default dev en0");
+    ip("route add unreachable 172.16.3.0/24");
+    EXPECT_EQ(m_rule.interfaceNameTowards("172.16.3.20"), "en0");
 }
 
 TEST_F(InterfacesTest, APanelThatIsNoDottedIpv4AddressMeansTheDefaultRoute)
