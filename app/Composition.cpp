@@ -40,6 +40,7 @@ ClickRules desktopClickRules()
 {
     ClickRules rules;
     rules.interval = std::chrono::milliseconds(QGuiApplication::styleHints()->mouseDoubleClickInterval());
+    rules.distance = QGuiApplication::styleHints()->mouseDoubleClickDistance();
     return rules;
 }
 

@@ -43,7 +43,8 @@ struct DashboardOnFakes {
             .mouseEventPoster = poster,
             .makeDevicesListController =
                 [this] {
-                    auto list = std::make_unique<DevicesListViewController>(view->devicesListView(), browsers, log);
+                    auto list =
+                        std::make_unique<DevicesListViewController>(view->devicesListView(), browsers, log);
                     view->devicesListView().setController(list.get());
                     return list;
                 },

@@ -18,51 +18,52 @@ using namespace companion::testing;
 
 namespace {
 
-    class Gallery {
-    public:
-        explicit Gallery(const QString& directory)
-            : m_directory(directory)
-        {
-            QDir().mkpath(directory);
-            m_window.setContentView(new QtSplashView);
-            m_window.show();
-        }
-
-        /// The main window with whatever popover is open over it.
-        void take(const QString& name)
-        {
-            QTest::qWait(600); // animations come to rest
-            QPixmap picture = m_window.grab();
-            QPainter painter(&picture);
-            for (QWidget* window : QApplication::topLevelWidgets()) {
-                if (window != &m_window && window->isVisible())
-                    painter.drawPixmap(window->pos() - m_window.pos(), window->grab(), window->rect());
-            }
-            painter.end();
-            if (!picture.save(m_directory.filePath(name + ".png")))
-                m_failed = true;
-        }
-
-        MainWindow& window() { return m_window; }
-        int status() const { return m_failed ? 1 : 0; }
-
-    private:
-        QDir m_directory;
-        MainWindow m_window;
-        bool m_failed = false;
-    };
-
-    void press(QWidget& root, const char* name)
+class Gallery {
+public:
+    explicit Gallery(const QString& directory)
+        : m_directory(directory)
     {
-        if (auto* control = root.findChild<QWidget*>(name))
-            QTest::mouseClick(control, Qt::LeftButton);
+        QDir().mkpath(directory);
+        m_window.setContentView(new QtSplashView);
+        m_window.show();
     }
 
-    void clickRow(DashboardOnFakes& dashboard, int row)
+    /// The main window with whatever popover is open over it.
+    void take(const QString& name)
     {
-        auto* table = dashboard.view->devicesListView().findChild<QListView*>("devicesTableView");
-        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, table->visualRect(table->model()->index(row, 0)).center());
+        QTest::qWait(600); // animations come to rest
+        QPixmap picture = m_window.grab();
+        QPainter painter(&picture);
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            if (window != &m_window && window->isVisible())
+                painter.drawPixmap(window->pos() - m_window.pos(), window->grab(), window->rect());
+        }
+        painter.end();
+        if (!picture.save(m_directory.filePath(name + ".png")))
+            m_failed = true;
     }
+
+    MainWindow& window() { return m_window; }
+    int status() const { return m_failed ? 1 : 0; }
+
+private:
+    QDir m_directory;
+    MainWindow m_window;
+    bool m_failed = false;
+};
+
+void press(QWidget& root, const char* name)
+{
+    if (auto* control = root.findChild<QWidget*>(name))
+        QTest::mouseClick(control, Qt::LeftButton);
+}
+
+void clickRow(DashboardOnFakes& dashboard, int row)
+{
+    auto* table = dashboard.view->devicesListView().findChild<QListView*>("devicesTableView");
+    QTest::mouseClick(
+        table->viewport(), Qt::LeftButton, {}, table->visualRect(table->model()->index(row, 0)).center());
+}
 
 } // namespace
 
@@ -82,14 +83,18 @@ int main(int argc, char** argv)
     DashboardOnFakes dashboard;
     QtDashboardView& view = *dashboard.view;
     gallery.window().setContentView(dashboard.view);
-    QObject::connect(&view, &QtDashboardView::devicesListIconClicked, [&] { dashboard.controller->devicesListIconClicked(); });
-    QObject::connect(&view, &QtDashboardView::settingsIconClicked, [&] { dashboard.controller->settingsIconClicked(); });
-    QObject::connect(&view, &QtDashboardView::castButtonClicked, [&] { dashboard.controller->castButtonClicked(); });
+    QObject::connect(&view, &QtDashboardView::devicesListIconClicked,
+        [&] { dashboard.controller->devicesListIconClicked(); });
+    QObject::connect(
+        &view, &QtDashboardView::settingsIconClicked, [&] { dashboard.controller->settingsIconClicked(); });
+    QObject::connect(
+        &view, &QtDashboardView::castButtonClicked, [&] { dashboard.controller->castButtonClicked(); });
     gallery.take("empty");
 
     press(view, "devicesListIcon");
     gallery.take("list-empty");
-    for (const char* name : {"Meridian 65|Room 204|0A00020F", "Halcyon-X|Hall|0A000210", "Tandem 86|Physics lab|0A000211"})
+    for (const char* name :
+        {"Meridian 65|Room 204|0A00020F", "Halcyon-X|Hall|0A000210", "Tandem 86|Physics lab|0A000211"})
         dashboard.browsers.findAndResolve(name);
     gallery.take("list");
     clickRow(dashboard, 0);
