@@ -244,7 +244,8 @@ HttpServer::HttpServer(
     , m_socket(openListener(address, port))
     , m_port(portOf(m_socket))
 {
-    m_daemon = MHD_start_daemon(MHD_USE_AUTO | MHD_USE_INTERNAL_POLLING_THREAD | MHD_ALLOW_SUSPEND_RESUME, 0,
+    // Not epoll: the library uses it edge-triggered, and misses a client that goes right after its last bytes.
+    m_daemon = MHD_start_daemon(MHD_USE_POLL | MHD_USE_INTERNAL_POLLING_THREAD | MHD_ALLOW_SUSPEND_RESUME, 0,
         nullptr, nullptr, &Callbacks::access, this, MHD_OPTION_LISTEN_SOCKET, m_socket,
         MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::completed, nullptr, MHD_OPTION_CONNECTION_TIMEOUT,
         idleSeconds, MHD_OPTION_CONNECTION_LIMIT, maxConnections, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
