@@ -64,6 +64,9 @@ bool Popover::eventFilter(QObject* watched, QEvent* event)
     auto* widget = qobject_cast<QWidget*>(watched);
     if (isUse && widget && widget != &m_anchor && widget->window() == m_anchor.window())
         hide();
+    const bool isMoved = event->type() == QEvent::Move || event->type() == QEvent::Resize;
+    if (isMoved && watched == m_anchor.window())
+        placeBelowAnchor();
     return QWidget::eventFilter(watched, event);
 }
 
