@@ -16,6 +16,9 @@
 
 namespace companion {
 
+/// Avahi's word for every network interface, or every protocol.
+inline constexpr int avahiAny = -1;
+
 /// Something that the daemon made for us, a browser or a resolver; destroying this frees it there. It becomes mute
 /// when the daemon goes. Its client must outlive it.
 class AvahiObject {

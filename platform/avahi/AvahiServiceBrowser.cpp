@@ -10,8 +10,6 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto retryInterval = 2s;
-constexpr int anyInterface = -1;
-constexpr int anyProtocol = -1;
 constexpr uint noFlags = 0;
 
 } // namespace
@@ -90,7 +88,7 @@ void AvahiServiceBrowser::browse()
         for (Sighting& sighting : known.sightings)
             sighting.isConfirmed = false;
     m_browser = m_session->client.makeObject(QStringLiteral("ServiceBrowserNew"),
-        {anyInterface, anyProtocol, QString::fromStdString(m_type), avahiDomain(m_domain), noFlags},
+        {avahiAny, avahiAny, QString::fromStdString(m_type), avahiDomain(m_domain), noFlags},
         {.onSignal = [this](const QString& member,
                          const QVariantList& arguments) { receiveSignal(member, arguments); },
             .onRefused = [this](const QString& error) { browseAgainLater(error); }});

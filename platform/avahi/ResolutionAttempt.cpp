@@ -9,7 +9,6 @@ namespace {
 // A panel that is there answers in a few milliseconds; the announcement of one that is gone must not hold the others up.
 constexpr auto patience = 500ms;
 
-constexpr int anyProtocol = -1;
 constexpr uint withoutText = 4; // AVAHI_LOOKUP_NO_TXT: the text record is not used, so it is not waited for
 
 } // namespace
@@ -34,7 +33,7 @@ void ResolutionAttempt::begin()
     m_silence.start();
     m_resolver = m_client.makeObject(QStringLiteral("ServiceResolverNew"),
         {m_instance.interface, m_instance.protocol, m_service.name, m_service.type, m_service.domain,
-            anyProtocol, withoutText},
+            avahiAny, withoutText},
         {.onSignal = [this](const QString& member, const QVariantList&) { receiveSignal(member); },
             .onRefused =
                 [this](const QString&) {
