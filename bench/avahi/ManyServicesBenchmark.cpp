@@ -16,8 +16,8 @@
 //
 //   many_services_benchmark [SERVICES=1000] [ROUNDS=5] [DAEMONS=1]
 //
-// With one daemon, which announces them and is browsed too, the browser itself is what is measured. With two, which hear each
-// other on "lo", the first round meets a daemon that knows nothing and most of the time is spent between them.
+// With one daemon, which announces them and is browsed too, the browser itself is what is measured. With two, which
+// hear each other on "lo", the first round meets a daemon that knows nothing and most of the time is spent between them.
 // One line a round, times in milliseconds from the start of browsing.
 
 namespace companion {

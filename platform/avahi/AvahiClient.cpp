@@ -241,7 +241,8 @@ void AvahiClient::adopt(const std::shared_ptr<AvahiObject::State>& state, const 
         m_early.clear();
 }
 
-// The daemon begins to work before it answers with the object's path, so what the object had to say may be here already.
+// The daemon begins to work before it answers with the object's path, so what the object had to say may be here
+// already.
 void AvahiClient::introduce(const std::shared_ptr<AvahiObject::State>& state)
 {
     if (state->isReleased)

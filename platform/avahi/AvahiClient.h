@@ -47,8 +47,8 @@ private:
 /// The Avahi daemon on the system bus, as long and as often as it is there. Main thread only.
 ///
 /// Calls are asynchronous. Connecting to the bus is not: it is over at once when nobody listens at the bus's address,
-/// but a bus that takes the connection and then keeps silent holds the caller up. While there is no bus it is tried every two
-/// seconds; a daemon that is missing costs no wake-ups, since the bus tells when it comes.
+/// but a bus that takes the connection and then keeps silent holds the caller up. While there is no bus it is tried
+/// every two seconds; a daemon that is missing costs no wake-ups, since the bus tells when it comes.
 class AvahiClient : public QObject {
     Q_OBJECT
 

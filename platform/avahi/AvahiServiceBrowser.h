@@ -19,8 +19,8 @@ namespace companion {
 /// Browses with the Avahi daemon, over its D-Bus interface on the system bus. Main thread only; needs an event loop.
 ///
 /// Found and removed services are reported through the main queue. Bus or daemon may be missing, come later, and be
-/// restarted: what was known stays known until the new daemon has looked around, then only changes are reported. A daemon that goes for
-/// good takes nothing away, since the panels are still there.
+/// restarted: what was known stays known until the new daemon has looked around, then only changes are reported. A
+/// daemon that goes for good takes nothing away, since the panels are still there.
 class AvahiServiceBrowser : public ServiceBrowser {
 public:
     /// `queue` and `log` must outlive the browser and every service that it found.

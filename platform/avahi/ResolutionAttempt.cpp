@@ -6,7 +6,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// A panel that is there answers in a few milliseconds; the announcement of one that is gone must not hold the others up.
+// A panel that is there answers in a few milliseconds; the announcement of one that is gone must not hold the
+// others up.
 constexpr auto patience = 500ms;
 
 constexpr uint withoutText = 4; // AVAHI_LOOKUP_NO_TXT: the text record is not used, so it is not waited for

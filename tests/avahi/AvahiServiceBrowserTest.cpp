@@ -5,7 +5,8 @@
 
 #include <gmock/gmock.h>
 
-// One Avahi looks at another: the computer's daemon on the computer's bus, the panel's on a bus of its own, both on "lo".
+// One Avahi looks at another: the computer's daemon on the computer's bus, the panel's on a bus of its own, both on
+// "lo".
 
 namespace companion::testing {
 

@@ -9,8 +9,8 @@ namespace companion::testing {
 
 namespace {
 
-// The daemon's paths are fixed at its build, so they are private to its mount namespace. It gives its folder to the user
-// "avahi", who in the user namespace of somebody other than root has to be 0, the only user there.
+// The daemon's paths are fixed at its build, so they are private to its mount namespace. It gives its folder to the
+// user "avahi", who in the user namespace of somebody other than root has to be 0, the only user there.
 constexpr auto startScript = R"(set -e
 mkdir -p /run/avahi-daemon 2>/dev/null || { mount -t tmpfs tmpfs /run; mkdir /run/avahi-daemon; }
 mount -t tmpfs tmpfs /run/avahi-daemon
