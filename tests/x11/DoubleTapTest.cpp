@@ -13,6 +13,7 @@
 
 #include <deque>
 #include <future>
+#include <optional>
 #include <regex>
 #include <thread>
 
@@ -90,6 +91,14 @@ Case doubleTap(milliseconds gap, double distance, milliseconds secondHeld)
         {{0ms, 50ms, 100}, {gap, secondHeld, 100 + distance}}};
 }
 
+/// What the text field saw, and by how much the taps came late at the most: a busy computer makes other taps of them.
+struct Played {
+    std::string seen;
+    milliseconds lateness{0};
+};
+
+constexpr milliseconds toleratedLateness = 25ms; // the nearest limit is 50 ms away
+
 /// A text field with a server of its own, ready to be tapped.
 struct Stage {
     explicit Stage(const std::string& kind)
@@ -99,19 +108,28 @@ struct Stage {
     {
     }
 
-    std::string play(const Case& played)
+    Played play(const Case& played)
     {
-        const auto start = std::chrono::steady_clock::now();
+        using std::chrono::steady_clock;
+        Played result;
+        const auto start = steady_clock::now();
+        const auto noteLateness = [&](steady_clock::time_point due) {
+            result.lateness =
+                std::max(result.lateness, std::chrono::ceil<milliseconds>(steady_clock::now() - due));
+        };
         for (const Tap& tap : played.taps) {
             const Point at{tap.x, 30};
             std::this_thread::sleep_until(start + tap.at);
             finger.down(at);
+            noteLateness(start + tap.at);
             std::this_thread::sleep_until(start + tap.at + tap.held);
             finger.up(at);
+            noteLateness(start + tap.at + tap.held);
         }
         std::this_thread::sleep_for(
             250ms); // whatever is one click too many comes with the last touch, not later
-        return field.output();
+        result.seen = field.output();
+        return result;
     }
 
     XvfbServer xvfb;
@@ -125,6 +143,20 @@ int count(const std::string& text, const std::string& pattern)
     return static_cast<int>(std::distance(std::sregex_iterator(text.begin(), text.end(), regex), {}));
 }
 
+/// The case once more on a stage of its own, until its taps come in time; nothing if they never do.
+std::optional<std::string> playInTime(const std::string& kind, const Case& played)
+{
+    for (int attempt = 0; attempt < 5; ++attempt) {
+        Stage stage(kind);
+        if (!stage.field.waitForOutput("ready", 60s))
+            break;
+        const Played result = stage.play(played);
+        if (result.lateness <= toleratedLateness)
+            return result.seen;
+    }
+    return std::nullopt;
+}
+
 void expectOneDoubleClickEach(const std::string& kind, const std::vector<Case>& cases)
 {
     std::deque<Stage> stages;
@@ -133,12 +165,17 @@ void expectOneDoubleClickEach(const std::string& kind, const std::vector<Case>& 
     for (Stage& stage : stages)
         ASSERT_TRUE(stage.field.waitForOutput("ready", 60s)) << stage.field.output();
 
-    std::vector<std::future<std::string>> results;
+    std::vector<std::future<Played>> results;
     for (std::size_t i = 0; i < cases.size(); ++i)
         results.push_back(std::async(std::launch::async, [&, i] { return stages[i].play(cases[i]); }));
     for (std::size_t i = 0; i < cases.size(); ++i) {
         SCOPED_TRACE(cases[i].name);
-        const std::string seen = results[i].get();
+        const Played played = results[i].get();
+        const std::optional<std::string> inTime =
+            played.lateness <= toleratedLateness ? played.seen : playInTime(kind, cases[i]);
+        if (!inTime)
+            GTEST_SKIP() << "this computer is too busy to tap in time";
+        const std::string& seen = *inTime;
         const std::string oneWord = "\\[abcdefghij\\]";
         EXPECT_EQ(count(seen, "doubleclick"), 1) << seen;
         EXPECT_EQ(count(seen, "doubleclick " + oneWord), 1) << seen;
