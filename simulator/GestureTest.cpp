@@ -14,7 +14,7 @@ Gesture gesture(std::string_view text)
     return std::get<Gesture>(parsed);
 }
 
-std::string problem(std::string_view text)
+std::string gestureProblem(std::string_view text)
 {
     const auto parsed = parseGesture(text);
     return std::holds_alternative<std::string>(parsed) ? std::get<std::string>(parsed) : "none";
@@ -55,33 +55,35 @@ TEST(GestureTest, HexMakesBytes)
 
 TEST(GestureTest, WhatIsWrongIsToldWithItsLine)
 {
-    EXPECT_EQ(problem("UP 1 2\ndown 1 2"), "line 2: unknown word \"down\"");
-    EXPECT_EQ(problem("UP 1"), "line 1: UP takes x, y and perhaps a pause");
-    EXPECT_EQ(problem("UP 1 2 3 4"), "line 1: UP takes x, y and perhaps a pause");
-    EXPECT_EQ(problem("HEX 123"), "line 1: HEX takes two digits for each byte");
-    EXPECT_EQ(problem("HEX 1g"), "line 1: HEX takes hexadecimal digits");
-    EXPECT_EQ(problem("PAUSE"), "line 1: \"PAUSE ms\" is expected");
-    EXPECT_EQ(problem("\n#\n"), "no touches");
+    EXPECT_EQ(gestureProblem("UP 1 2\ndown 1 2"), "line 2: unknown word \"down\"");
+    EXPECT_EQ(gestureProblem("UP 1"), "line 1: UP takes x, y and perhaps a pause");
+    EXPECT_EQ(gestureProblem("UP 1 2 3 4"), "line 1: UP takes x, y and perhaps a pause");
+    EXPECT_EQ(gestureProblem("HEX 123"), "line 1: HEX takes two digits for each byte");
+    EXPECT_EQ(gestureProblem("HEX 1g"), "line 1: HEX takes hexadecimal digits");
+    EXPECT_EQ(gestureProblem("PAUSE"), "line 1: \"PAUSE ms\" is expected");
+    EXPECT_EQ(gestureProblem("\n#\n"), "no touches");
 }
 
 TEST(GestureTest, CoordinatesAreDecimalNumbers)
 {
     for (const char* text : {"nan", "1e3", "+1", "0x1", "1.", ".5", "-", "1,5"})
-        EXPECT_EQ(problem("UP 1 " + std::string(text)), "line 1: x and y must be decimal numbers") << text;
+        EXPECT_EQ(gestureProblem("UP 1 " + std::string(text)), "line 1: x and y must be decimal numbers")
+            << text;
 }
 
 TEST(GestureTest, PauseOf60000MillisecondsIsTheLongest)
 {
-    EXPECT_EQ(problem("UP 1 2 60000"), "none");
-    EXPECT_NE(problem("UP 1 2 60001"), "none");
-    EXPECT_NE(problem("UP 1 2 -1"), "none");
-    EXPECT_NE(problem("UP 1 2 99999999999999999999999"), "none");
+    EXPECT_EQ(gestureProblem("UP 1 2 60000"), "none");
+    EXPECT_NE(gestureProblem("UP 1 2 60001"), "none");
+    EXPECT_NE(gestureProblem("UP 1 2 -1"), "none");
+    EXPECT_NE(gestureProblem("UP 1 2 99999999999999999999999"), "none");
 }
 
 TEST(GestureTest, DatagramOf65507BytesIsTheLongest)
 {
-    EXPECT_EQ(problem("RAW " + std::string(65507, 'x')), "none");
-    EXPECT_EQ(problem("RAW " + std::string(65508, 'x')), "line 1: a datagram holds at most 65507 bytes");
+    EXPECT_EQ(gestureProblem("RAW " + std::string(65507, 'x')), "none");
+    EXPECT_EQ(
+        gestureProblem("RAW " + std::string(65508, 'x')), "line 1: a datagram holds at most 65507 bytes");
 }
 
 } // namespace

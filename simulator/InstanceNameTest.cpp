@@ -5,7 +5,7 @@
 namespace companion::simulator {
 namespace {
 
-std::string problem(const std::string& model, const std::string& name)
+std::string problemOf(const std::string& model, const std::string& name)
 {
     return InstanceName(model, name, "0A00020F").problem().value_or("none");
 }
@@ -29,19 +29,19 @@ TEST(InstanceNameTest, ModelNameAndAddressAreJoinedByBars)
 
 TEST(InstanceNameTest, SixtyThreeBytesFitAndSixtyFourDoNot)
 {
-    EXPECT_EQ(problem("Tandem", std::string(63 - 16, 'n')), "none");
-    EXPECT_EQ(
-        problem("Tandem", std::string(64 - 16, 'n')), "model and name are 1 bytes too long to be announced");
+    EXPECT_EQ(problemOf("Tandem", std::string(63 - 16, 'n')), "none");
+    EXPECT_EQ(problemOf("Tandem", std::string(64 - 16, 'n')),
+        "model and name are 1 bytes too long to be announced");
 }
 
 TEST(InstanceNameTest, PartsAreTextWithoutBars)
 {
-    EXPECT_EQ(problem("Tan|dem", "A"), "the model must not contain \"|\"");
-    EXPECT_EQ(problem("Tandem", "A|B"), "the name must not contain \"|\"");
-    EXPECT_EQ(problem("Tandem", ""), "the name is empty");
-    EXPECT_EQ(problem("Tandem", "a\nb"), "the name must be UTF-8 without control characters");
-    EXPECT_EQ(problem("Tandem", "\xFF"), "the name must be UTF-8 without control characters");
-    EXPECT_EQ(problem("Tandem", "Größe"), "none");
+    EXPECT_EQ(problemOf("Tan|dem", "A"), "the model must not contain \"|\"");
+    EXPECT_EQ(problemOf("Tandem", "A|B"), "the name must not contain \"|\"");
+    EXPECT_EQ(problemOf("Tandem", ""), "the name is empty");
+    EXPECT_EQ(problemOf("Tandem", "a\nb"), "the name must be UTF-8 without control characters");
+    EXPECT_EQ(problemOf("Tandem", "\xFF"), "the name must be UTF-8 without control characters");
+    EXPECT_EQ(problemOf("Tandem", "Größe"), "none");
 }
 
 TEST(InstanceNameTest, NameThatIsTakenIsNumberedInItsNamePart)

@@ -5,22 +5,22 @@
 namespace companion::simulator {
 namespace {
 
-Options options(const std::vector<std::string>& arguments)
+Options parsed(const std::vector<std::string>& arguments)
 {
-    auto parsed = parseOptions(arguments);
-    EXPECT_TRUE(std::holds_alternative<Options>(parsed)) << std::get<std::string>(parsed);
-    return std::get<Options>(parsed);
+    auto result = parseOptions(arguments);
+    EXPECT_TRUE(std::holds_alternative<Options>(result)) << std::get<std::string>(result);
+    return std::get<Options>(result);
 }
 
-std::string problem(const std::vector<std::string>& arguments)
+std::string optionProblem(const std::vector<std::string>& arguments)
 {
-    const auto parsed = parseOptions(arguments);
-    return std::holds_alternative<std::string>(parsed) ? std::get<std::string>(parsed) : "none";
+    const auto result = parseOptions(arguments);
+    return std::holds_alternative<std::string>(result) ? std::get<std::string>(result) : "none";
 }
 
 TEST(OptionsTest, WithoutArgumentsItIsAPanelOnTheUsualPorts)
 {
-    const Options defaults = options({});
+    const Options defaults = parsed({});
     EXPECT_EQ(defaults.model, "Meridian 65");
     EXPECT_EQ(defaults.name, "Simulated panel");
     EXPECT_EQ(defaults.address, "");
@@ -33,7 +33,7 @@ TEST(OptionsTest, WithoutArgumentsItIsAPanelOnTheUsualPorts)
 TEST(OptionsTest, ValuesFollowABlankOrAnEqualsSign)
 {
     const Options given =
-        options({"--model", "Tandem", "--name=A=B", "--address", "127.0.0.2", "--service-port=0",
+        parsed({"--model", "Tandem", "--name=A=B", "--address", "127.0.0.2", "--service-port=0",
             "--upload-port", "65535", "--touch-port", "1", "--uploads", "/tmp/x", "--no-announce"});
     EXPECT_EQ(given.model, "Tandem");
     EXPECT_EQ(given.name, "A=B");
@@ -48,26 +48,27 @@ TEST(OptionsTest, ValuesFollowABlankOrAnEqualsSign)
 TEST(OptionsTest, PortsAreNumbersUpTo65535)
 {
     for (const char* text : {"65536", "-1", "", "5000x", "0x10", " 1"})
-        EXPECT_EQ(problem({"--service-port", text}), "--service-port needs a number from 0 to 65535") << text;
-    EXPECT_EQ(problem({"--touch-port", "0"}), "--touch-port needs a number from 1 to 65535");
+        EXPECT_EQ(optionProblem({"--service-port", text}), "--service-port needs a number from 0 to 65535")
+            << text;
+    EXPECT_EQ(optionProblem({"--touch-port", "0"}), "--touch-port needs a number from 1 to 65535");
 }
 
 TEST(OptionsTest, AddressIsThatOfAHost)
 {
     for (const char* text : {"0.0.0.0", "255.255.255.255", "224.0.0.251", "localhost", "::1", "1.2.3"})
-        EXPECT_EQ(
-            problem({"--address", text}), "--address needs the IPv4 address of a host, such as 192.168.1.20")
+        EXPECT_EQ(optionProblem({"--address", text}),
+            "--address needs the IPv4 address of a host, such as 192.168.1.20")
             << text;
 }
 
 TEST(OptionsTest, WhatIsUnknownOrIncompleteIsToldInOneLine)
 {
-    EXPECT_EQ(problem({"--modle", "x"}), "unknown option \"--modle\"");
-    EXPECT_EQ(problem({"panel\n"}), "unknown option \"panel?\"");
-    EXPECT_EQ(problem({"--model"}), "--model needs a value");
-    EXPECT_EQ(problem({"--no-announce=yes"}), "--no-announce takes no value");
-    EXPECT_EQ(problem({"--name", "A|B"}), "the name must not contain \"|\"");
-    EXPECT_EQ(problem({"--uploads", ""}), "--uploads needs a text that is not empty");
+    EXPECT_EQ(optionProblem({"--modle", "x"}), "unknown option \"--modle\"");
+    EXPECT_EQ(optionProblem({"panel\n"}), "unknown option \"panel?\"");
+    EXPECT_EQ(optionProblem({"--model"}), "--model needs a value");
+    EXPECT_EQ(optionProblem({"--no-announce=yes"}), "--no-announce takes no value");
+    EXPECT_EQ(optionProblem({"--name", "A|B"}), "the name must not contain \"|\"");
+    EXPECT_EQ(optionProblem({"--uploads", ""}), "--uploads needs a text that is not empty");
 }
 
 } // namespace
