@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace companion {
 
@@ -34,20 +35,25 @@ SequenceForm formAfter(unsigned char lead)
     return {};
 }
 
-/// The length of the sequence of two bytes and more that `text` starts with, 0 when it is none.
-std::size_t sequenceLength(std::string_view text)
+/// What a text starts with that is not ASCII.
+struct Sequence {
+    std::size_t length = 1; ///< As far as it is well-formed; a byte that starts nothing counts as well.
+    bool isComplete = false;
+};
+
+Sequence sequenceAtStart(std::string_view text)
 {
     const auto byteAt = [text](std::size_t index) { return static_cast<unsigned char>(text[index]); };
     const SequenceForm form = formAfter(byteAt(0));
-    if (form.length == 0 || text.size() < form.length)
-        return 0;
-    if (!isBetween(byteAt(1), form.secondFirst, form.secondLast))
-        return 0;
-    for (std::size_t index = 2; index < form.length; ++index) {
-        if (!isBetween(byteAt(index), 0x80, 0xBF))
-            return 0;
+    std::size_t length = 1;
+    while (length < form.length && length < text.size()) {
+        const bool fits = length == 1 ? isBetween(byteAt(1), form.secondFirst, form.secondLast)
+                                      : isBetween(byteAt(length), 0x80, 0xBF);
+        if (!fits)
+            break;
+        ++length;
     }
-    return form.length;
+    return {length, length == form.length};
 }
 
 bool isAsciiBlock(const char* bytes)
@@ -74,12 +80,30 @@ bool isValidUtf8(std::string_view text)
     const char* const end = text.data() + text.size();
     const char* position = skipAscii(text.data(), end);
     while (position != end) {
-        const std::size_t length = sequenceLength({position, static_cast<std::size_t>(end - position)});
-        if (length == 0)
+        const Sequence sequence = sequenceAtStart({position, static_cast<std::size_t>(end - position)});
+        if (!sequence.isComplete)
             return false;
-        position = skipAscii(position + length, end);
+        position = skipAscii(position + sequence.length, end);
     }
     return true;
+}
+
+std::string lenientUtf8(std::string_view text)
+{
+    constexpr std::string_view replacementCharacter = "\xEF\xBF\xBD";
+    const char* const end = text.data() + text.size();
+    std::string decoded;
+    const char* position = text.data();
+    while (position != end) {
+        const char* const ascii = std::exchange(position, skipAscii(position, end));
+        decoded.append(ascii, position);
+        if (position == end)
+            break;
+        const Sequence sequence = sequenceAtStart({position, static_cast<std::size_t>(end - position)});
+        decoded += sequence.isComplete ? std::string_view(position, sequence.length) : replacementCharacter;
+        position += sequence.length;
+    }
+    return decoded;
 }
 
 } // namespace companion

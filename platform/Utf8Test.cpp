@@ -120,4 +120,65 @@ TEST(Utf8Test, ManyByteSequencesAreSeenAtEveryPositionOfALongText)
     }
 }
 
+TEST(LenientUtf8Test, ValidTextStaysAsItIs)
+{
+    for (const std::string& text : {""s, "CAST_STARTED"s, "a\0b"s,
+             "Gr\xC3\xBC\xC3\x9F"
+             "e"s,
+             "12345678\xE2\x82\xAC 12345678 \xF0\x9F\x98\x80"s, "\xEF\xBF\xBD"s, "\xF4\x8F\xBF\xBF"s})
+        EXPECT_EQ(lenientUtf8(text), text);
+}
+
+/// "?" stands for U+FFFD.
+static std::string withQuestionMarks(const std::string& text)
+{
+    std::string decoded = lenientUtf8(text);
+    EXPECT_TRUE(isValidUtf8(decoded));
+    const std::string replacementCharacter = "\xEF\xBF\xBD";
+    for (auto at = decoded.find(replacementCharacter); at != std::string::npos;
+         at = decoded.find(replacementCharacter))
+        decoded.replace(at, replacementCharacter.size(), "?");
+    return decoded;
+}
+
+TEST(LenientUtf8Test, ByteThatStartsNothingIsReplacedByItself)
+{
+    EXPECT_EQ(withQuestionMarks("a\x80z"), "a?z");
+    EXPECT_EQ(withQuestionMarks("\xBF\xBF"), "??");
+    EXPECT_EQ(withQuestionMarks("\xC0\xAF"), "??");
+    EXPECT_EQ(withQuestionMarks("\xC1\xBF"), "??");
+    EXPECT_EQ(withQuestionMarks("\xF5\x80\x80\x80"), "????");
+    EXPECT_EQ(withQuestionMarks("\xFE\xFF"), "??");
+}
+
+TEST(LenientUtf8Test, SequenceThatBreaksOffIsReplacedOnce)
+{
+    EXPECT_EQ(withQuestionMarks("\xC3"), "?");
+    EXPECT_EQ(withQuestionMarks("\xC3z"), "?z");
+    EXPECT_EQ(withQuestionMarks("\xE2\x82"), "?");
+    EXPECT_EQ(withQuestionMarks("\xE2\x82z"), "?z");
+    EXPECT_EQ(withQuestionMarks("\xF0\x9F\x98"), "?");
+    EXPECT_EQ(withQuestionMarks("\xF0\x9F\x98z\xF0\x9F"
+                                "z"),
+        "?z?z");
+    EXPECT_EQ(withQuestionMarks("\xE2\xE2\x82"), "??");
+}
+
+TEST(LenientUtf8Test, OverlongFormsSurrogatesAndBeyond10FFFFAreReplacedByteByByte)
+{
+    EXPECT_EQ(withQuestionMarks("\xE0\x80\xAF"), "???");
+    EXPECT_EQ(withQuestionMarks("\xE0\x9F\xBF"), "???");
+    EXPECT_EQ(withQuestionMarks("\xED\xA0\x80"), "???");
+    EXPECT_EQ(withQuestionMarks("\xF0\x80\x80\xAF"), "????");
+    EXPECT_EQ(withQuestionMarks("\xF0\x8F\xBF\xBF"), "????");
+    EXPECT_EQ(withQuestionMarks("\xF4\x90\x80\x80"), "????");
+}
+
+/// The example of the Unicode Standard, table 3-11.
+TEST(LenientUtf8Test, TruncatedSequencesInARowAreReplacedOnceEach)
+{
+    EXPECT_EQ(withQuestionMarks("\xE1\x80\xE2\xF0\x91\x92\xF1\xBF\x41"), "????A");
+    EXPECT_EQ(withQuestionMarks("\x61\xF1\x80\x80\xE1\x80\xC2\x62\x80\x63\x80\xBF\x64"), "a???b?c??d");
+}
+
 } // namespace companion::testing
