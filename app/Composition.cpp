@@ -9,6 +9,7 @@
 #include "platform/FatalError.h"
 #include "platform/posix/FatalErrorLog.h"
 #include "platform/posix/PosixAsyncUdpSocketFactory.h"
+#include "platform/posix/PosixFileReader.h"
 #include "platform/posix/PosixInterfaceAddresses.h"
 #include "platform/posix/RoutedInterfaceName.h"
 #include "platform/posix/SignalDescriptor.h"
@@ -16,6 +17,8 @@
 #include "platform/posix/SyslogLog.h"
 #include "platform/posix/SystemClock.h"
 #include "platform/qt/QtAlerts.h"
+#include "platform/qt/QtApplicationActivation.h"
+#include "platform/qt/QtFileChooser.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtScreen.h"
 #include "platform/qt/WidgetTracking.h"
@@ -77,8 +80,11 @@ private:
     AvahiServiceBrowserFactory m_announcedPanels{m_mainQueue, m_log};
     ListedPanels m_panels;
     PosixAsyncUdpSocketFactory m_sockets;
+    PosixFileReader m_fileReader;
+    QtFileChooser m_fileChooser{m_mainQueue, m_log};
 
     MainWindow m_window;
+    QtApplicationActivation m_application{m_window};
     std::unique_ptr<CurlHttpSession> m_httpSession = std::make_unique<CurlHttpSession>(m_log);
     std::shared_ptr<DashboardViewController> m_dashboard;
 
@@ -136,7 +142,7 @@ void Composition::Parts::start()
 
 void Composition::Parts::showDashboard()
 {
-    auto* view = new QtDashboardView(m_log);
+    auto* view = new QtDashboardView(m_alerts, m_log);
     m_dashboard = DashboardViewController::make(dashboardDependencies(*view));
     m_dashboard->viewDidLoad();
 
@@ -148,6 +154,7 @@ void Composition::Parts::showDashboard()
     QObject::connect(
         view, &QtDashboardView::settingsIconClicked, view, [&] { dashboard.settingsIconClicked(); });
     QObject::connect(view, &QtDashboardView::castButtonClicked, view, [&] { dashboard.castButtonClicked(); });
+    QObject::connect(view, &QtDashboardView::uploadFileAction, view, [&] { dashboard.uploadFileAction(); });
     m_window.setContentView(view);
 }
 
@@ -167,6 +174,7 @@ DashboardDependencies Composition::Parts::dashboardDependencies(QtDashboardView&
         .pause = pause,
         .screen = m_screen,
         .mouseEventPoster = poster,
+        .upload = {m_fileChooser, m_fileReader, m_application},
         .makeDevicesListController =
             [this, &view] {
                 auto controller =

@@ -66,9 +66,9 @@ class DashboardAllocationTest : public DashboardTest {
 protected:
     std::shared_ptr<DashboardViewController> makeDashboard(TouchSource source)
     {
-        return DashboardViewController::make(
-            {view, alerts, queue, log, PanelRequestHost{http, addresses, interfaceName, silentConsole},
-                sockets, clock, pause, screen, countingPoster, {}, {}, source});
+        return DashboardViewController::make({view, alerts, queue, log,
+            PanelRequestHost{http, addresses, interfaceName, silentConsole}, sockets, clock, pause, screen,
+            countingPoster, {fileChooser, fileReader, application}, {}, {}, source});
     }
 
     CountingPoster countingPoster;

@@ -44,6 +44,7 @@ std::shared_ptr<DashboardViewController> DashboardViewController::make(Dashboard
 DashboardViewController::DashboardViewController(DashboardDependencies dependencies)
     : m_use(std::move(dependencies))
     , m_view(m_use.view)
+    , m_uploadProgress(m_use.mainQueue, m_view)
 {
 }
 
@@ -64,17 +65,21 @@ void DashboardViewController::viewDidLoad()
     m_serverPingFailedCount = 0;
     m_hdmiTouchback = std::make_unique<HDMITouchBack>(m_use.panelRequestHost);
     setupView();
+    m_fileTypes = panelFileTypes();
 }
 
 void DashboardViewController::setupView()
 {
     m_view.setCastButtonImage("castingInactive");
+    m_view.setFileUploadViewImage("fileUploadGrid");
     ITSwitch& touchSwitch = m_view.wirelessTouchSwitch();
     touchSwitch.setAction([weakSelf = weak_from_this()](ITSwitch&) {
         if (const auto self = weakSelf.lock())
             self->wirelessTouchSwitchToggled();
     });
     touchSwitch.setChecked(false);
+    m_view.fileUploadView().init();
+    m_view.fileUploadView().setDelegate(weak_from_this());
     m_view.setHidden(Pane::hdmiToggle, true);
     m_view.setHidden(Pane::fileUpload, true);
     m_view.setHidden(Pane::castButton, true);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dashboard/DashboardDependencies.h"
+#include "dashboard/FileTypes.h"
 #include "panel/HDMITouchBack.h"
 #include "touchback/MouseSimulate.h"
 #include "touchback/TouchMessage.h"
@@ -16,13 +17,14 @@
 namespace companion {
 
 /// The dashboard's controller: which panel is paired, whether a session with it runs, the heartbeat that watches the
-/// session, and the touches that come from the panel.
+/// session, the touches that come from the panel, and the files that go to it.
 ///
 /// Main thread only, except that a heartbeat's reply counts its failure where it arrives; what follows from it runs
 /// on the main queue. A reply keeps the controller alive until it is dealt with, and the controller is destroyed
 /// on the main thread, wherever its last reference goes.
 class DashboardViewController : public DevicesListViewControllerDelegate,
                                 public AsyncUdpSocketDelegate,
+                                public DragDropViewDelegate,
                                 public std::enable_shared_from_this<DashboardViewController> {
 public:
     static constexpr std::uint16_t touchPort = 41863;
@@ -41,6 +43,10 @@ public:
     void connectButtonClicked();
     void devicesListIconClicked();
     void settingsIconClicked();
+
+    /// uploadFileAction:
+    /// Lets the user choose a file, unless the panel takes none.
+    void uploadFileAction();
 
     /// wirelessTouchSwitchToggled:
     void wirelessTouchSwitchToggled();
@@ -79,6 +85,18 @@ public:
     /// Opens the touch port if `enabled`, and asks the panel for its touches or to keep them.
     void initiateHDMITouchbackEnabled(bool enabled, bool isHDMI);
 
+    void uploadFileURL(const FileUrl& url) override;
+    void draggingBegin() override;
+    void draggingInprogress() override;
+
+    /// The application comes to the front half a second later, as the drag's source had it until now.
+    void draggingFinished() override;
+
+    /// uploadFileWithURL:
+    /// Half a second later the file is read whole and sent to the panel that is paired then. By that time there
+    /// has to be a panel, and a file that can be read: their lack is a fatal error.
+    void uploadFileWithURL(const FileUrl& url);
+
     void udpSocketDidReceiveData(
         AsyncUdpSocket& socket, std::string_view data, const UdpSender& from) override;
 
@@ -92,6 +110,10 @@ public:
 
     /// Whether the paired panel takes files; decided at a pick and when the switch is turned off.
     bool isFileUploadEnabled() const { return m_isFileUploadEnabled; }
+
+    const std::vector<std::string>& imageFileTypes() const { return m_fileTypes.imageFileTypes; }
+    const std::vector<std::string>& videoFileTypes() const { return m_fileTypes.videoFileTypes; }
+    const std::vector<std::string>& documentsFileTypes() const { return m_fileTypes.documentsFileTypes; }
 
     /// Any thread.
     int serverPingFailedCount() const { return m_serverPingFailedCount; }
@@ -113,6 +135,9 @@ private:
     void handleHeartbeatReply(bool success, const std::string& reply);
     void endSessionOnMainQueue(const AlertText* alert);
     void showAlert(const AlertText& alert);
+
+    bool passesUploadGate();
+    void classifyUploadFile(const FileUrl& url);
 
     bool openTouchSocket();
     bool isListenedTo(const UdpSender& sender) const;
@@ -140,6 +165,9 @@ private:
     std::unique_ptr<AsyncUdpSocket> m_sendUdpSocket; // receives only
     std::unique_ptr<MouseSimulate> m_mouseSimulator;
     std::optional<double> m_shortRecordLoggedAt; // seconds since 1970
+
+    FileTypeLists m_fileTypes;
+    UploadProgress m_uploadProgress;
 };
 
 } // namespace companion

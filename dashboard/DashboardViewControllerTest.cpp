@@ -57,7 +57,8 @@ using DashboardDeathTest = DashboardViewControllerTest;
 TEST_F(DashboardViewControllerTest, LoadingHidesWhatNeedsAPanelAndUnchecksTheSwitch)
 {
     EXPECT_EQ(transcriptOfLoading,
-        "cast image castingInactive; switch off; hide hdmiToggle; hide fileUpload; hide castButton; "
+        "cast image castingInactive; drop image fileUploadGrid; switch off; hide hdmiToggle; hide "
+        "fileUpload; hide castButton; "
         "hide hdmiMessage");
     EXPECT_EQ(view.shownPanes(), "emptyStateImage");
     EXPECT_FALSE(dashboard->isCastingInProgress());
@@ -402,7 +403,7 @@ TEST_F(DashboardViewControllerTest, FailuresOnTwoThreadsAtOnceEndTheSessionOnce)
     MeetingLog meetingLog;
     dashboard = DashboardViewController::make(
         {view, alerts, queue, meetingLog, PanelRequestHost{http, addresses, interfaceName, console}, sockets,
-            clock, pause, screen, poster, {}, {}});
+            clock, pause, screen, poster, {fileChooser, fileReader, application}, {}, {}});
     dashboard->viewDidLoad();
     for (int round = 0; round < 500; ++round) {
         startCasting();

@@ -4,8 +4,11 @@
 #include "dashboard/testing/FakeDashboardView.h"
 #include "discovery/testing/FakeDevicesListView.h"
 #include "platform/testing/FakeAlerts.h"
+#include "platform/testing/FakeApplication.h"
 #include "platform/testing/FakeAsyncUdpSocket.h"
 #include "platform/testing/FakeClock.h"
+#include "platform/testing/FakeFileChooser.h"
+#include "platform/testing/FakeFileReader.h"
 #include "platform/testing/FakeHttpSession.h"
 #include "platform/testing/FakeInterfaceAddresses.h"
 #include "platform/testing/FakeLog.h"
@@ -51,7 +54,7 @@ protected:
     DashboardDependencies dependencies()
     {
         return {view, alerts, queue, log, PanelRequestHost{http, addresses, interfaceName, console}, sockets,
-            clock, pause, screen, poster,
+            clock, pause, screen, poster, {fileChooser, fileReader, application},
             [this] {
                 ++devicesListsMade;
                 return std::make_unique<DevicesListViewController>(devicesListView, browsers, log);
@@ -114,6 +117,9 @@ protected:
     FakePause pause{transcript};
     FakeScreen screen;
     FakeMouseEventPoster poster{transcript};
+    FakeFileChooser fileChooser{transcript};
+    FakeFileReader fileReader{transcript};
+    FakeApplication application{transcript};
     FakeServiceBrowserFactory browsers{transcript};
     FakeDevicesListView devicesListView{transcript};
     int devicesListsMade = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dashboard/DashboardView.h"
+#include "platform/testing/FakeAlerts.h"
 #include "platform/testing/FakeLog.h"
 #include "platform/testing/Transcript.h"
 
@@ -9,12 +10,14 @@
 namespace companion::testing {
 
 /// Writes "show castButton", "hide hdmiMessage", "status Paired to 0A00020F", "cast image castingActive", "switch on",
-/// "present devices list" and "present settings". Panes are shown until they are hidden.
+/// "drop image fileUploadGrid", "arrow image uploadArrow", "present devices list", "present settings",
+/// "uploads: a.png 42 %, b.pdf 0 %" and "say Uploading a.png". Panes are shown until they are hidden.
 class FakeDashboardView : public DashboardView, public ITSwitchLayers {
 public:
     explicit FakeDashboardView(Transcript& transcript)
         : m_transcript(transcript)
         , m_log(transcript)
+        , m_alerts(transcript)
     {
         m_switch.setLayers(this);
         m_transcript.clear();
@@ -28,7 +31,20 @@ public:
 
     void setDeviceStatus(const std::string& text) override { m_transcript.add("status " + text); }
     void setCastButtonImage(const std::string& name) override { m_transcript.add("cast image " + name); }
+    void setFileUploadViewImage(const std::string& name) override { m_transcript.add("drop image " + name); }
+    void setUploadArrowImage(const std::string& name) override { m_transcript.add("arrow image " + name); }
+    DragDropView& fileUploadView() override { return m_dropArea; }
     ITSwitch& wirelessTouchSwitch() override { return m_switch; }
+
+    void showUploads(const std::vector<UploadLine>& lines) override
+    {
+        std::string text;
+        for (const UploadLine& line : lines)
+            text += (text.empty() ? " " : ", ") + line.text();
+        m_transcript.add("uploads:" + text);
+    }
+
+    void announcePolitely(const std::string& text) override { m_transcript.add("say " + text); }
 
     void presentDevicesList(DevicesListViewController& controller) override
     {
@@ -87,7 +103,9 @@ private:
 
     Transcript& m_transcript;
     FakeSystemLog m_log;
+    FakeAlerts m_alerts;
     ITSwitch m_switch{m_log};
+    DragDropView m_dropArea{m_alerts, m_log};
 };
 
 } // namespace companion::testing

@@ -1,5 +1,7 @@
 #include "platform/qt/QtAlerts.h"
 
+#include "platform/qt/ActiveWindow.h"
+
 #include <QApplication>
 #include <QLabel>
 #include <QMessageBox>
@@ -9,15 +11,6 @@
 namespace companion {
 
 namespace {
-
-/// A popover is a poor parent: it goes away by itself, and an alert belongs in the middle of the window beneath it.
-QWidget* windowForAlerts()
-{
-    QWidget* window = QApplication::activeWindow();
-    while (window && window->windowType() == Qt::Tool && window->parentWidget())
-        window = window->parentWidget()->window();
-    return window;
-}
 
 /// A message may quote what came from outside; it is text, never mark-up.
 void showAsPlainText(QMessageBox& box)
@@ -42,7 +35,7 @@ void addOkButton(QMessageBox& box)
 
 QMessageBox* makeBox(const QString& message, const QString& informativeText)
 {
-    auto* box = new QMessageBox(windowForAlerts());
+    auto* box = new QMessageBox(windowForDialogs());
     box->setWindowModality(Qt::ApplicationModal);
     box->setWindowTitle(QGuiApplication::applicationDisplayName());
     box->setText(message);

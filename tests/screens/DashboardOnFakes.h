@@ -2,8 +2,11 @@
 
 #include "dashboard/DashboardViewController.h"
 #include "platform/testing/FakeAlerts.h"
+#include "platform/testing/FakeApplication.h"
 #include "platform/testing/FakeAsyncUdpSocket.h"
 #include "platform/testing/FakeClock.h"
+#include "platform/testing/FakeFileChooser.h"
+#include "platform/testing/FakeFileReader.h"
 #include "platform/testing/FakeHttpSession.h"
 #include "platform/testing/FakeInterfaceAddresses.h"
 #include "platform/testing/FakeLog.h"
@@ -41,6 +44,7 @@ struct DashboardOnFakes {
             .pause = pause,
             .screen = screen,
             .mouseEventPoster = poster,
+            .upload = {fileChooser, fileReader, application},
             .makeDevicesListController =
                 [this] {
                     auto list =
@@ -65,8 +69,11 @@ struct DashboardOnFakes {
     FakePause pause{transcript};
     FakeScreen screen;
     FakeMouseEventPoster poster{transcript};
+    FakeFileChooser fileChooser{transcript};
+    FakeFileReader fileReader{transcript};
+    FakeApplication application{transcript};
     FakeServiceBrowserFactory browsers{transcript};
-    QtDashboardView* const view = new QtDashboardView(log); ///< A window that it is put into owns it.
+    QtDashboardView* const view = new QtDashboardView(alerts, log); ///< A window that it is put into owns it.
     std::shared_ptr<DashboardViewController> controller = DashboardViewController::make(dependencies());
 };
 

@@ -10,16 +10,18 @@
 
 namespace companion {
 
-QtDashboardView::QtDashboardView(SystemLog& log, QWidget* parent)
+QtDashboardView::QtDashboardView(Alerts& alerts, SystemLog& log, QWidget* parent)
     : ColoredView(parent)
     , m_scene(std::make_unique<Ui::DashboardScene>())
     , m_wirelessTouchSwitch(log)
+    , m_fileUploadView(alerts, log)
 {
     m_scene->setupUi(this);
     m_scene->wirelessTouchSwitch->setModel(m_wirelessTouchSwitch);
     m_devicesListView = new QtDevicesListView(this);
     m_devicesListView->hide();
     style();
+    m_scene->uploadProgressLabel->hide();
     connectControls();
 }
 
@@ -36,7 +38,6 @@ void QtDashboardView::style()
     m_scene->castButtonView->setCornerRadius(m_scene->castButtonView->minimumWidth() / 2.0);
     m_scene->castButtonView->setImageName("castingInactive");
     m_scene->fileUploadView->setStretched(true);
-    m_scene->fileUploadView->setImageName("fileUploadGrid");
     m_scene->toolbarView->setBackgroundColor(QColor(52, 73, 94, qRound(0.25 * 255)));
     m_scene->hdmiToggleView->setBackgroundColor(QColor(34, 34, 34, qRound(0.25 * 255)));
     m_scene->uploadArrowImage->setImageName("uploadArrow");
@@ -44,7 +45,7 @@ void QtDashboardView::style()
     m_scene->devicesListIcon->setIcon(QIcon(SvgImage::path("devices")));
     m_scene->settingsIcon->setIcon(QIcon(SvgImage::path("settings")));
 
-    for (QLabel* label : {m_scene->dragAndDropLabel, m_scene->emptyStateLabel})
+    for (QLabel* label : {m_scene->dragAndDropLabel, m_scene->emptyStateLabel, m_scene->uploadProgressLabel})
         label->setFont(Theme::font(FontFace::regular, 12));
     for (QLabel* label : {m_scene->deviceStatusLabel, m_scene->facingProblemLabel, m_scene->enableHDMILabel,
              m_scene->deviceHDMISubLabel})
@@ -94,6 +95,31 @@ void QtDashboardView::setCastButtonImage(const std::string& imageName)
 {
     m_scene->castButtonView->setImageName(QString::fromStdString(imageName));
     m_scene->castButtonView->setActive(imageName == "castingActive");
+}
+
+void QtDashboardView::setFileUploadViewImage(const std::string& imageName)
+{
+    m_scene->fileUploadView->setImageName(QString::fromStdString(imageName));
+}
+
+void QtDashboardView::setUploadArrowImage(const std::string& imageName)
+{
+    m_scene->uploadArrowImage->setImageName(QString::fromStdString(imageName));
+}
+
+void QtDashboardView::showUploads(const std::vector<UploadLine>& lines)
+{
+    QStringList texts;
+    for (const UploadLine& line : lines)
+        texts += QString::fromStdString(line.text());
+    m_scene->uploadProgressLabel->setText(texts.join('\n'));
+    m_scene->uploadProgressLabel->setHidden(lines.empty());
+}
+
+/// The label's name says what was announced last, not every percent.
+void QtDashboardView::announcePolitely(const std::string& text)
+{
+    m_scene->uploadProgressLabel->setAccessibleName(QString::fromStdString(text));
 }
 
 void QtDashboardView::presentDevicesList(DevicesListViewController&)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dashboard/DashboardView.h"
+#include "platform/Alerts.h"
 #include "platform/Log.h"
 #include "views/ITSwitch.h"
 #include "views/qt/ColoredView.h"
@@ -22,7 +23,7 @@ class QtDashboardView : public ColoredView, public DashboardView {
     Q_OBJECT
 
 public:
-    explicit QtDashboardView(SystemLog& log, QWidget* parent = nullptr);
+    QtDashboardView(Alerts& alerts, SystemLog& log, QWidget* parent = nullptr);
     ~QtDashboardView() override;
 
     /// The list that its controller works; it exists from the start, its popover from the first opening on.
@@ -31,9 +32,14 @@ public:
     void setHidden(Pane pane, bool hidden) override;
     void setDeviceStatus(const std::string& text) override;
     void setCastButtonImage(const std::string& imageName) override;
+    void setFileUploadViewImage(const std::string& imageName) override;
+    void setUploadArrowImage(const std::string& imageName) override;
+    DragDropView& fileUploadView() override { return m_fileUploadView; }
     ITSwitch& wirelessTouchSwitch() override { return m_wirelessTouchSwitch; }
     void presentDevicesList(DevicesListViewController& controller) override;
     void presentSettings(RelaySettingsViewController& controller) override;
+    void showUploads(const std::vector<UploadLine>& lines) override;
+    void announcePolitely(const std::string& text) override;
 
 Q_SIGNALS:
     void devicesListIconClicked();
@@ -49,6 +55,7 @@ private:
 
     std::unique_ptr<Ui::DashboardScene> m_scene;
     ITSwitch m_wirelessTouchSwitch;
+    DragDropView m_fileUploadView;
     QtDevicesListView* m_devicesListView = nullptr;
     QtSettingsView* m_settingsView = nullptr;
     Popover* m_devicesPopover = nullptr;

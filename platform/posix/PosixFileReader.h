@@ -1,0 +1,17 @@
+#pragma once
+
+#include "platform/FileReader.h"
+
+namespace companion {
+
+/// Reads regular files with one read of the disk and no second copy in memory. A file is as long as it was when it was
+/// opened: what is appended meanwhile is left out, and one that shrinks ends where it ends.
+class PosixFileReader : public FileReader {
+public:
+    FileBytes readFile(const std::string& path) override;
+};
+
+/// Whether there is a regular file at `path` that this process may read, which it is not made to do. Any thread.
+bool isReadableFile(const std::string& path);
+
+} // namespace companion

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/Application.h"
+
+class QWidget;
+
+namespace companion {
+
+/// Brings the main window to the front, as far as the window manager lets it.
+class QtApplicationActivation : public Application {
+public:
+    /// The window must outlive the activation.
+    explicit QtApplicationActivation(QWidget& mainWindow);
+
+    void activateIgnoringOtherApps() override;
+
+private:
+    QWidget& m_mainWindow;
+};
+
+} // namespace companion

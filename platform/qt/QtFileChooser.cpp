@@ -1,0 +1,80 @@
+#include "platform/qt/QtFileChooser.h"
+
+#include "platform/qt/ActiveWindow.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QPointer>
+#include <QStandardPaths>
+
+namespace companion {
+
+namespace {
+
+QString pathOf(UserFolder folder)
+{
+    switch (folder) {
+    case UserFolder::downloads:
+        break;
+    }
+    const QString downloads = QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
+    return QDir(downloads).exists() ? downloads : QDir::homePath();
+}
+
+/// "*.png"
+QStringList patternsFor(const std::vector<std::string>& fileTypes)
+{
+    QStringList patterns;
+    for (const std::string& type : fileTypes)
+        patterns += "*." + QString::fromStdString(type);
+    return patterns;
+}
+
+bool canBeChosen(const QFileInfo& file, const QStringList& patterns)
+{
+    return file.isFile() && file.isReadable() && QDir::match(patterns, file.fileName());
+}
+
+std::optional<QString> chosenFile(QFileDialog& dialog)
+{
+    const QList<QUrl> urls = dialog.selectedUrls();
+    if (urls.size() != 1 || !urls.constFirst().isLocalFile())
+        return std::nullopt;
+    return urls.constFirst().toLocalFile();
+}
+
+} // namespace
+
+QtFileChooser::QtFileChooser(QtMainQueue& mainQueue, SystemLog& log)
+    : m_mainQueue(mainQueue)
+    , m_log(log)
+{
+}
+
+std::optional<FileUrl> QtFileChooser::runOpenPanel(
+    const std::vector<std::string>& allowedFileTypes, UserFolder startingFolder)
+{
+    const QtMainQueue::Blocker blocker(m_mainQueue);
+    const QStringList patterns = patternsFor(allowedFileTypes);
+    // The window that it belongs to may be destroyed, and the dialog with it, while it is open.
+    const QPointer<QFileDialog> dialog =
+        new QFileDialog(windowForDialogs(), QStringLiteral("Upload a file"), pathOf(startingFolder));
+    dialog->setAcceptMode(QFileDialog::AcceptOpen);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setNameFilter("Files for the panel (" + patterns.join(' ') + ")");
+    const bool isConfirmed = dialog->exec() == QDialog::Accepted && dialog;
+    const std::optional<QString> path = isConfirmed ? chosenFile(*dialog) : std::nullopt;
+    delete dialog;
+
+    if (!isConfirmed)
+        return std::nullopt;
+    if (!path || !canBeChosen(QFileInfo(*path), patterns)) {
+        m_log.log("The chosen file cannot be read or is of another type");
+        return std::nullopt;
+    }
+    return FileUrl::fromPath(QFile::encodeName(*path).toStdString());
+}
+
+} // namespace companion

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/FileChooser.h"
+#include "platform/Log.h"
+#include "platform/qt/QtMainQueue.h"
+
+namespace companion {
+
+/// The desktop's own file dialog where there is one, Qt's otherwise.
+class QtFileChooser : public FileChooser {
+public:
+    /// Both must outlive the chooser; `mainQueue` stands still while the dialog is open.
+    QtFileChooser(QtMainQueue& mainQueue, SystemLog& log);
+
+    /// A choice that is no readable file, or that was typed in and is of another type, counts as none and is logged.
+    std::optional<FileUrl> runOpenPanel(
+        const std::vector<std::string>& allowedFileTypes, UserFolder startingFolder) override;
+
+private:
+    QtMainQueue& m_mainQueue;
+    SystemLog& m_log;
+};
+
+} // namespace companion
