@@ -58,7 +58,7 @@ discovery        platform
 views            platform
 dashboard        platform panel touchback discovery views
 platform/avahi   platform
-platform/curl    platform
+platform/curl    platform platform/posix
 platform/posix   platform
 platform/qt      platform
 platform/wayland platform
