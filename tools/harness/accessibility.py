@@ -16,6 +16,7 @@ class Element:
 
     def __init__(self, accessible):
         self._accessible = accessible
+        self._press_action = None  # asked for once: a press costs one question then
 
     def _ask(self, question, otherwise=None):
         try:
@@ -62,12 +63,11 @@ class Element:
 
     def press(self):
         """The first of the actions that stand for a press; returns before what it opens is closed."""
-        actions = [self._ask(lambda a, i=i: a.get_action_name(i), "") for i in range(
-            self._ask(lambda a: a.get_n_actions(), 0))]
-        for wanted in ("Press", "Toggle"):
-            if wanted in actions:
-                return bool(self._ask(lambda a: a.do_action(actions.index(wanted))))
-        return False
+        if self._press_action is None:
+            count = self._ask(lambda a: a.get_n_actions(), 0)
+            actions = [self._ask(lambda a, i=i: a.get_action_name(i), "") for i in range(count)]
+            self._press_action = next((actions.index(name) for name in ("Press", "Toggle") if name in actions), None)
+        return self._press_action is not None and bool(self._ask(lambda a: a.do_action(self._press_action)))
 
 
 class Program:

@@ -53,7 +53,7 @@ class Desktop:
         return int(place["x"]), int(place["y"])
 
     def click(self, x, y):
-        subprocess.run(["xdotool", "mousemove", "--sync", str(x), str(y), "click", "1"], check=False, timeout=5,
+        subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True, timeout=5,
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
     def screenshot(self, file):

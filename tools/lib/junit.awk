@@ -25,7 +25,7 @@ function finish() {
 
 /^\t<testcase / {
     finish()
-    name = attribute("name"); status = attribute("status")
+    name = attribute("name"); sub(/ +# GetParam\(\) = .*/, "", name); status = attribute("status")
     reason = ""; problem = "no assertion failed: it crashed or took too long"; said_skipped = 0; reason_follows = 0
     next
 }

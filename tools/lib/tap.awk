@@ -9,6 +9,7 @@ function finish() {
 }
 
 /^1\.\.[0-9]+/ { planned = substr($0, 4) + 0; has_plan = 1 }
+/^1\.\.0 # [Ss][Kk][Ii][Pp]/ { all_skipped = substr($0, 12) }
 /^(not )?ok( |$)/ {
     finish()
     count++
@@ -26,6 +27,7 @@ function finish() {
 /^# / && status == "failed" && reason == "" { reason = substr($0, 3) }
 END {
     finish()
-    if (!bailed && !has_plan) print "failed\t(ended early)\tit did not tell how many tests it has"
+    if (all_skipped != "") print "skipped\t(all)\t" all_skipped
+    else if (!bailed && !has_plan) print "failed\t(ended early)\tit did not tell how many tests it has"
     else if (!bailed && planned != count) print "failed\t(ended early)\t" count + 0 " of " planned " tests were run"
 }

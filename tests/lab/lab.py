@@ -1,0 +1,83 @@
+"""Two hosts on one computer: the computer, which is where this script runs, and a panel in a network of its own, joined
+by a cable whose ends are both called "en0". Each has its own system bus and its own mDNS daemon.
+
+Where networks of one's own are not allowed there is one host with both roles on the loopback."""
+
+import os
+import pathlib
+
+from harness import mdns, network
+from harness.companion import Companion
+from harness.desktop import Desktop
+from harness.panel import Panel
+from harness.processes import Failure, NetworkNamespace, Processes
+
+COMPUTER_ADDRESS = "10.31.7.5"
+PANEL_ADDRESS = "10.31.7.20"
+
+
+class Lab:
+    def __init__(self, programs, folder):
+        self.programs, self.folder = pathlib.Path(programs), pathlib.Path(folder)
+        self.processes = Processes(self.folder)
+        self.has_two_hosts = os.environ.get("PANEL_COMPANION_ISOLATION", "none") != "none"
+        self.panel_network = None
+        self.computer_address = self.panel_address = "127.0.0.1"
+        self.has_mdns = True
+        network.loopback_up()
+        if self.has_two_hosts:
+            self._lay_cable()
+        self._start_mdns()
+        self.desktop = Desktop(self.processes)
+        self._own = self.processes.started()
+
+    def _lay_cable(self):
+        self.computer_address, self.panel_address = COMPUTER_ADDRESS, PANEL_ADDRESS
+        self.panel_network = NetworkNamespace()
+        self.ip("link", "add", "en0", "type", "veth", "peer", "name", "en0", "netns", self.panel_network.path)
+        for host, address in ((None, self.computer_address), (self.panel_network, self.panel_address)):
+            self.ip("link", "set", "lo", "up", host=host)
+            self.ip("link", "set", "en0", "up", host=host)
+            self.ip("address", "add", f"{address}/24", "dev", "en0", host=host)
+
+    def _start_mdns(self):
+        interface = "en0" if self.has_two_hosts else "lo"
+        try:
+            self.bus = self.panel_bus = mdns.SystemBus(self.processes, self.folder, "computer")
+            self.avahi = mdns.AvahiDaemon(self.processes, self.folder, self.bus, interface, "computer")
+            if self.has_two_hosts:
+                self.panel_bus = mdns.SystemBus(self.processes, self.folder, "panel")
+                self.panel_avahi = mdns.AvahiDaemon(
+                    self.processes, self.folder, self.panel_bus, interface, "panel", self.panel_network)
+        except Failure:
+            self.has_mdns = False
+        os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = self.bus.address
+
+    def ip(self, *arguments, host=None):
+        """The ip command on the computer, or on `host`."""
+        return self.processes.run(["ip", *arguments], namespace=host)
+
+    def plug(self, is_in):
+        """Pulls the cable at the panel's end, or puts it in."""
+        self.ip("link", "set", "en0", "up" if is_in else "down", host=self.panel_network)
+
+    def start_panel(self, name="Room 204", **options):
+        return Panel(self.processes, self.programs / "panel-simulator", self.panel_address, name=name,
+                     namespace=self.panel_network,
+                     environment={"DBUS_SYSTEM_BUS_ADDRESS": self.panel_bus.address},
+                     arguments=[] if self.has_mdns else ["--no-announce"], **options)
+
+    def start_companion(self, panel=None):
+        """Without mDNS the application is told of the panel."""
+        options = [] if self.has_mdns or panel is None else ["--panel", panel.service_name]
+        return Companion(self.processes, self.desktop, self.programs / "panel-companion", options)
+
+    def end_programs(self):
+        """Ends the panels, the application and what else a scenario has started; the lab itself stays."""
+        if self.has_two_hosts:
+            self.plug(True)
+        keep = list(self._own)
+        if self.has_mdns:
+            self.avahi.start()
+            keep.append(self.avahi.process)
+        self.processes.end(keep)

@@ -1,0 +1,295 @@
+#!/usr/bin/python3
+"""Sessions across two hosts, as a user meets them: window, panel, mDNS, HTTP, UDP and X server are all real.
+Tells its results in the Test Anything Protocol."""
+
+import argparse
+import pathlib
+import re
+import socket
+import statistics
+import sys
+import time
+
+sys.path[:0] = [str(pathlib.Path(__file__).resolve().parents[2] / "tools"), str(pathlib.Path(__file__).resolve().parent)]
+from announcer import Announcer  # noqa: E402
+from harness.panel import panel_coordinate  # noqa: E402
+from harness.processes import Failure, wait_until  # noqa: E402
+from harness.report import Report  # noqa: E402
+from lab import Lab  # noqa: E402
+
+
+class Skip(Exception):
+    """A scenario that this computer does not allow; the text says why."""
+
+
+def touch(lab, panel, word, x, y):
+    panel.touch(f"{word} {panel_coordinate(x, lab.desktop.width)} {panel_coordinate(y, lab.desktop.height)}")
+
+
+def expect_pointer(lab, x, y):
+    try:
+        wait_until(lambda: lab.desktop.pointer() == (x, y), "the pointer", 3)
+    except Failure:
+        raise Failure("the pointer is at {},{}, not {},{}".format(*lab.desktop.pointer(), x, y)) from None
+
+
+def expect_touches_work(lab, panel, x, y):
+    """A press and release at a place of the desktop where nothing is."""
+    for word in ("DOWN", "MOVE", "UP"):
+        touch(lab, panel, word, x, y)
+    expect_pointer(lab, x, y)
+
+
+def expect(condition, problem):
+    if not condition:
+        raise Failure(problem)
+
+
+def needs_two_hosts(lab):
+    if not lab.has_two_hosts:
+        raise Skip("this computer does not allow networks of one's own")
+
+
+def needs_mdns(lab):
+    if not lab.has_mdns:
+        raise Skip("avahi-daemon cannot run here")
+
+
+def whole_session(lab):
+    panel = lab.start_panel()
+    companion = lab.start_companion(panel)
+    expect(companion.pair(panel) == f"Paired to {panel.hex}", "another status")
+    expect(panel.touch_enabled_at() is None, "pairing alone asked the panel for touches")
+
+    companion.start_casting()
+    started = time.time()
+    wait_until(lambda: panel.touch_enabled_at() == lab.computer_address, "the panel is asked for touches")
+    expect(panel.state()["touchTarget"]["isHDMI"] is False, "casting was announced as a cable session")
+    expect(companion.is_casting(), "the cast button does not tell that it is casting")
+    for x, y in ((7, 11), (1203, 97), (651, 743), (1359, 761)):
+        expect_touches_work(lab, panel, x, y)
+
+    wait_until(lambda: len(panel.ping_times()) >= 4, "four heartbeats", 20)
+    times = panel.ping_times()
+    gaps = [later - earlier for earlier, later in zip([started, *times], times)]
+    expect(all(3.8 < gap < 4.2 for gap in gaps), f"heartbeats after {['%.2f' % gap for gap in gaps]} s")
+    expect(panel.state()["pings"]["lastIp"] == lab.computer_address, "the heartbeat names another address")
+
+    companion.stop_casting()
+    wait_until(lambda: panel.touch_enabled_at() is None, "the panel is told to stop")
+    count = len(panel.ping_times())
+    time.sleep(4.5)
+    expect(len(panel.ping_times()) == count, "heartbeats go on after the stop")
+    companion.expect_alive()
+
+
+def expect_paired_again(companion, panel):
+    """After a session that the panel ended: what the user sees, and that the panel was not told to stop."""
+    wait_until(lambda: not companion.is_casting(), "the end of casting", 6)
+    companion.window.find("check box", "Wireless touch")
+    companion.window.find("label", f"Paired to {panel.hex}")
+    expect(panel.touch_enabled_at() is not None, "the panel was told to stop, though it was it that ended the session")
+
+
+def panel_says_casting_is_off(lab):
+    panel = lab.start_panel()
+    companion = lab.start_companion(panel)
+    companion.pair(panel)
+    companion.start_casting()
+    panel.reply("cast-off")
+    expect_paired_again(companion, panel)
+    time.sleep(0.5)
+    expect(not companion.window.is_showing("alert|dialog"), "an alert where silence is the rule")
+    companion.expect_alive()
+
+
+def panel_says_it_is_busy(lab):
+    panel = lab.start_panel()
+    companion = lab.start_companion(panel)
+    companion.pair(panel)
+    companion.start_casting()
+    panel.reply("busy")
+    companion.expect_alert("Device busy", 6)
+    companion.window.dismiss_alert()
+    expect_paired_again(companion, panel)
+    companion.expect_alive()
+
+
+def second_failure_ends_the_session(lab):
+    panel = lab.start_panel()
+    companion = lab.start_companion(panel)
+    companion.pair(panel)
+    companion.start_casting()
+    panel.reply("status 500")
+    wait_until(lambda: len(panel.ping_times()) == 1, "the first heartbeat", 6)
+    panel.reply("ok")
+    wait_until(lambda: len(panel.ping_times()) == 2, "the second heartbeat", 6)
+    expect(companion.is_casting(), "one failure ended the session")
+    panel.reply("status 204")
+    companion.expect_alert("Network error", 6)
+    companion.window.dismiss_alert()
+    expect_paired_again(companion, panel)
+    companion.expect_alive()
+
+
+def cable_mode(lab):
+    panel = lab.start_panel()
+    companion = lab.start_companion(panel)
+    companion.pair(panel)
+    switch = companion.window.find("check box", "Wireless touch")
+    switch.press()
+    wait_until(lambda: panel.touch_enabled_at() == lab.computer_address, "the panel is asked for touches")
+    expect(panel.state()["touchTarget"]["isHDMI"] is True, "the request does not say that a cable is used")
+    wait_until(lambda: switch.has("checked"), "the switch tells that it is on")
+    expect(not companion.window.is_showing(name="Cast"), "casting is offered in the cable mode")
+    expect_touches_work(lab, panel, 1199, 103)
+    wait_until(lambda: panel.ping_times(), "the heartbeat", 6)
+
+    switch.press()
+    wait_until(lambda: panel.touch_enabled_at() is None, "the panel is told to stop")
+    expect(panel.state()["touchTarget"]["isHDMI"] is True, "the request to stop does not say that a cable is used")
+    companion.window.find(name="Cast")
+    companion.expect_alive()
+
+
+def mdns_daemon_restarts(lab):
+    needs_mdns(lab)
+    first = lab.start_panel("Before")
+    companion = lab.start_companion()
+    companion.wait_for_row("Before")
+    lab.avahi.stop()
+    with Announcer(lab.panel_bus) as announcer:
+        if lab.has_two_hosts:  # the panel's own daemon runs on
+            announcer.announce("Tandem 5|Meanwhile|0A1F0799")
+        first.process.end()
+        time.sleep(1)
+        companion.expect_alive()
+        lab.avahi.start()
+        if not lab.has_two_hosts:
+            announcer.announce("Tandem 5|Meanwhile|0A1F0799")
+        companion.wait_for_row("Meanwhile", 20)
+        wait_until(lambda: companion.row("Before") is None, "the panel that has gone leaves the list", 20)
+    wait_until(lambda: companion.row("Meanwhile") is None, "the second panel leaves the list", 20)
+    companion.expect_alive()
+
+
+def cable_is_pulled(lab):
+    needs_two_hosts(lab)
+    panel = lab.start_panel()
+    companion = lab.start_companion(panel)
+    companion.pair(panel)
+    companion.start_casting()
+    wait_until(lambda: panel.ping_times(), "the heartbeat", 6)
+    expect_touches_work(lab, panel, 1187, 109)
+
+    lab.plug(False)
+    time.sleep(9)  # two heartbeats go astray; requests that get no answer at all are no failures
+    companion.expect_alive()
+    expect(companion.is_casting(), "a pulled cable ended the session")
+    expect(not companion.window.is_showing("alert|dialog"), "a pulled cable opened an alert")
+
+    before = time.time()
+    lab.plug(True)
+    wait_until(lambda: panel.ping_times()[-1] > before, "a heartbeat once the cable is in again", 15)
+    expect_touches_work(lab, panel, 83, 731)
+    companion.stop_casting()
+    wait_until(lambda: panel.touch_enabled_at() is None, "the panel is told to stop")
+
+
+def thousand_panels(lab):
+    needs_mdns(lab)
+    companion = lab.start_companion()
+    panels = companion.open_list()
+    with Announcer(lab.panel_bus) as announcer:
+        announcer.announce(*(f"Meridian 65|Room {number}|0A20{number:04X}" for number in range(1000)))
+        wait_until(lambda: panels.child_count() >= 1000, "1,000 rows", 60, 0.5)
+        row = companion.row("Room ")
+        found = re.search(r"Room (\d+)", row.name)
+        lab.desktop.click(*row.center())
+        companion.window.find("label", f"Paired to 0A20{int(found.group(1)):04X}", 5)
+    companion.expect_alive()
+
+
+NONSENSE = [b"", b";", b",", b"DOWN", b"DOWN,1", b"JUMP,1,2,3;", b"DOWN,nan,inf,0;", b"DOWN,1e400,2,3;", b"\xff\xfe\x00",
+            b"MOVE,9223372036854775808,-9223372036854775808,0;", b"UP,,,;", b"x" * 65507, b"MOVE," + b"9" * 4000 + b",1,2;"]
+
+
+def flood_on_the_touch_port(lab):
+    panel = lab.start_panel()
+    companion = lab.start_companion(panel)
+    companion.pair(panel)
+    companion.start_casting()
+    wait_until(lambda: panel.touch_enabled_at(), "the panel is asked for touches")
+    time.sleep(1)
+    devices, panels = companion.window.find(name="Devices"), companion.open_list()
+    memory = companion.memory()
+    flooder = lab.processes.start(
+        ["/usr/bin/python3", pathlib.Path(__file__).with_name("flood.py"), lab.computer_address], name="flood",
+        namespace=lab.panel_network)
+    time.sleep(1)
+    answers = []
+    while len(answers) < 9:
+        opens = len(answers) % 2 == 1  # it is open at first
+        started = time.monotonic()
+        devices.press()
+        wait_until(lambda: panels.has("showing") == opens, "an answer to a click", 10, 0.002)
+        answers.append(time.monotonic() - started)
+        time.sleep(0.3)
+    expect(flooder.running(), f"the flood ended early: {flooder.output()}")
+    flooder.end()
+    grown = companion.memory() - memory
+    with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as sender:
+        for datagram in NONSENSE:
+            sender.sendto(datagram, (lab.computer_address, 41863))
+    expect_touches_work(lab, panel, 1193, 113)
+    companion.expect_alive()
+    usual = statistics.median(answers)
+    expect(usual <= 0.2, f"clicks are answered after {['%.3f' % answer for answer in answers]} s")
+    return f"clicks answered within {usual * 1000:.0f} ms (median), {max(answers) * 1000:.0f} ms (longest); " \
+        f"memory grew by {grown / 2**20:.1f} MiB"
+
+
+SCENARIOS = [
+    ("a whole session: found, paired, touched, heartbeat every 4 s, stopped", whole_session),
+    ("a panel that says casting is off ends the session silently", panel_says_casting_is_off),
+    ("a panel that says it is busy ends the session with an alert", panel_says_it_is_busy),
+    ("the second failed heartbeat ends the session, not the first", second_failure_ends_the_session),
+    ("the wireless switch works a panel on a cable", cable_mode),
+    ("panels come and go while the mDNS daemon restarts", mdns_daemon_restarts),
+    ("a session survives a pulled cable", cable_is_pulled),
+    ("1,000 announced panels are listed, and one is paired", thousand_panels),
+    ("a flood and nonsense on the touch port leave the window usable", flood_on_the_touch_port),
+]
+
+
+def play(lab, name, scenario, report):
+    try:
+        report.passed(name, scenario(lab) or "")
+    except Skip as reason:
+        report.skipped(name, reason)
+    except Exception as problem:  # pylint: disable=broad-except  # whatever it is, the scenario did not go through
+        lab.desktop.screenshot(lab.folder / f"{scenario.__name__}.png")
+        report.failed(name, problem if isinstance(problem, Failure) else repr(problem))
+    finally:
+        lab.end_programs()
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--programs", required=True, type=pathlib.Path, help="the folder of the built programs")
+    parser.add_argument("--output", required=True, type=pathlib.Path, help="for screenshots and logs")
+    parser.add_argument("filter", nargs="?", default="", help="a regular expression for names of scenarios")
+    arguments = parser.parse_args()
+
+    report = Report(as_tap=True)
+    lab = Lab(arguments.programs, arguments.output)
+    if not lab.has_two_hosts:
+        report.skipped("two hosts", "this computer does not allow networks of one's own; one host plays both roles")
+    for name, scenario in SCENARIOS:
+        if re.search(arguments.filter, f"{name} {scenario.__name__}"):
+            play(lab, name, scenario, report)
+    lab.processes.end()
+    return report.end()
+
+
+sys.exit(main())
