@@ -1,7 +1,7 @@
 #pragma once
 
 #include "dashboard/DashboardDependencies.h"
-#include "dashboard/FileTypes.h"
+#include "panel/FileTypes.h"
 #include "panel/HDMITouchBack.h"
 #include "touchback/MouseSimulate.h"
 #include "touchback/TouchMessage.h"

@@ -1,4 +1,4 @@
-#include "dashboard/FileTypes.h"
+#include "panel/FileTypes.h"
 
 #include <gtest/gtest.h>
 
