@@ -14,8 +14,8 @@ namespace companion {
 struct Options {
     std::optional<std::string> interfaceName;
     std::optional<std::string> screenName;
-    std::vector<std::string>
-        panels; ///< Each "model|name|hexaddress", to be listed as if it had been announced.
+    /// Each "model|name|hexaddress", to be listed as if it had been announced.
+    std::vector<std::string> panels;
     TouchSource touchFrom = TouchSource::any;
 };
 

@@ -23,14 +23,11 @@ struct DashboardViewController::AlertText {
 
 const DashboardViewController::AlertText DashboardViewController::startAlert{"Touchback is enabled now.",
     "To mirror the screen, please go to the AirPlay option on the top menu bar and select the required "
-    "AirPlay "
-    "display device.\n\nNOTE: Make sure the screen calibration is done and your mac and device are on the "
-    "same "
-    "network."};
+    "AirPlay display device.\n\nNOTE: Make sure the screen calibration is done and your mac and device are on "
+    "the same network."};
 const DashboardViewController::AlertText DashboardViewController::stopAlert{"Touchback is disabled now.",
-    "If screen mirroring is ON and you don't need it anymore, please go to the AirPlay option on the top "
-    "menu bar "
-    "and select 'Stop AirPlay'."};
+    "If screen mirroring is ON and you don't need it anymore, please go to the AirPlay option on the top menu "
+    "bar and select 'Stop AirPlay'."};
 const DashboardViewController::AlertText DashboardViewController::networkAlert{
     "Network error", "Touchback is disabled. Please check your network connection and then retry."};
 const DashboardViewController::AlertText DashboardViewController::busyAlert{

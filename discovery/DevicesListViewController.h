@@ -106,8 +106,8 @@ private:
     std::string m_title;
 
     std::unique_ptr<ServiceBrowser> m_browser;
-    std::vector<std::shared_ptr<Service>>
-        m_services; // found and not yet removed; holding them keeps them resolving
+    // found and not yet removed; holding them keeps them resolving
+    std::vector<std::shared_ptr<Service>> m_services;
 
     // Parallel as long as no two listed panels share a display name, since removal is by value.
     std::vector<std::string> m_relayDeviceNames;

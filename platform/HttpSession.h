@@ -35,13 +35,13 @@ using HttpProgress = std::function<void(std::uint64_t sent, std::uint64_t total)
 struct HttpRequest {
     Url url;
     std::string method = "GET";
-    std::vector<HttpHeader>
-        headers; ///< In sending order. Framing is the session's: its own "Content-Length" replaces one given here.
+    /// In sending order. Framing is the session's: the body's real length replaces a "Content-Length" given here.
+    std::vector<HttpHeader> headers;
     std::optional<HttpBody> body;
     CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
-    std::chrono::milliseconds timeout =
-        std::chrono::seconds(60); ///< Idle time: nothing sent or received for so long.
-    HttpProgress progress;        ///< May be empty.
+    /// Idle time: nothing sent or received for so long.
+    std::chrono::milliseconds timeout = std::chrono::seconds(60);
+    HttpProgress progress; ///< May be empty.
 };
 
 /// What answered: an HTTP response has a status, anything else has none.

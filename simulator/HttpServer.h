@@ -40,8 +40,8 @@ private:
 /// A body that is made while it is sent.
 struct GeneratedBody {
     std::optional<std::uint64_t> promised; ///< its Content-Length; nothing: chunked
-    std::optional<std::uint64_t>
-        given; ///< what comes before the connection breaks off; nothing: it never ends
+    /// What comes before the connection breaks off; nothing: it never ends
+    std::optional<std::uint64_t> given;
 };
 
 struct Answer {

@@ -104,8 +104,8 @@ private:
 
     QHash<QString, std::shared_ptr<AvahiObject::State>> m_objects; ///< by path
     int m_unanswered = 0;                                          ///< objects whose path is not known yet
-    QHash<QString, QList<QDBusMessage>>
-        m_early; ///< signals that came before the path of their object, by path
+    /// Signals that came before the path of their object, by path
+    QHash<QString, QList<QDBusMessage>> m_early;
 };
 
 } // namespace companion

@@ -39,8 +39,8 @@ private:
     void waitForEvents();
 
     SystemLog& m_log;
-    void* m_multi =
-        nullptr; ///< libcurl's handle; but for the wake-up the thread's alone, as are the running ones.
+    /// Libcurl's handle; but for the wake-up the thread's alone, as are the running ones.
+    void* m_multi = nullptr;
     Transfers m_running;
 
     std::mutex m_mutex;
