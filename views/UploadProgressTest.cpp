@@ -235,6 +235,23 @@ TEST_F(UploadProgressTest, ReportMayOutliveTheProgress)
     EXPECT_EQ(shown(), "");
 }
 
+TEST_F(UploadProgressTest, ViewIsLeftAloneEvenWhileAReportStillHoldsTheLines)
+{
+    bool isOver = false;
+    progress = std::make_unique<UploadProgress>(queue, view, [&] {
+        if (isOver) { // in the middle of a report
+            progress.reset();
+            queue.runPending();
+        }
+        return now;
+    });
+    const auto report = begin("a.png");
+    report->sent(10, 100);
+    isOver = true;
+    report->sent(20, 100);
+    EXPECT_EQ(shown(), "");
+}
+
 TEST_F(UploadProgressTest, ReportsComeFromAnotherThread)
 {
     const auto first = begin("a.png");
