@@ -11,12 +11,12 @@ DISABLED = "Touchback is disabled now."
 class Companion:
     """panel-companion on `desktop`, with its dashboard showing."""
 
-    def __init__(self, processes, desktop, program, options=(), environment=None):
+    def __init__(self, processes, desktop, program, options=(), environment=None, timeout=20.0):
         self._desktop = desktop
         self.process = processes.start([program, *options], name="panel-companion", environment=environment)
         from .accessibility import Program  # only where there is a desktop there is a bus for it
-        self.window = Program("Panel Companion")
-        self.window.find(name="Devices", timeout=10)
+        self.window = Program("Panel Companion", timeout)
+        self.window.find(name="Devices", timeout=timeout)
 
     def open_list(self):
         if not self.window.is_showing("list|table", "Panels"):

@@ -1,0 +1,56 @@
+"""The application as it is while a panel is in use: started, paired with a simulated panel on this computer by real
+clicks, and taking touches on UDP port 41863."""
+
+import os
+import pathlib
+import sys
+import tempfile
+import time
+
+sys.dont_write_bytecode = True  # nothing is left behind in the source tree
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
+from harness import network  # noqa: E402
+from harness.companion import Companion  # noqa: E402
+from harness.desktop import Desktop  # noqa: E402
+from harness.panel import Panel  # noqa: E402
+from harness.processes import Processes, wait_until  # noqa: E402,F401
+
+TOUCH_PORT = 41863
+
+
+def isolate():
+    """Starts this script anew in a network of its own, since ports 5000 and 41863 are fixed."""
+    if "PANEL_COMPANION_ISOLATION" not in os.environ:
+        launcher = pathlib.Path(__file__).resolve().parents[2] / "tools/lib/isolated.sh"
+        os.execv(launcher, [str(launcher), "/usr/bin/python3", *sys.argv])
+    network.loopback_up()
+
+
+class Session:
+    """`programs`: the folder of the built programs. `wrapper`: what stands before the application on its command
+    line; `timeout`: seconds that its start may take."""
+
+    def __init__(self, programs, environment=None, wrapper=(), timeout=20):
+        self.folder = pathlib.Path(tempfile.mkdtemp(prefix="panel-companion-bench."))
+        self.processes = Processes(self.folder)
+        self.desktop = Desktop(self.processes, 1280, 800)
+        self.panel = Panel(self.processes, programs / "panel-simulator", arguments=["--no-announce"])
+        command = [*wrapper, programs / "panel-companion", "--panel", self.panel.service_name]
+        self.companion = Companion(self.processes, self.desktop, command[0], command[1:], environment, timeout)
+        self.pid = self.companion.process.pid
+
+    def pair(self):
+        self.companion.pair(self.panel)
+
+    def switch_touch(self):
+        """Turns wireless touch on, or off again."""
+        self.desktop.click(*self.companion.window.find("check box", "Wireless touch").center())
+
+    def start_touch(self):
+        self.pair()
+        self.switch_touch()
+        wait_until(self.panel.touch_enabled_at, "the panel is asked for touches", 30)
+        time.sleep(1)  # the switch's animation is over
+
+    def end(self):
+        self.processes.end()
