@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QTemporaryDir>
 
@@ -126,6 +127,33 @@ TEST_F(QtFileChooserTest, FoldersFifosAndOtherTypesAreNoChoice)
         EXPECT_EQ(run(), std::nullopt) << path.toStdString();
     }
     EXPECT_EQ(m_shown, 3);
+}
+
+TEST_F(QtFileChooserTest, FileThatBecomesAFifoAsItIsChosenIsNoChoice)
+{
+    const QString path = makeFile("plan.pdf");
+    whenShown([&](QFileDialog& dialog) {
+        dialog.selectFile(path);
+        QObject::connect(&dialog, &QDialog::finished, [&] {
+            QFile::remove(path);
+            mkfifo(path.toUtf8().constData(), 0600);
+        });
+        QMetaObject::invokeMethod(&dialog, "accept");
+    });
+    EXPECT_EQ(run(), std::nullopt);
+    EXPECT_EQ(m_transcript.take(), "log The chosen file cannot be read or is of another type");
+}
+
+TEST_F(QtFileChooserTest, FileOfAnotherTypeIsNoChoiceEvenWhenItsNameIsTypedIn)
+{
+    makeFile("notes.txt");
+    whenShown([](QFileDialog& dialog) {
+        dialog.findChild<QLineEdit*>("fileNameEdit")->setText("notes.txt");
+        QMetaObject::invokeMethod(&dialog, "accept");
+        ASSERT_FALSE(dialog.isVisible()) << "the dialog itself lets it pass";
+    });
+    EXPECT_EQ(run(), std::nullopt);
+    EXPECT_EQ(m_transcript.take(), "log The chosen file cannot be read or is of another type");
 }
 
 TEST_F(QtFileChooserTest, JobsWaitUntilTheDialogIsClosed)
