@@ -9,7 +9,7 @@ function finish() {
 }
 
 /^1\.\.[0-9]+/ { planned = substr($0, 4) + 0; has_plan = 1 }
-/^1\.\.0 # [Ss][Kk][Ii][Pp]/ { all_skipped = substr($0, 12) }
+/^1\.\.0 # [Ss][Kk][Ii][Pp]/ { all_skipped = substr($0, 13) }
 /^(not )?ok( |$)/ {
     finish()
     count++
@@ -29,5 +29,6 @@ END {
     finish()
     if (all_skipped != "") print "skipped\t(all)\t" all_skipped
     else if (!bailed && !has_plan) print "failed\t(ended early)\tit did not tell how many tests it has"
+    else if (!bailed && !count) print "failed\t(ended early)\tit had nothing to run"
     else if (!bailed && planned != count) print "failed\t(ended early)\t" count + 0 " of " planned " tests were run"
 }
