@@ -10,8 +10,8 @@ namespace companion {
 
 namespace {
 
-/// A check box that can be pressed or toggled.
-class AccessibleSwitch : public QAccessibleWidget {
+/// A check box that can be pressed or toggled, and whose value is 0 or 1.
+class AccessibleSwitch : public QAccessibleWidget, public QAccessibleValueInterface {
 public:
     explicit AccessibleSwitch(ITSwitchWidget& widget)
         : QAccessibleWidget(&widget, QAccessible::CheckBox)
@@ -32,6 +32,27 @@ public:
         if (kind == QAccessible::Value && m_widget.model())
             return QString::number(m_widget.model()->accessibilityValue());
         return QAccessibleWidget::text(kind);
+    }
+
+    void* interface_cast(QAccessible::InterfaceType type) override
+    {
+        if (type == QAccessible::ValueInterface)
+            return static_cast<QAccessibleValueInterface*>(this);
+        return QAccessibleWidget::interface_cast(type);
+    }
+
+    QVariant currentValue() const override
+    {
+        return m_widget.model() ? m_widget.model()->accessibilityValue() : 0;
+    }
+    QVariant minimumValue() const override { return 0; }
+    QVariant maximumValue() const override { return 1; }
+    QVariant minimumStepSize() const override { return 1; }
+
+    void setCurrentValue(const QVariant& value) override
+    {
+        if (m_widget.isEnabled() && m_widget.model())
+            m_widget.model()->accessibilitySetValue(value.toBool());
     }
 
     QStringList actionNames() const override
@@ -76,9 +97,7 @@ public:
     {
         if (name != pressAction())
             QAccessibleWidget::doAction(name);
-        else if (
-            m_button
-                .isEnabled()) // queued: what it starts may be modal, and the caller must not wait for that
+        else if (m_button.isEnabled()) // what it starts may be modal, and the caller must not wait for that
             QMetaObject::invokeMethod(&m_button, &QAbstractButton::click, Qt::QueuedConnection);
     }
 

@@ -23,6 +23,8 @@ public:
         if (role != Qt::AccessibleTextRole && role != Qt::DisplayRole)
             return {};
         const DeviceTableCellView cell = cellAt(index.row());
+        if (cell.deviceNameLabel.isEmpty())
+            return cell.deviceIPLabel;
         return QStringLiteral("%1, %2").arg(cell.deviceNameLabel, cell.deviceIPLabel);
     }
 
@@ -82,9 +84,10 @@ namespace {
 
 class CellDelegate : public QStyledItemDelegate {
 public:
-    explicit CellDelegate(const DevicesTableModel& model, QObject* parent)
-        : QStyledItemDelegate(parent)
+    CellDelegate(const DevicesTableModel& model, DevicesTableView& table)
+        : QStyledItemDelegate(&table)
         , m_model(model)
+        , m_table(table)
     {
     }
 
@@ -97,14 +100,15 @@ public:
     {
         painter->save();
         painter->setLayoutDirection(option.direction);
+        const bool isCurrent = option.state & QStyle::State_HasFocus && m_table.isWorkedByKeyboard();
         m_model.cellAt(index.row())
-            .paint(*painter, option.rect, option.state & QStyle::State_MouseOver,
-                option.state & QStyle::State_HasFocus);
+            .paint(*painter, option.rect, option.state & QStyle::State_MouseOver, isCurrent);
         painter->restore();
     }
 
 private:
     const DevicesTableModel& m_model;
+    const DevicesTableView& m_table;
 };
 
 } // namespace
@@ -114,7 +118,7 @@ DevicesTableView::DevicesTableView(QWidget* parent)
     , m_model(std::make_unique<DevicesTableModel>())
 {
     setModel(m_model.get());
-    setItemDelegate(new CellDelegate(*m_model, this));
+    setItemDelegate(new CellDelegate(*m_model, *this));
     setUniformItemSizes(true); // without it a growing list costs quadratic time
     setSelectionMode(NoSelection);
     setFrameShape(NoFrame);
@@ -174,8 +178,29 @@ void DevicesTableView::mouseReleaseEvent(QMouseEvent* event)
     Q_EMIT rowClicked(index.row(), index.column());
 }
 
+void DevicesTableView::mousePressEvent(QMouseEvent* event)
+{
+    setWorkedByKeyboard(false);
+    QListView::mousePressEvent(event);
+}
+
+void DevicesTableView::focusInEvent(QFocusEvent* event)
+{
+    const bool isByKey = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+    if (isByKey)
+        setWorkedByKeyboard(true);
+    QListView::focusInEvent(event);
+}
+
+void DevicesTableView::setWorkedByKeyboard(bool isWorkedByKeyboard)
+{
+    m_isWorkedByKeyboard = isWorkedByKeyboard;
+    viewport()->update();
+}
+
 void DevicesTableView::keyPressEvent(QKeyEvent* event)
 {
+    setWorkedByKeyboard(true);
     const bool isPick =
         event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter || event->key() == Qt::Key_Space;
     if (!isPick)
@@ -187,9 +212,11 @@ void DevicesTableView::keyPressEvent(QKeyEvent* event)
 void DevicesTableView::paintEvent(QPaintEvent* event)
 {
     QListView::paintEvent(event);
-    if (m_model->rowCount() > 0 || m_placeholder.isEmpty())
+    if (m_model->rowCount() > 0)
         return;
     QPainter painter(viewport());
+    if (hasFocus() && m_isWorkedByKeyboard)
+        Theme::paintFocusRing(painter, viewport()->rect(), 8);
     painter.setPen(QColor(Theme::secondaryText));
     painter.setFont(Theme::font(Theme::FontFace::regular, 14));
     painter.drawText(

@@ -37,6 +37,9 @@ public:
     /// A friendly line for an empty list.
     void setPlaceholder(const QString& text);
 
+    /// Whether the user works the list with keys, and so has to see which row they are on.
+    bool isWorkedByKeyboard() const { return m_isWorkedByKeyboard; }
+
 Q_SIGNALS:
     /// A click or the Return key; both are -1 for the empty area below the rows.
     void rowClicked(int row, int column);
@@ -44,12 +47,17 @@ Q_SIGNALS:
 protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void focusInEvent(QFocusEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void setWorkedByKeyboard(bool isWorkedByKeyboard);
+
     std::unique_ptr<DevicesTableModel> m_model;
     QTimer m_reload;
     QString m_placeholder;
+    bool m_isWorkedByKeyboard = false;
 };
 
 } // namespace companion

@@ -43,6 +43,26 @@ QColor between(const QColor& from, const QColor& to, double progress)
         channel(from.blueF(), to.blueF()), channel(from.alphaF(), to.alphaF()));
 }
 
+void paintRounded(QPainter& painter, const QRectF& bounds, double cornerRadius, const QColor& color)
+{
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawRoundedRect(bounds, cornerRadius, cornerRadius);
+}
+
+/// Blurred in three steps, from half a radius within the shape to a whole one around it.
+void paintShadow(QPainter& painter, const QRectF& shape, double cornerRadius, const ITSwitch::Shadow& shadow)
+{
+    constexpr int steps = 3;
+    QColor color = toQColor(shadow.color);
+    color.setAlphaF(static_cast<float>(shadow.opacity / steps));
+    const QRectF cast = shape.translated(shadow.offset.width, -shadow.offset.height);
+    for (int step = 0; step < steps; ++step) {
+        const double spread = shadow.radius * (2.0 - 1.5 * step) / 2;
+        paintRounded(painter, cast.adjusted(-spread, -spread, spread, spread), cornerRadius + spread, color);
+    }
+}
+
 } // namespace
 
 ITSwitchWidget::ITSwitchWidget(QWidget* parent)
@@ -140,14 +160,11 @@ void ITSwitchWidget::paintEvent(QPaintEvent*)
     painter.setBrush(m_shown.trackFill);
     painter.drawRoundedRect(track, geometry.trackCornerRadius - half, geometry.trackCornerRadius - half);
 
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(QColor(0, 0, 0, 38)); // the knob's shadow falls downwards
-    painter.drawRoundedRect(
-        m_shown.knob.translated(0, 1.5), geometry.knobCornerRadius, geometry.knobCornerRadius);
-    painter.setBrush(Qt::white);
-    painter.drawRoundedRect(m_shown.knob, geometry.knobCornerRadius, geometry.knobCornerRadius);
-    painter.setBrush(m_shown.knobInside);
-    painter.drawRoundedRect(m_shown.knob, geometry.knobInsideCornerRadius, geometry.knobInsideCornerRadius);
+    paintShadow(painter, m_shown.knob, geometry.knobCornerRadius, ITSwitch::knobShadow);
+    paintRounded(painter, m_shown.knob, geometry.knobCornerRadius, toQColor(ITSwitch::knobColor));
+    paintShadow(painter, m_shown.knob, geometry.knobInsideCornerRadius, ITSwitch::knobInsideShadow);
+    paintRounded(painter, m_shown.knob, geometry.knobInsideCornerRadius, Qt::white); // what the inside covers
+    paintRounded(painter, m_shown.knob, geometry.knobInsideCornerRadius, m_shown.knobInside);
 }
 
 void ITSwitchWidget::resizeEvent(QResizeEvent*)

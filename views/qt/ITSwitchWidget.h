@@ -51,7 +51,7 @@ private:
     Appearance m_to;
     Appearance m_shown;
     TimingFunction m_timing;
-    QVariantAnimation m_animation;
+    QVariantAnimation m_animation{this};
     bool m_wasChecked = false;
 };
 

@@ -3,10 +3,12 @@
 #include "views/qt/Theme.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QKeyEvent>
 #include <QPainter>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <utility>
 
 namespace companion {
 
@@ -15,12 +17,21 @@ namespace {
 constexpr int arrowHeight = 10;
 constexpr int arrowHalfWidth = 11;
 constexpr int border = 1;
+constexpr int marginInWindow = 8;
+
+/// The part of `bounds` that a popover is kept in: the window's, unless that is too narrow.
+QRect horizontalBounds(const QRect& window, const QRect& screen, int width)
+{
+    const QRect inWindow = window.adjusted(marginInWindow, 0, -marginInWindow, 0) & screen;
+    return inWindow.width() >= width ? inWindow : screen;
+}
 
 } // namespace
 
 Popover::Popover(QWidget& anchor, QWidget& content)
     : QWidget(anchor.window(), Qt::Tool | Qt::FramelessWindowHint)
     , m_anchor(anchor)
+    , m_content(content)
 {
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(border, arrowHeight + border, border, border);
@@ -35,16 +46,26 @@ void Popover::present()
     }
     adjustSize();
     placeBelowAnchor();
+    focusContent();
     show();
     activateWindow();
+}
+
+/// Who works with the keyboard sees where it is; who opened the popover with the mouse needs no ring.
+void Popover::focusContent()
+{
+    const bool isByKeyboard = m_anchor.window()->testAttribute(Qt::WA_KeyboardFocusChange);
+    setAttribute(Qt::WA_KeyboardFocusChange, isByKeyboard);
+    m_content.setFocus(isByKeyboard ? Qt::TabFocusReason : Qt::PopupFocusReason);
 }
 
 void Popover::placeBelowAnchor()
 {
     const QPoint below = m_anchor.mapToGlobal(QPoint(m_anchor.width() / 2, m_anchor.height()));
-    const QRect screen = m_anchor.screen()->availableGeometry();
+    const QRect bounds =
+        horizontalBounds(m_anchor.window()->geometry(), m_anchor.screen()->availableGeometry(), width());
     const int left =
-        qBound(screen.left(), below.x() - width() / 2, qMax(screen.left(), screen.right() - width() + 1));
+        qBound(bounds.left(), below.x() - width() / 2, qMax(bounds.left(), bounds.right() - width() + 1));
     move(left, below.y());
     m_arrowX = qBound(2 * arrowHalfWidth, below.x() - left, width() - 2 * arrowHalfWidth);
     setMask(QRegion(outline()));
@@ -60,14 +81,45 @@ QPolygon Popover::outline() const
 
 bool Popover::eventFilter(QObject* watched, QEvent* event)
 {
-    const bool isUse = event->type() == QEvent::MouseButtonPress || event->type() == QEvent::KeyPress;
-    auto* widget = qobject_cast<QWidget*>(watched);
-    if (isUse && widget && widget != &m_anchor && widget->window() == m_anchor.window())
+    if (isUseOfAnchorsWindow(watched, *event))
         hide();
     const bool isMoved = event->type() == QEvent::Move || event->type() == QEvent::Resize;
     if (isMoved && watched == m_anchor.window())
         placeBelowAnchor();
     return QWidget::eventFilter(watched, event);
+}
+
+bool Popover::isUseOfAnchorsWindow(const QObject* watched, const QEvent& event)
+{
+    const auto* widget = qobject_cast<const QWidget*>(watched);
+    if (!widget || widget->window() != m_anchor.window())
+        return false;
+    switch (event.type()) {
+    case QEvent::MouseButtonPress:
+    case QEvent::KeyPress:
+        return widget != &m_anchor;
+    case QEvent::WindowActivate: // by its title bar, or by a way that leads to it without a click
+        return widget == m_anchor.window() && isActivatedByUser();
+    default:
+        return false;
+    }
+}
+
+/// A window becomes active as well when an alert is closed; and a click on the anchor says by itself what it is for.
+bool Popover::isActivatedByUser()
+{
+    if (std::exchange(m_wasUnderAlert, false) || QApplication::activeModalWidget())
+        return false;
+    return !m_anchor.rect().contains(m_anchor.mapFromGlobal(QCursor::pos()));
+}
+
+bool Popover::event(QEvent* event)
+{
+    if (event->type() == QEvent::WindowBlocked)
+        m_wasUnderAlert = true;
+    if (event->type() == QEvent::WindowActivate)
+        m_wasUnderAlert = false;
+    return QWidget::event(event);
 }
 
 void Popover::keyPressEvent(QKeyEvent* event)
@@ -83,7 +135,7 @@ void Popover::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.fillRect(rect(), Qt::white);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(QColor(0x8797a6), 2)); // half of it lies outside the mask
+    painter.setPen(QPen(QColor(Theme::outline), 2)); // half of it lies outside the mask
     painter.drawPolygon(outline());
 }
 
@@ -91,7 +143,7 @@ void Popover::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
     if (isVisible())
-        setMask(QRegion(outline()));
+        placeBelowAnchor();
 }
 
 void Popover::showEvent(QShowEvent* event)
@@ -103,6 +155,7 @@ void Popover::showEvent(QShowEvent* event)
 void Popover::hideEvent(QHideEvent* event)
 {
     qApp->removeEventFilter(this);
+    m_wasUnderAlert = false;
     QWidget::hideEvent(event);
 }
 

@@ -4,22 +4,27 @@
 
 namespace companion {
 
-/// A small window with an arrow to the control that it belongs to. It closes when the window of that control is used
-/// and stays open while the user works in other programs.
+/// A small window with an arrow to the control that it belongs to. It closes when the window of that control is used,
+/// its title bar included, and stays open while the user works in other programs.
 ///
 /// A frameless tool window: pop-up windows would grab the mouse, and are missing from the accessibility tree.
 class Popover : public QWidget {
     Q_OBJECT
 
 public:
-    /// `anchor` and `content` (which becomes a child) live as long as the popover.
+    /// `anchor` and `content` (which becomes a child) live as long as the popover. The content's focus proxy is the
+    /// control that the keyboard works first.
     Popover(QWidget& anchor, QWidget& content);
 
     /// Shows the popover below the anchor; when it is open already it closes, as a second click on the anchor means.
     void present();
 
+    /// Where the arrow points to, on the screen.
+    QPoint arrowTip() const { return mapToGlobal(QPoint(m_arrowX, 0)); }
+
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -27,11 +32,16 @@ protected:
     void hideEvent(QHideEvent* event) override;
 
 private:
+    bool isUseOfAnchorsWindow(const QObject* watched, const QEvent& event);
+    bool isActivatedByUser();
+    void focusContent();
     void placeBelowAnchor();
     QPolygon outline() const;
 
     QWidget& m_anchor;
+    QWidget& m_content;
     int m_arrowX = 0;
+    bool m_wasUnderAlert = false;
 };
 
 } // namespace companion

@@ -35,7 +35,7 @@ void QtDashboardView::style()
 {
     using Theme::FontFace;
     setBackgroundColor(Qt::white);
-    m_scene->castButtonView->setCornerRadius(m_scene->castButtonView->minimumWidth() / 2.0);
+    m_scene->castButtonView->makeRound();
     m_scene->castButtonView->setImageName("castingInactive");
     m_scene->fileUploadView->setStretched(true);
     m_scene->toolbarView->setBackgroundColor(QColor(52, 73, 94, qRound(0.25 * 255)));
@@ -82,6 +82,8 @@ QWidget& QtDashboardView::paneView(Pane pane) const
 void QtDashboardView::setHidden(Pane pane, bool hidden)
 {
     paneView(pane).setHidden(hidden);
+    if (pane == Pane::castButton)
+        m_scene->castCaptionLabel->setHidden(hidden);
 }
 
 void QtDashboardView::setDeviceStatus(const std::string& text)
@@ -94,7 +96,9 @@ void QtDashboardView::setDeviceStatus(const std::string& text)
 void QtDashboardView::setCastButtonImage(const std::string& imageName)
 {
     m_scene->castButtonView->setImageName(QString::fromStdString(imageName));
-    m_scene->castButtonView->setActive(imageName == "castingActive");
+    const bool isCasting = imageName == "castingActive";
+    m_scene->castButtonView->setActive(isCasting);
+    m_scene->castCaptionLabel->setText(isCasting ? tr("Stop casting") : tr("Start casting"));
 }
 
 void QtDashboardView::setFileUploadViewImage(const std::string& imageName)

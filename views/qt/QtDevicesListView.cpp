@@ -13,6 +13,7 @@ QtDevicesListView::QtDevicesListView(QWidget* parent)
     m_scene->setupUi(this);
     style();
     setFixedSize(size());
+    setFocusProxy(m_scene->devicesTableView);
     connect(m_scene->devicesTableView, &DevicesTableView::rowClicked, this, [this](int row, int column) {
         m_clickedRow = row;
         m_clickedColumn = column;

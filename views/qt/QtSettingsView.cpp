@@ -14,6 +14,7 @@ QtSettingsView::QtSettingsView(QWidget* parent)
     m_scene->setupUi(this);
     setBackgroundColor(Qt::white);
     setMinimumWidth(320);
+    setFocusProxy(m_scene->fpsButton);
 }
 
 QtSettingsView::~QtSettingsView() = default;

@@ -23,9 +23,9 @@ void RoundButton::setImageName(const QString& name)
     update();
 }
 
-void RoundButton::setCornerRadius(double radius)
+void RoundButton::makeRound()
 {
-    m_cornerRadius = radius;
+    m_cornerRadius = width() / 2.0;
     update();
 }
 
@@ -50,12 +50,11 @@ void RoundButton::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const double ring = Theme::focusRingWidth + Theme::focusRingGap;
-    const QRectF face = QRectF(rect()).adjusted(ring, ring, -ring, -ring);
-    if (hasFocus())
-        Theme::paintFocusRing(painter, rect(), m_cornerRadius);
     painter.setOpacity(isDown() ? 0.8 : underMouse() ? 0.92 : 1.0);
-    m_image.paint(painter, face);
+    m_image.paint(painter, rect());
+    painter.setOpacity(1);
+    if (hasFocus())
+        Theme::paintFocusRingOnDark(painter, rect(), m_cornerRadius);
 }
 
 void RoundButton::keyPressEvent(QKeyEvent* event)

@@ -10,7 +10,7 @@ namespace companion {
 class RoundButton : public QAbstractButton {
     Q_OBJECT
     Q_PROPERTY(QString imageName READ imageName WRITE setImageName)
-    Q_PROPERTY(double cornerRadius READ cornerRadius WRITE setCornerRadius)
+    Q_PROPERTY(double cornerRadius READ cornerRadius)
     Q_PROPERTY(bool active READ isActive WRITE setActive)
 
 public:
@@ -20,7 +20,9 @@ public:
     void setImageName(const QString& name);
 
     double cornerRadius() const { return m_cornerRadius; }
-    void setCornerRadius(double radius);
+
+    /// Half of the present width.
+    void makeRound();
 
     /// Whether what the button stands for is running; a screen reader tells it as "pressed".
     bool isActive() const { return m_isActive; }

@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QPalette>
 #include <QStyleFactory>
+#include <QToolTip>
 
 namespace companion::Theme {
 
@@ -46,6 +47,19 @@ QPalette lightPalette()
     palette.setColor(QPalette::Disabled, QPalette::WindowText, QColor(0x8797a6));
     palette.setColor(QPalette::Disabled, QPalette::Text, QColor(0x8797a6));
     return palette;
+}
+
+/// `inset` is that of the ring's middle line.
+void paintRing(
+    QPainter& painter, const QRectF& bounds, double cornerRadius, double inset, const QColor& color)
+{
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(color, focusRingWidth));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(
+        bounds.adjusted(inset, inset, -inset, -inset), cornerRadius - inset, cornerRadius - inset);
+    painter.restore();
 }
 
 // Buttons only: everything else is the palette's business.
@@ -97,20 +111,20 @@ void apply(QApplication& application)
 {
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QApplication::setPalette(lightPalette());
+    QToolTip::setPalette(lightPalette());
     QApplication::setFont(font(FontFace::regular, 14));
     application.setStyleSheet(QString::fromLatin1(styleSheet));
 }
 
 void paintFocusRing(QPainter& painter, const QRectF& bounds, double cornerRadius)
 {
-    const double inset = focusRingWidth / 2;
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(QColor(accent), focusRingWidth));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(
-        bounds.adjusted(inset, inset, -inset, -inset), cornerRadius - inset, cornerRadius - inset);
-    painter.restore();
+    paintRing(painter, bounds, cornerRadius, focusRingWidth / 2, QColor(accent));
+}
+
+void paintFocusRingOnDark(QPainter& painter, const QRectF& bounds, double cornerRadius)
+{
+    paintRing(painter, bounds, cornerRadius, focusRingWidth * 3 / 2, Qt::white);
+    paintFocusRing(painter, bounds, cornerRadius);
 }
 
 } // namespace companion::Theme

@@ -14,8 +14,8 @@ inline constexpr QRgb text = 0xff22303c;
 inline constexpr QRgb secondaryText = 0xff52616f;
 inline constexpr QRgb accent = 0xff0b7a65;
 inline constexpr QRgb line = 0xffd5dce2;
+inline constexpr QRgb outline = 0xff6b7c8c;
 inline constexpr double focusRingWidth = 3;
-inline constexpr double focusRingGap = 2;
 
 enum class FontFace { regular, medium, semiBold, extraLight };
 
@@ -27,5 +27,8 @@ void apply(QApplication& application);
 
 /// A ring just inside `bounds`, with rounded corners.
 void paintFocusRing(QPainter& painter, const QRectF& bounds, double cornerRadius);
+
+/// The same with a white one within it, so that it is seen on dark colours and on that of the ring itself.
+void paintFocusRingOnDark(QPainter& painter, const QRectF& bounds, double cornerRadius);
 
 } // namespace companion::Theme
