@@ -21,7 +21,18 @@ namespace companion::testing {
 
 /// The real dashboard, its real widgets, and nothing of the outside world: what the screens are tested and shown with.
 struct DashboardOnFakes {
-    DashboardOnFakes() { controller->viewDidLoad(); }
+    DashboardOnFakes()
+    {
+        const auto on = [this](auto signal, auto slot) {
+            QObject::connect(view, signal, view, [this, slot] { (controller.get()->*slot)(); });
+        };
+        using Controller = DashboardViewController;
+        on(&QtDashboardView::devicesListIconClicked, &Controller::devicesListIconClicked);
+        on(&QtDashboardView::settingsIconClicked, &Controller::settingsIconClicked);
+        on(&QtDashboardView::connectButtonClicked, &Controller::connectButtonClicked);
+        on(&QtDashboardView::castButtonClicked, &Controller::castButtonClicked);
+        controller->viewDidLoad();
+    }
     ~DashboardOnFakes()
     {
         controller.reset();

@@ -83,7 +83,6 @@ int main(int argc, char** argv)
     DashboardOnFakes dashboard;
     QtDashboardView& view = *dashboard.view;
     gallery.window().setContentView(dashboard.view);
-    QObject::connect(&view, &QtDashboardView::devicesListIconClicked,
         [&] { dashboard.controller->devicesListIconClicked(); });
     QObject::connect(
         &view, &QtDashboardView::settingsIconClicked, [&] { dashboard.controller->settingsIconClicked(); });

@@ -33,9 +33,17 @@ QRectF between(const QRectF& from, const QRectF& to, double progress)
         between(from.width(), to.width(), progress), between(from.height(), to.height(), progress)};
 }
 
-/// Channels are clamped: the curve overshoots, a colour cannot.
-QColor between(const QColor& from, const QColor& to, double progress)
+/// A clear colour has no hue of its own: fading to or from it goes through the other one, not through black.
+QColor inHueOf(const QColor& other, const QColor& color)
 {
+    return color.alpha() > 0 ? color : QColor(other.red(), other.green(), other.blue(), 0);
+}
+
+/// Channels are clamped: the curve overshoots, a colour cannot.
+QColor between(const QColor& start, const QColor& end, double progress)
+{
+    const QColor from = inHueOf(end, start);
+    const QColor to = inHueOf(start, end);
     const auto channel = [progress](float a, float b) {
         return static_cast<float>(std::clamp(between(double(a), double(b), progress), 0.0, 1.0));
     };

@@ -15,9 +15,9 @@ void ImageView::setImageName(const QString& name)
     update();
 }
 
-void ImageView::setStretched(bool isStretched)
+void ImageView::setTiled(bool isTiled)
 {
-    m_isStretched = isStretched;
+    m_isTiled = isTiled;
     update();
 }
 
@@ -25,7 +25,10 @@ void ImageView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    m_image.paint(painter, rect(), m_isStretched ? Qt::IgnoreAspectRatio : Qt::KeepAspectRatio);
+    if (m_isTiled)
+        m_image.paintTiled(painter, rect());
+    else
+        m_image.paint(painter, rect());
 }
 
 } // namespace companion

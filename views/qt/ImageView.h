@@ -17,15 +17,15 @@ public:
     QString imageName() const { return m_image.name(); }
     void setImageName(const QString& name);
 
-    /// Whether the image fills the whole view, whatever its proportions.
-    void setStretched(bool isStretched);
+    /// Whether the image's middle is repeated to fill the view, which otherwise shows it as large as fits.
+    void setTiled(bool isTiled);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
     SvgImage m_image;
-    bool m_isStretched = false;
+    bool m_isTiled = false;
 };
 
 } // namespace companion

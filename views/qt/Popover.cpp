@@ -30,7 +30,7 @@ QRect horizontalBounds(const QRect& window, const QRect& screen, int width)
 
 Popover::Popover(QWidget& anchor, QWidget& content)
     : QWidget(anchor.window(), Qt::Tool | Qt::FramelessWindowHint)
-    , m_anchor(anchor)
+    , m_anchor(&anchor)
     , m_content(content)
 {
     auto* layout = new QVBoxLayout(this);
@@ -40,7 +40,7 @@ Popover::Popover(QWidget& anchor, QWidget& content)
 
 void Popover::present()
 {
-    if (isVisible()) {
+    if (isVisible() || !m_anchor) {
         hide();
         return;
     }
@@ -54,16 +54,16 @@ void Popover::present()
 /// Who works with the keyboard sees where it is; who opened the popover with the mouse needs no ring.
 void Popover::focusContent()
 {
-    const bool isByKeyboard = m_anchor.window()->testAttribute(Qt::WA_KeyboardFocusChange);
+    const bool isByKeyboard = m_anchor->window()->testAttribute(Qt::WA_KeyboardFocusChange);
     setAttribute(Qt::WA_KeyboardFocusChange, isByKeyboard);
     m_content.setFocus(isByKeyboard ? Qt::TabFocusReason : Qt::PopupFocusReason);
 }
 
 void Popover::placeBelowAnchor()
 {
-    const QPoint below = m_anchor.mapToGlobal(QPoint(m_anchor.width() / 2, m_anchor.height()));
+    const QPoint below = m_anchor->mapToGlobal(QPoint(m_anchor->width() / 2, m_anchor->height()));
     const QRect bounds =
-        horizontalBounds(m_anchor.window()->geometry(), m_anchor.screen()->availableGeometry(), width());
+        horizontalBounds(m_anchor->window()->geometry(), m_anchor->screen()->availableGeometry(), width());
     const int left =
         qBound(bounds.left(), below.x() - width() / 2, qMax(bounds.left(), bounds.right() - width() + 1));
     move(left, below.y());
@@ -81,10 +81,12 @@ QPolygon Popover::outline() const
 
 bool Popover::eventFilter(QObject* watched, QEvent* event)
 {
+    if (!m_anchor)
+        return false;
     if (isUseOfAnchorsWindow(watched, *event))
         hide();
     const bool isMoved = event->type() == QEvent::Move || event->type() == QEvent::Resize;
-    if (isMoved && watched == m_anchor.window())
+    if (isMoved && watched == m_anchor->window())
         placeBelowAnchor();
     return QWidget::eventFilter(watched, event);
 }
@@ -92,14 +94,14 @@ bool Popover::eventFilter(QObject* watched, QEvent* event)
 bool Popover::isUseOfAnchorsWindow(const QObject* watched, const QEvent& event)
 {
     const auto* widget = qobject_cast<const QWidget*>(watched);
-    if (!widget || widget->window() != m_anchor.window())
+    if (!widget || widget->window() != m_anchor->window())
         return false;
     switch (event.type()) {
     case QEvent::MouseButtonPress:
     case QEvent::KeyPress:
-        return widget != &m_anchor;
+        return widget != m_anchor;
     case QEvent::WindowActivate: // by its title bar, or by a way that leads to it without a click
-        return widget == m_anchor.window() && isActivatedByUser();
+        return widget == m_anchor->window() && isActivatedByUser();
     default:
         return false;
     }
@@ -110,7 +112,7 @@ bool Popover::isActivatedByUser()
 {
     if (std::exchange(m_wasUnderAlert, false) || QApplication::activeModalWidget())
         return false;
-    return !m_anchor.rect().contains(m_anchor.mapFromGlobal(QCursor::pos()));
+    return !m_anchor->rect().contains(m_anchor->mapFromGlobal(QCursor::pos()));
 }
 
 bool Popover::event(QEvent* event)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 
 namespace companion {
@@ -12,7 +13,7 @@ class Popover : public QWidget {
     Q_OBJECT
 
 public:
-    /// `anchor` and `content` (which becomes a child) live as long as the popover. The content's focus proxy is the
+    /// `content` becomes a child. A popover whose anchor has gone does nothing any more. The content's focus proxy is the
     /// control that the keyboard works first.
     Popover(QWidget& anchor, QWidget& content);
 
@@ -38,7 +39,7 @@ private:
     void placeBelowAnchor();
     QPolygon outline() const;
 
-    QWidget& m_anchor;
+    QPointer<QWidget> m_anchor;
     QWidget& m_content;
     int m_arrowX = 0;
     bool m_wasUnderAlert = false;

@@ -18,6 +18,8 @@ QtDashboardView::QtDashboardView(Alerts& alerts, SystemLog& log, QWidget* parent
 {
     m_scene->setupUi(this);
     m_scene->wirelessTouchSwitch->setModel(m_wirelessTouchSwitch);
+    m_scene->maskView->setLog(log);
+    m_scene->maskView->hide();
     m_devicesListView = new QtDevicesListView(this);
     m_devicesListView->hide();
     style();
@@ -29,6 +31,8 @@ QtDashboardView::~QtDashboardView()
 {
     // The switch's widget still draws the model, which goes before the base class deletes its children.
     delete m_scene->wirelessTouchSwitch;
+    delete m_devicesPopover; // the window owns them, and may live longer
+    delete m_settingsPopover;
 }
 
 void QtDashboardView::style()
@@ -37,7 +41,7 @@ void QtDashboardView::style()
     setBackgroundColor(Qt::white);
     m_scene->castButtonView->makeRound();
     m_scene->castButtonView->setImageName("castingInactive");
-    m_scene->fileUploadView->setStretched(true);
+    m_scene->fileUploadView->setTiled(true);
     m_scene->toolbarView->setBackgroundColor(QColor(52, 73, 94, qRound(0.25 * 255)));
     m_scene->hdmiToggleView->setBackgroundColor(QColor(34, 34, 34, qRound(0.25 * 255)));
     m_scene->uploadArrowImage->setImageName("uploadArrow");
@@ -126,11 +130,11 @@ void QtDashboardView::announcePolitely(const std::string& text)
     m_scene->uploadProgressLabel->setAccessibleName(QString::fromStdString(text));
 }
 
-void QtDashboardView::presentDevicesList(DevicesListViewController&)
+void QtDashboardView::presentDevicesList(DevicesListViewController& controller)
 {
     if (!m_devicesPopover) {
         m_devicesPopover = new Popover(*m_scene->devicesListIcon, *m_devicesListView);
-        m_devicesPopover->setWindowTitle(tr("Panels"));
+        m_devicesPopover->setWindowTitle(QString::fromStdString(controller.title()));
         m_devicesListView->show();
     }
     m_devicesPopover->present();

@@ -58,8 +58,8 @@ private:
     DragDropView m_fileUploadView;
     QtDevicesListView* m_devicesListView = nullptr;
     QtSettingsView* m_settingsView = nullptr;
-    Popover* m_devicesPopover = nullptr;
-    Popover* m_settingsPopover = nullptr;
+    QPointer<Popover> m_devicesPopover;
+    QPointer<Popover> m_settingsPopover;
 };
 
 } // namespace companion

@@ -4,6 +4,7 @@
 #include <QString>
 
 class QPainter;
+class QRect;
 class QRectF;
 class QSvgRenderer;
 
@@ -20,8 +21,12 @@ public:
     /// Loads the image; an unknown name leaves an empty one.
     void setName(const QString& name);
 
-    /// Draws it as large as fits into `bounds`, in its middle, or stretched over all of it.
-    void paint(QPainter& painter, const QRectF& bounds, Qt::AspectRatioMode mode = Qt::KeepAspectRatio) const;
+    /// Draws it as large as fits into `bounds`, in its middle.
+    void paint(QPainter& painter, const QRectF& bounds) const;
+
+    /// Fills `bounds` with it in its own size: its corners, a third of it each way, stand in the corners, and what
+    /// lies between them is repeated a whole number of times, so that a pattern fits at any proportions.
+    void paintTiled(QPainter& painter, const QRect& bounds) const;
 
     /// The path of the image's file in the program's resources.
     static QString path(const QString& name);
