@@ -1,10 +1,13 @@
 #include "views/qt/Accessibility.h"
 
+#include "views/qt/ImageView.h"
 #include "views/qt/ITSwitchWidget.h"
 #include "views/qt/RoundButton.h"
 
+#include <QAbstractItemView>
 #include <QAccessible>
 #include <QAccessibleWidget>
+#include <QComboBox>
 
 namespace companion {
 
@@ -105,12 +108,67 @@ private:
     RoundButton& m_button;
 };
 
+/// A pop-up button by its own name; the toolkit would take what is chosen for its name, too.
+class AccessiblePopUpButton : public QAccessibleWidget {
+public:
+    explicit AccessiblePopUpButton(QComboBox& button)
+        : QAccessibleWidget(&button, QAccessible::ComboBox)
+        , m_button(button)
+    {
+    }
+
+    int childCount() const override { return 1; }
+    QAccessibleInterface* child(int index) const override
+    {
+        return index == 0 ? QAccessible::queryAccessibleInterface(m_button.view()) : nullptr;
+    }
+    int indexOfChild(const QAccessibleInterface* child) const override
+    {
+        return child && child->object() == m_button.view() ? 0 : -1;
+    }
+
+    QString text(QAccessible::Text kind) const override
+    {
+        return kind == QAccessible::Value ? m_button.currentText() : QAccessibleWidget::text(kind);
+    }
+
+    QAccessible::State state() const override
+    {
+        QAccessible::State state = QAccessibleWidget::state();
+        state.expandable = true;
+        state.hasPopup = true;
+        state.expanded = m_button.view()->isVisible();
+        return state;
+    }
+
+    QStringList actionNames() const override { return {showMenuAction(), pressAction()}; }
+
+    void doAction(const QString& name) override
+    {
+        if ((name != showMenuAction() && name != pressAction()) || !m_button.isEnabled())
+            return;
+        if (m_button.view()->isVisible())
+            m_button.hidePopup();
+        else
+            m_button.showPopup();
+    }
+
+private:
+    QComboBox& m_button;
+};
+
 QAccessibleInterface* makeInterface(const QString&, QObject* object)
 {
     if (auto* widget = qobject_cast<ITSwitchWidget*>(object))
         return new AccessibleSwitch(*widget);
     if (auto* button = qobject_cast<RoundButton*>(object))
         return new AccessibleRoundButton(*button);
+    if (auto* button = qobject_cast<QComboBox*>(object))
+        return new AccessiblePopUpButton(*button);
+    if (auto* view = qobject_cast<ImageView*>(object)) {
+        const bool isDecoration = view->accessibleName().isEmpty();
+        return new QAccessibleWidget(view, isDecoration ? QAccessible::Graphic : QAccessible::Grouping);
+    }
     return nullptr;
 }
 

@@ -33,6 +33,16 @@ void drawLine(
 
 } // namespace
 
+QFont DeviceTableCellView::nameFont()
+{
+    return Theme::font(Theme::FontFace::regular, 16);
+}
+
+QFont DeviceTableCellView::addressFont()
+{
+    return Theme::font(Theme::FontFace::medium, 12);
+}
+
 void DeviceTableCellView::paint(QPainter& painter, const QRect& bounds, bool isHovered, bool isCurrent) const
 {
     if (isHovered)
@@ -46,10 +56,10 @@ void DeviceTableCellView::paint(QPainter& painter, const QRect& bounds, bool isH
     const int textInset = margin + iconSize + margin;
     const QRect text = isRightToLeft ? bounds.adjusted(margin, 8, -textInset, -8)
                                      : bounds.adjusted(textInset, 8, -margin, -8);
-    drawLine(painter, QRect(text.topLeft(), QSize(text.width(), 24)),
-        Theme::font(Theme::FontFace::regular, 16), QColor(Theme::text), deviceNameLabel);
-    drawLine(painter, QRect(text.left(), text.top() + 25, text.width(), 19),
-        Theme::font(Theme::FontFace::medium, 12), QColor(Theme::secondaryText), deviceIPLabel);
+    drawLine(painter, QRect(text.topLeft(), QSize(text.width(), 24)), nameFont(), QColor(Theme::text),
+        deviceNameLabel);
+    drawLine(painter, QRect(text.left(), text.top() + 25, text.width(), 19), addressFont(),
+        QColor(Theme::secondaryText), deviceIPLabel);
     painter.setPen(QColor(Theme::line));
     painter.drawLine(bounds.bottomLeft(), bounds.bottomRight());
     if (isCurrent)

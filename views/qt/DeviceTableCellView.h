@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFont>
 #include <QString>
 
 class QPainter;
@@ -12,6 +13,9 @@ struct DeviceTableCellView {
     QString conectedImageView; ///< The image's name: "radioIcon" or "connectedChain".
     QString deviceNameLabel;
     QString deviceIPLabel;
+
+    static QFont nameFont();
+    static QFont addressFont();
 
     /// Draws the row; `isCurrent` marks the row that the keyboard is on.
     void paint(QPainter& painter, const QRect& bounds, bool isHovered, bool isCurrent) const;

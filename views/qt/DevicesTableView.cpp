@@ -129,10 +129,7 @@ DevicesTableView::DevicesTableView(QWidget* parent)
     viewport()->setAttribute(Qt::WA_Hover);
 
     m_reload.setSingleShot(true);
-    connect(&m_reload, &QTimer::timeout, this, [this] {
-        m_model->reload();
-        viewport()->update();
-    });
+    connect(&m_reload, &QTimer::timeout, this, &DevicesTableView::showPresentRows);
 }
 
 DevicesTableView::~DevicesTableView()
@@ -153,6 +150,13 @@ void DevicesTableView::reloadData()
         m_reload.start(0);
 }
 
+void DevicesTableView::showPresentRows()
+{
+    m_model->reload();
+    viewport()->update();
+    setAccessibleDescription(m_model->rowCount() > 0 ? QString() : m_placeholder);
+}
+
 void DevicesTableView::setRowIcon(int row, const QString& imageName)
 {
     m_model->setIcon(row, imageName);
@@ -163,9 +167,15 @@ QString DevicesTableView::rowIcon(int row) const
     return m_model->icon(row);
 }
 
+DeviceTableCellView DevicesTableView::cell(int row) const
+{
+    return m_model->cellAt(row);
+}
+
 void DevicesTableView::setPlaceholder(const QString& text)
 {
     m_placeholder = text;
+    setAccessibleDescription(m_model->rowCount() > 0 ? QString() : m_placeholder);
     viewport()->update();
 }
 

@@ -34,8 +34,12 @@ public:
     void setRowIcon(int row, const QString& imageName);
     QString rowIcon(int row) const;
 
+    /// What a row shows at present.
+    DeviceTableCellView cell(int row) const;
+
     /// A friendly line for an empty list.
     void setPlaceholder(const QString& text);
+    QString placeholder() const { return m_placeholder; }
 
     /// Whether the user works the list with keys, and so has to see which row they are on.
     bool isWorkedByKeyboard() const { return m_isWorkedByKeyboard; }
@@ -52,6 +56,7 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void showPresentRows();
     void setWorkedByKeyboard(bool isWorkedByKeyboard);
 
     std::unique_ptr<DevicesTableModel> m_model;

@@ -144,7 +144,7 @@ void Popover::paintEvent(QPaintEvent*)
 void Popover::resizeEvent(QResizeEvent* event)
 {
     QWidget::resizeEvent(event);
-    if (isVisible())
+    if (m_anchor)
         placeBelowAnchor();
 }
 

@@ -1,0 +1,299 @@
+#include "tests/screens/ScreenTest.h"
+#include "views/qt/ColoredView.h"
+#include "views/qt/ImageView.h"
+#include "views/qt/MaskingViewWidget.h"
+#include "views/qt/Popover.h"
+#include "views/qt/RoundButton.h"
+#include "views/qt/Theme.h"
+
+#include <QFontInfo>
+#include <QLabel>
+#include <QPushButton>
+#include <QToolButton>
+
+namespace companion::testing {
+namespace {
+
+class DashboardScreenTest : public ScreenTest {
+protected:
+    void expectFont(const char* label, QFont::Weight weight, int points)
+    {
+        const QFont font = outlet<QLabel>(label).font();
+        EXPECT_EQ(font.weight(), weight) << label;
+        EXPECT_EQ(font.pixelSize(), points) << label;
+        EXPECT_EQ(font.family(), Theme::font(Theme::FontFace::regular, points).family()) << label;
+    }
+
+    std::vector<Popover*> openPopovers()
+    {
+        std::vector<Popover*> open;
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            if (auto* popover = qobject_cast<Popover*>(window); popover && popover->isVisible())
+                open.push_back(popover);
+        }
+        return open;
+    }
+};
+
+TEST_F(DashboardScreenTest, EveryOutletIsThereByItsName)
+{
+    for (const char* name : {"dashboardParentView", "fileUploadView", "castButtonView", "wirelessTouchSwitch",
+             "wirelessTouchStatusLabel", "toolbarView", "devicesListIcon", "settingsIcon",
+             "deviceStatusLabel", "fileUploadButton", "uploadArrowImage", "maskView", "hdmiToggleView",
+             "emptyStateImageView", "hdmiMessageView", "facingProblemLabel", "enableHDMILabel",
+             "deviceHDMIMainLabel", "deviceHDMISubLabel", "dragAndDropLabel", "emptyStateLabel"})
+        EXPECT_EQ(outlet(name).objectName(), name);
+}
+
+TEST_F(DashboardScreenTest, AtStartFourPanesAndTheMaskAreHiddenAndTheEmptyStateIsShown)
+{
+    for (const char* name : {"hdmiToggleView", "fileUploadView", "castButtonView", "hdmiMessageView",
+             "maskView", "castCaptionLabel", "uploadProgressLabel"})
+        EXPECT_FALSE(outlet(name).isVisible()) << name;
+    for (const char* name : {"toolbarView", "emptyStateImageView", "emptyStateLabel", "connectButton"})
+        EXPECT_TRUE(outlet(name).isVisible()) << name;
+    EXPECT_FALSE(m_dashboard.view->wirelessTouchSwitch().checked());
+}
+
+TEST_F(DashboardScreenTest, TheBackgroundIsWhite)
+{
+    EXPECT_EQ(outlet<ColoredView>("dashboardParentView").backgroundColor(), QColor(255, 255, 255));
+    EXPECT_EQ(pixel(*m_dashboard.view, {5, 300}), QColor(255, 255, 255));
+}
+
+TEST_F(DashboardScreenTest, TheToolbarIs52And73And94WithAnAlphaOfAQuarter)
+{
+    const QColor color = outlet<ColoredView>("toolbarView").backgroundColor();
+    EXPECT_EQ(color.rgb(), qRgb(52, 73, 94));
+    EXPECT_NEAR(color.alphaF(), 0.25, 0.5 / 255);
+    EXPECT_EQ(pixel(*m_dashboard.view, {5, 5}), QColor(204, 209, 215)); // a quarter of it over white
+}
+
+TEST_F(DashboardScreenTest, TheHdmiPaneIs34WithAnAlphaOfAQuarter)
+{
+    const QColor color = outlet<ColoredView>("hdmiToggleView").backgroundColor();
+    EXPECT_EQ(color.rgb(), qRgb(34, 34, 34));
+    EXPECT_NEAR(color.alphaF(), 0.25, 0.5 / 255);
+    m_dashboard.view->setHidden(Pane::hdmiToggle, false);
+    EXPECT_EQ(pixel(*m_dashboard.view, {5, m_dashboard.view->height() - 5}), QColor(200, 200, 200));
+}
+
+TEST_F(DashboardScreenTest, LabelsHaveTheirFonts)
+{
+    for (const char* label : {"dragAndDropLabel", "emptyStateLabel"})
+        expectFont(label, QFont::Normal, 12);
+    for (const char* label :
+        {"deviceStatusLabel", "facingProblemLabel", "enableHDMILabel", "deviceHDMISubLabel"})
+        expectFont(label, QFont::Normal, 16);
+    expectFont("deviceHDMIMainLabel", QFont::DemiBold, 32);
+}
+
+TEST_F(DashboardScreenTest, TheTypefaceIsTheEmbeddedOneInItsOwnWeights)
+{
+    if (!QFile::exists(":/fonts/Poppins-Regular.ttf"))
+        GTEST_SKIP() << "Poppins is not embedded in this build";
+    using Theme::FontFace;
+    for (const auto& [face, weight] : {std::pair{FontFace::regular, 400}, {FontFace::medium, 500},
+             {FontFace::semiBold, 600}, {FontFace::extraLight, 200}}) {
+        const QFontInfo shown(Theme::font(face, 20));
+        EXPECT_TRUE(shown.family().startsWith("Poppins")) << shown.family().toStdString();
+        EXPECT_EQ(shown.weight(), weight);
+        EXPECT_EQ(shown.pixelSize(), 20);
+    }
+}
+
+TEST_F(DashboardScreenTest, ImagesAreShownByTheirNames)
+{
+    EXPECT_EQ(outlet<RoundButton>("castButtonView").imageName(), "castingInactive");
+    EXPECT_EQ(outlet<ImageView>("fileUploadView").imageName(), "fileUploadGrid");
+    EXPECT_EQ(outlet<ImageView>("uploadArrowImage").imageName(), "uploadArrow");
+    for (const char* name :
+        {"castingActive", "castingInactive", "fileUploadGrid", "fileUploadGridActive", "uploadArrow",
+            "uploadArrowActive", "radioIcon", "connectedChain", "emptyState", "panel-companion"}) {
+        const QPixmap picture = QIcon(SvgImage::path(name)).pixmap(64);
+        EXPECT_FALSE(picture.isNull()) << name;
+    }
+}
+
+TEST_F(DashboardScreenTest, TheCastButtonIsRoundAtAnyWidth)
+{
+    RoundButton button;
+    button.resize(80, 80);
+    button.makeRound();
+    EXPECT_EQ(button.cornerRadius(), 40);
+
+    auto& castButton = outlet<RoundButton>("castButtonView");
+    EXPECT_EQ(castButton.cornerRadius(), castButton.width() / 2.0);
+}
+
+TEST_F(DashboardScreenTest, OnlyTheCircleOfTheCastButtonTakesClicks)
+{
+    pair();
+    auto& button = outlet<RoundButton>("castButtonView");
+    int clicks = 0;
+    QObject::connect(&button, &RoundButton::clicked, [&clicks] { ++clicks; });
+    QTest::mouseClick(&button, Qt::LeftButton, {}, {6, 6});
+    EXPECT_EQ(clicks, 0);
+    QTest::mouseClick(&button, Qt::LeftButton, {}, {64, 6});
+    EXPECT_EQ(clicks, 1);
+}
+
+TEST_F(DashboardScreenTest, CastingShowsTheOtherImageAndTheOtherCaption)
+{
+    pair();
+    click(outlet("castButtonView"));
+    EXPECT_EQ(outlet<RoundButton>("castButtonView").imageName(), "castingActive");
+    EXPECT_EQ(outlet<QLabel>("castCaptionLabel").text(), "Stop casting");
+    click(outlet("castButtonView"));
+    EXPECT_EQ(outlet<RoundButton>("castButtonView").imageName(), "castingInactive");
+    EXPECT_EQ(outlet<QLabel>("castCaptionLabel").text(), "Start casting");
+}
+
+TEST_F(DashboardScreenTest, APairedPanelReplacesTheEmptyState)
+{
+    pair();
+    EXPECT_EQ(outlet<QLabel>("deviceStatusLabel").text(), "Paired to 0A00020F");
+    for (const char* name : {"hdmiToggleView", "fileUploadView", "castButtonView", "castCaptionLabel"})
+        EXPECT_TRUE(outlet(name).isVisible()) << name;
+    for (const char* name : {"emptyStateImageView", "connectButton", "hdmiMessageView"})
+        EXPECT_FALSE(outlet(name).isVisible()) << name;
+}
+
+TEST_F(DashboardScreenTest, TheListOpensBelowItsIconWithTheArrowAtTheMiddleOfTheIconsBottomEdge)
+{
+    openList();
+    ASSERT_EQ(openPopovers().size(), 1U);
+    auto& icon = outlet("devicesListIcon");
+    EXPECT_EQ(openPopovers().front()->arrowTip(), icon.mapToGlobal(QPoint(icon.width() / 2, icon.height())));
+}
+
+TEST_F(DashboardScreenTest, TheSettingsOpenBelowTheirIcon)
+{
+    click(outlet("settingsIcon"));
+    ASSERT_EQ(openPopovers().size(), 1U);
+    auto& icon = outlet("settingsIcon");
+    EXPECT_EQ(openPopovers().front()->arrowTip(), icon.mapToGlobal(QPoint(icon.width() / 2, icon.height())));
+    EXPECT_LE(openPopovers().front()->geometry().right(), m_window.geometry().right());
+}
+
+TEST_F(DashboardScreenTest, TheConnectButtonOpensTheListToo)
+{
+    click(outlet("connectButton"));
+    ASSERT_EQ(openPopovers().size(), 1U);
+    EXPECT_EQ(openPopovers().front()->windowTitle(), "Homepage");
+}
+
+TEST_F(DashboardScreenTest, OpeningTheListTwiceKeepsItsRowsItsPickAndItsOneSearch)
+{
+    openListOfThree();
+    clickRow(1);
+    click(outlet("devicesListIcon"));
+    EXPECT_TRUE(openPopovers().empty());
+    openList();
+    ASSERT_EQ(openPopovers().size(), 1U);
+    EXPECT_EQ(icons(), "radioIcon connectedChain radioIcon");
+    const std::string told = taken();
+    EXPECT_EQ(told.find("browse"), told.rfind("browse"));
+}
+
+TEST_F(DashboardScreenTest, APressAnywhereInTheWindowClosesThePopover)
+{
+    openList();
+    QTest::mousePress(&outlet("toolbarView"), Qt::LeftButton, {}, {300, 30});
+    EXPECT_TRUE(openPopovers().empty());
+}
+
+TEST_F(DashboardScreenTest, AKeyInTheWindowClosesThePopover)
+{
+    openList();
+    QTest::keyClick(&outlet("settingsIcon"), Qt::Key_Tab);
+    EXPECT_TRUE(openPopovers().empty());
+}
+
+TEST_F(DashboardScreenTest, EscapeClosesThePopover)
+{
+    openList();
+    QTest::keyClick(&table(), Qt::Key_Escape);
+    EXPECT_TRUE(openPopovers().empty());
+}
+
+TEST_F(DashboardScreenTest, AWindowThatBecomesActiveByItsTitleBarClosesThePopover)
+{
+    openList();
+    QCursor::setPos(m_window.mapToGlobal(QPoint(500, 300)));
+    QEvent activation(QEvent::WindowActivate);
+    QCoreApplication::sendEvent(&m_window, &activation);
+    EXPECT_TRUE(openPopovers().empty());
+}
+
+TEST_F(DashboardScreenTest, AnAlertThatIsClosedLeavesThePopoverOpen)
+{
+    openList();
+    QCursor::setPos(m_window.mapToGlobal(QPoint(500, 300)));
+    QEvent blocked(QEvent::WindowBlocked);
+    QCoreApplication::sendEvent(openPopovers().front(), &blocked);
+    QEvent activation(QEvent::WindowActivate);
+    QCoreApplication::sendEvent(&m_window, &activation);
+    EXPECT_EQ(openPopovers().size(), 1U);
+}
+
+TEST_F(DashboardScreenTest, ThePopoverStaysWhenTheProgramIsLeft)
+{
+    openList();
+    QEvent left(QEvent::WindowDeactivate);
+    QCoreApplication::sendEvent(openPopovers().front(), &left);
+    QEvent inactive(QEvent::ApplicationDeactivate);
+    QCoreApplication::sendEvent(qApp, &inactive);
+    EXPECT_EQ(openPopovers().size(), 1U);
+}
+
+TEST_F(DashboardScreenTest, ThePopoverFollowsItsWindow)
+{
+    openList();
+    const QPoint before = openPopovers().front()->arrowTip();
+    m_window.move(m_window.pos() + QPoint(37, 23));
+    QCoreApplication::processEvents();
+    EXPECT_EQ(openPopovers().front()->arrowTip(), before + QPoint(37, 23));
+}
+
+TEST_F(DashboardScreenTest, TheMaskLiesOverAllPanesAndNotOverTheToolbar)
+{
+    pair();
+    outlet("maskView").show();
+    QTest::qWait(1); // the layout
+    const QRect mask = outlet("maskView").geometry();
+    EXPECT_EQ(mask.top(), outlet("toolbarView").geometry().bottom() + 1);
+    EXPECT_TRUE(mask.contains(outlet("panesView").geometry()));
+    EXPECT_TRUE(mask.contains(outlet("hdmiToggleView").geometry()));
+    EXPECT_EQ(m_dashboard.view->childAt(mask.center()), &outlet("maskView"));
+
+    outlet<MaskingViewWidget>("maskView").setMaskEnabled(true);
+    EXPECT_NE(m_dashboard.view->childAt(mask.center()), &outlet("maskView"));
+}
+
+TEST_F(DashboardScreenTest, TabGoesThroughTheControlsInReadingOrder)
+{
+    pair();
+    outlet("devicesListIcon").setFocus(Qt::TabFocusReason);
+    EXPECT_THAT(tabOrder(5),
+        ::testing::ElementsAre(
+            "devicesListIcon", "settingsIcon", "fileUploadButton", "castButtonView", "wirelessTouchSwitch"));
+    EXPECT_EQ(focused().objectName(), "devicesListIcon");
+}
+
+TEST_F(DashboardScreenTest, EveryControlLooksDifferentWithTheKeyboardOnIt)
+{
+    pair();
+    for (const char* name :
+        {"devicesListIcon", "settingsIcon", "fileUploadButton", "castButtonView", "wirelessTouchSwitch"}) {
+        m_dashboard.view->setFocus();
+        if (QWidget* focus = QApplication::focusWidget())
+            focus->clearFocus();
+        const QImage without = outlet(name).grab().toImage();
+        outlet(name).setFocus(Qt::TabFocusReason);
+        EXPECT_NE(outlet(name).grab().toImage(), without) << name;
+    }
+}
+
+} // namespace
+} // namespace companion::testing

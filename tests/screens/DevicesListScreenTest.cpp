@@ -1,0 +1,246 @@
+#include "tests/screens/ScreenTest.h"
+#include "views/qt/ColoredView.h"
+#include "views/qt/Theme.h"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+
+namespace companion::testing {
+namespace {
+
+using DevicesListScreenTest = ScreenTest;
+
+/// Counts how often the list is painted.
+class PaintCounter : public QObject {
+public:
+    explicit PaintCounter(QWidget& view) { view.installEventFilter(this); }
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        count += event->type() == QEvent::Paint;
+        return false;
+    }
+
+    int count = 0;
+};
+
+TEST_F(DevicesListScreenTest, AtStartThereAreNoRowsAndNoDisconnectButton)
+{
+    openList();
+    EXPECT_EQ(table().model()->rowCount(), 0);
+    EXPECT_EQ(find(list(), "disconnectButton").height() * find(list(), "disconnectButton").isVisible(), 0);
+}
+
+TEST_F(DevicesListScreenTest, ElementsHaveTheirStyles)
+{
+    openListOfThree();
+    clickRow(0);
+    auto& button = find<QPushButton>(list(), "disconnectButton");
+    EXPECT_EQ(find<ColoredView>(list(), "listHeaderView").backgroundColor(), QColor(255, 255, 255));
+    EXPECT_EQ(pixel(button, {40, 24}), QColor(204, 115, 77));
+    EXPECT_EQ(button.font().pixelSize(), 16);
+    EXPECT_EQ(button.font().weight(), QFont::Normal);
+    EXPECT_EQ(find<QLabel>(list(), "headerMainLabel").font().pixelSize(), 20);
+    EXPECT_EQ(find<QLabel>(list(), "headerMainLabel").font().weight(), QFont::ExtraLight);
+    EXPECT_EQ(find<QLabel>(list(), "headerSubLabel").font().pixelSize(), 12);
+    EXPECT_EQ(find<QLabel>(list(), "headerSubLabel").font().weight(), QFont::Normal);
+    EXPECT_EQ(DeviceTableCellView::nameFont().pixelSize(), 16);
+    EXPECT_EQ(DeviceTableCellView::nameFont().weight(), QFont::Normal);
+    EXPECT_EQ(DeviceTableCellView::addressFont().pixelSize(), 12);
+    EXPECT_EQ(DeviceTableCellView::addressFont().weight(), QFont::Medium);
+}
+
+TEST_F(DevicesListScreenTest, RowsAre60PointsHighAndNeverPaintASelection)
+{
+    openListOfThree();
+    for (int row = 0; row < 3; ++row)
+        EXPECT_EQ(table().visualRect(table().model()->index(row, 0)).height(), 60);
+    EXPECT_EQ(table().selectionMode(), QAbstractItemView::NoSelection);
+}
+
+TEST_F(DevicesListScreenTest, ARowShowsThePanelsNameAndItsAddressInHexadecimal)
+{
+    openListOfThree();
+    EXPECT_EQ(table().model()->index(0, 0).data(Qt::AccessibleTextRole), "Room 204, 0A00020F");
+    EXPECT_EQ(table().cell(0).deviceNameLabel, "Room 204");
+    EXPECT_EQ(table().cell(0).deviceIPLabel, "0A00020F");
+    EXPECT_EQ(table().cell(0).conectedImageView, "radioIcon");
+}
+
+TEST_F(DevicesListScreenTest, AClickPicksTheRow)
+{
+    openListOfThree();
+    taken();
+    clickRow(0);
+    EXPECT_EQ(icons(), "connectedChain radioIcon radioIcon");
+    EXPECT_EQ(find<QLabel>(*m_dashboard.view, "deviceStatusLabel").text(), "Paired to 0A00020F");
+    EXPECT_EQ(find(list(), "disconnectButton").height(), 48);
+    EXPECT_TRUE(find(list(), "disconnectButton").isVisible());
+    EXPECT_THAT(taken(), ::testing::HasSubstr("log Selected device IP : 10.0.2.15"));
+}
+
+TEST_F(DevicesListScreenTest, AClickOnThePickedRowDoesNothing)
+{
+    openListOfThree();
+    clickRow(0);
+    taken();
+    clickRow(0);
+    EXPECT_EQ(taken(), "");
+    EXPECT_EQ(icons(), "connectedChain radioIcon radioIcon");
+}
+
+TEST_F(DevicesListScreenTest, APickOfAnotherRowMovesTheChainWithoutADisconnect)
+{
+    openListOfThree();
+    clickRow(0);
+    taken();
+    clickRow(1);
+    EXPECT_EQ(icons(), "radioIcon connectedChain radioIcon");
+    EXPECT_EQ(taken(), "log Selected device IP : 10.0.2.16");
+    EXPECT_EQ(find<QLabel>(*m_dashboard.view, "deviceStatusLabel").text(), "Paired to 0A000210");
+}
+
+TEST_F(DevicesListScreenTest, DisconnectHidesItselfAndTheSameRowCanBePickedAgain)
+{
+    openListOfThree();
+    clickRow(0);
+    click(find(list(), "disconnectButton"));
+    EXPECT_EQ(icons(), "radioIcon radioIcon radioIcon");
+    EXPECT_FALSE(find(list(), "disconnectButton").isVisible());
+    EXPECT_EQ(find<QLabel>(*m_dashboard.view, "deviceStatusLabel").text(), "*No Device Connected");
+    clickRow(0);
+    EXPECT_EQ(icons(), "connectedChain radioIcon radioIcon");
+}
+
+TEST_F(DevicesListScreenTest, AClickBelowTheRowsTakesTheChainAwayAndLeavesThePairing)
+{
+    openListOfThree();
+    clickRow(0);
+    taken();
+    clickBelowRows();
+    EXPECT_EQ(taken(), "");
+    EXPECT_EQ(icons(), "radioIcon radioIcon radioIcon");
+    EXPECT_EQ(find<QLabel>(*m_dashboard.view, "deviceStatusLabel").text(), "Paired to 0A00020F");
+    EXPECT_TRUE(find(list(), "disconnectButton").isVisible());
+}
+
+TEST_F(DevicesListScreenTest, AClickBelowTheRowsWithNothingPickedDoesNothing)
+{
+    openListOfThree();
+    taken();
+    clickBelowRows();
+    EXPECT_EQ(taken(), "");
+    EXPECT_FALSE(find(list(), "disconnectButton").isVisible());
+}
+
+TEST_F(DevicesListScreenTest, TheChainStaysWithTheRowNumberWhenAPanelAboveItGoes)
+{
+    openListOfThree();
+    clickRow(1);
+    m_dashboard.browsers.remove("Meridian 65|Room 204|0A00020F");
+    QCoreApplication::processEvents();
+    EXPECT_EQ(table().model()->rowCount(), 2);
+    EXPECT_EQ(table().cell(1).deviceNameLabel, "Physics lab");
+    EXPECT_EQ(icons(), "radioIcon connectedChain");
+    taken();
+    clickRow(1); // another panel now, but the row that is picked
+    EXPECT_EQ(taken(), "");
+}
+
+TEST_F(DevicesListScreenTest, ARowWithoutANameShowsItsAddressAndSurvives)
+{
+    openList();
+    announce("Meridian 65|Room 204|0A00020F");
+    announce("Meridian 65|Room 204|0A000210");
+    announce("Meridian 65|Room 204|0A000211");
+    m_dashboard.browsers.remove("Meridian 65|Room 204|0A00020F"); // takes every name that is like its own
+    QCoreApplication::processEvents();
+    ASSERT_EQ(table().model()->rowCount(), 2);
+    EXPECT_EQ(table().cell(1).deviceNameLabel, "");
+    EXPECT_EQ(table().model()->index(1, 0).data(Qt::AccessibleTextRole), "0A000211");
+    clickRow(1);
+    EXPECT_EQ(find<QLabel>(*m_dashboard.view, "deviceStatusLabel").text(), "*No Device Connected");
+}
+
+TEST_F(DevicesListScreenTest, ThousandPanelsInOneTurnOfTheEventLoopAreOneReloadAndOnePaint)
+{
+    openList();
+    const QSignalSpy insertions(table().model(), &QAbstractItemModel::rowsInserted);
+    const PaintCounter paints(*table().viewport());
+    for (int i = 0; i < 1000; ++i) {
+        char name[64];
+        std::snprintf(name, sizeof name, "Meridian 65|Panel %d|0A%06X", i, i);
+        m_dashboard.browsers.findAndResolve(name);
+    }
+    EXPECT_EQ(table().model()->rowCount(), 0);
+    QTest::qWait(50);
+    EXPECT_EQ(table().model()->rowCount(), 1000);
+    EXPECT_EQ(insertions.count(), 1);
+    EXPECT_GE(paints.count, 1);
+    EXPECT_LE(paints.count, 2); // the scroll bar appears
+}
+
+TEST_F(DevicesListScreenTest, PaintingAsksOnlyForTheRowsOnScreen)
+{
+    DevicesTableView view;
+    view.resize(360, 300);
+    int asked = 0;
+    view.setDataSource([] { return 1000; }, [&asked](int, DeviceTableCellView&) { ++asked; });
+    QTest::qWait(1);
+    asked = 0;
+    view.grab();
+    EXPECT_GE(asked, 5);
+    EXPECT_LE(asked, 6);
+}
+
+TEST_F(DevicesListScreenTest, AnEmptyListTellsWhatToCheck)
+{
+    openList();
+    const QImage empty = table().viewport()->grab().toImage();
+    QImage blank(empty.size(), empty.format());
+    blank.fill(Qt::white);
+    blank.setDevicePixelRatio(empty.devicePixelRatio());
+    EXPECT_NE(empty, blank);
+    EXPECT_THAT(table().placeholder().toStdString(),
+        ::testing::AllOf(::testing::HasSubstr("No panel found yet"), ::testing::HasSubstr("same network")));
+    EXPECT_EQ(table().accessibleDescription(), table().placeholder());
+    announce("Meridian 65|Room 204|0A00020F");
+    EXPECT_EQ(table().accessibleDescription(), "");
+}
+
+TEST_F(DevicesListScreenTest, KeysMoveToARowAndReturnPicksIt)
+{
+    openListOfThree();
+    QTest::keyClick(&focused(), Qt::Key_Down);
+    QTest::keyClick(&focused(), Qt::Key_Down);
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    EXPECT_EQ(icons(), "radioIcon connectedChain radioIcon");
+}
+
+TEST_F(DevicesListScreenTest, TheRowOfTheKeyboardIsMarkedForKeysAndNotForTheMouse)
+{
+    openListOfThree();
+    clickRow(0);
+    EXPECT_FALSE(table().isWorkedByKeyboard());
+    const QImage byMouse = table().viewport()->grab().toImage();
+    table().setFocus(Qt::TabFocusReason);
+    QTest::keyClick(&table(), Qt::Key_Down);
+    QTest::keyClick(&table(), Qt::Key_Up);
+    EXPECT_TRUE(table().isWorkedByKeyboard());
+    EXPECT_NE(table().viewport()->grab().toImage(), byMouse);
+}
+
+TEST_F(DevicesListScreenTest, TabGoesFromTheListToTheDisconnectButtonAndBack)
+{
+    openListOfThree();
+    clickRow(0);
+    EXPECT_EQ(&focused(), &table());
+    QTest::keyClick(&table(), Qt::Key_Tab);
+    EXPECT_EQ(&focused(), &find(list(), "disconnectButton"));
+    QTest::keyClick(&focused(), Qt::Key_Tab);
+    EXPECT_EQ(&focused(), &table());
+}
+
+} // namespace
+} // namespace companion::testing

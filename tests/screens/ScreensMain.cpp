@@ -1,0 +1,18 @@
+#include "views/qt/Accessibility.h"
+#include "views/qt/Theme.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QPalette>
+
+int main(int argc, char** argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    ::testing::InitGoogleTest(&argc, argv);
+    QApplication application(argc, argv);
+    QApplication::setPalette(QPalette(QColor(0x20, 0x20, 0x20))); // as on a dark desktop
+    companion::Theme::apply(application);
+    companion::installAccessibility();
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,85 @@
+#include "tests/screens/ScreenTest.h"
+#include "views/qt/ColoredView.h"
+
+#include <QComboBox>
+#include <QLabel>
+
+namespace companion::testing {
+namespace {
+
+class SettingsScreenTest : public ScreenTest {
+protected:
+    void open()
+    {
+        click(outlet("settingsIcon"));
+        QCoreApplication::processEvents();
+    }
+
+    /// The popover is a window of its own, a child of the main one.
+    template <typename View = QWidget> View& setting(const char* name) { return find<View>(m_window, name); }
+
+    std::vector<std::string> items(const char* popUp)
+    {
+        std::vector<std::string> items;
+        auto& button = setting<QComboBox>(popUp);
+        for (int i = 0; i < button.count(); ++i)
+            items.push_back(button.itemText(i).toStdString());
+        return items;
+    }
+};
+
+TEST_F(SettingsScreenTest, PopUpsHaveTheirItemsAndTheFirstOneIsChosen)
+{
+    open();
+    EXPECT_THAT(items("fpsButton"), ::testing::ElementsAre("15", "25", "30", "60"));
+    EXPECT_THAT(items("sessionPresentButton"), ::testing::ElementsAre("1080P", "720P"));
+    EXPECT_EQ(setting<QComboBox>("fpsButton").currentText(), "15");
+    EXPECT_EQ(setting<QComboBox>("sessionPresentButton").currentText(), "1080P");
+    EXPECT_FALSE(items("switchDeviceButton").empty());
+    EXPECT_FALSE(items("switchAudioDeviceButton").empty());
+}
+
+TEST_F(SettingsScreenTest, TheBackgroundIsWhite)
+{
+    open();
+    EXPECT_EQ(setting<ColoredView>("settingsView").backgroundColor(), QColor(255, 255, 255));
+}
+
+TEST_F(SettingsScreenTest, AChoiceOutlivesTheClosingOfThePopoverAndReachesNobody)
+{
+    open();
+    taken();
+    setting<QComboBox>("fpsButton").setCurrentText("30");
+    setting<QComboBox>("sessionPresentButton").setCurrentText("720P");
+    open(); // closes it
+    EXPECT_FALSE(setting("settingsView").isVisible());
+    open();
+    EXPECT_TRUE(setting("settingsView").isVisible());
+    EXPECT_EQ(setting<QComboBox>("fpsButton").currentText(), "30");
+    EXPECT_EQ(setting<QComboBox>("sessionPresentButton").currentText(), "720P");
+    EXPECT_EQ(taken(), "");
+    EXPECT_EQ(m_dashboard.httpSession.sent().size(), 0U);
+}
+
+TEST_F(SettingsScreenTest, PopUpsAreEquallyWideAndStandBesideTheirLabels)
+{
+    open();
+    for (const char* name : {"sessionPresent", "switchDevice", "switchAudioDevice"}) {
+        auto& button = setting<QComboBox>((std::string(name) + "Button").c_str());
+        auto& label = setting<QLabel>((std::string(name) + "Label").c_str());
+        EXPECT_EQ(button.width(), setting("fpsButton").width()) << name;
+        EXPECT_NEAR(button.geometry().center().y(), label.geometry().center().y(), 2) << name;
+        EXPECT_EQ(label.buddy(), &button);
+    }
+}
+
+TEST_F(SettingsScreenTest, TabGoesThroughThePopUpsFromTopToBottom)
+{
+    open();
+    EXPECT_THAT(tabOrder(4),
+        ::testing::ElementsAre(
+            "fpsButton", "sessionPresentButton", "switchDeviceButton", "switchAudioDeviceButton"));
+}
+
+} // namespace
+} // namespace companion::testing
