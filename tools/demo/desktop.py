@@ -24,10 +24,21 @@ def reach_mdns(processes, folder):
         bus = mdns.SystemBus(processes, folder)
         mdns.AvahiDaemon(processes, folder, bus, "lo")
     except Failure as problem:
-        print(problem)
+        print(problem, flush=True)
         return False
     os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = bus.address
     return True
+
+
+def run_companion(command):
+    """Its exit status. When this script is ended before, the application may still let go of the mouse button."""
+    companion = subprocess.Popen(command)
+    try:
+        return companion.wait()
+    finally:
+        if companion.poll() is None:
+            companion.terminate()
+            companion.wait()
 
 
 def main():
@@ -46,13 +57,15 @@ def main():
                 panel = Panel(processes, arguments.programs / "panel-simulator",
                               arguments=["--uploads", folder] + ([] if announced else ["--no-announce"]))
             except Failure as problem:
-                print(f"There is no simulated panel this time. {problem}")
+                print(f"There is no simulated panel this time. {problem}", flush=True)
             else:
-                print(f"The simulated panel is {panel.service_name!r}; touch it at http://127.0.0.1:5000/simulator/touch.")
+                print(f"The simulated panel is {panel.service_name!r}. While you cast, this touches its middle:\n"
+                      "  printf 'DOWN 16383 16383\\nUP 16383 16383\\n' |"
+                      " curl --data-binary @- http://127.0.0.1:5000/simulator/touch", flush=True)
                 if not announced:
-                    print("No mDNS daemon answers here, so the application is told of the panel by --panel.")
+                    print("No mDNS daemon answers here, so the application is told of the panel by --panel.", flush=True)
                     options = ["--panel", panel.service_name, *options]
-            return subprocess.run([arguments.programs / "panel-companion", *options], check=False).returncode
+            return run_companion([arguments.programs / "panel-companion", *options])
         finally:
             processes.end()
 
