@@ -23,7 +23,7 @@ QtDashboardView::QtDashboardView(Alerts& alerts, SystemLog& log, QWidget* parent
     m_devicesListView = new QtDevicesListView(this);
     m_devicesListView->hide();
     style();
-    m_scene->uploadProgressLabel->hide();
+    m_scene->fileUploadView->setModel(m_fileUploadView);
     connectControls();
 }
 
@@ -49,7 +49,7 @@ void QtDashboardView::style()
     m_scene->devicesListIcon->setIcon(QIcon(SvgImage::path("devices")));
     m_scene->settingsIcon->setIcon(QIcon(SvgImage::path("settings")));
 
-    for (QLabel* label : {m_scene->dragAndDropLabel, m_scene->emptyStateLabel, m_scene->uploadProgressLabel})
+    for (QLabel* label : {m_scene->dragAndDropLabel, m_scene->emptyStateLabel})
         label->setFont(Theme::font(FontFace::regular, 12));
     for (QLabel* label : {m_scene->deviceStatusLabel, m_scene->facingProblemLabel, m_scene->enableHDMILabel,
              m_scene->deviceHDMISubLabel})
@@ -117,17 +117,12 @@ void QtDashboardView::setUploadArrowImage(const std::string& imageName)
 
 void QtDashboardView::showUploads(const std::vector<UploadLine>& lines)
 {
-    QStringList texts;
-    for (const UploadLine& line : lines)
-        texts += QString::fromStdString(line.text());
-    m_scene->uploadProgressLabel->setText(texts.join('\n'));
-    m_scene->uploadProgressLabel->setHidden(lines.empty());
+    m_scene->uploadProgressBars->setLines(lines);
 }
 
-/// The label's name says what was announced last, not every percent.
 void QtDashboardView::announcePolitely(const std::string& text)
 {
-    m_scene->uploadProgressLabel->setAccessibleName(QString::fromStdString(text));
+    m_scene->uploadProgressBars->announce(QString::fromStdString(text));
 }
 
 void QtDashboardView::presentDevicesList(DevicesListViewController& controller)

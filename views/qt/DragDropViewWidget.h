@@ -1,0 +1,28 @@
+#pragma once
+
+#include "views/DragDropView.h"
+#include "views/qt/ImageView.h"
+
+namespace companion {
+
+/// The drop area: tells its model of drags from other programs, and of drops once the drag's source has been answered.
+class DragDropViewWidget : public ImageView {
+    Q_OBJECT
+
+public:
+    explicit DragDropViewWidget(QWidget* parent = nullptr);
+
+    /// The drop area to show, which must outlive the widget; called once.
+    void setModel(DragDropView& model) { m_model = &model; }
+
+protected:
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dragLeaveEvent(QDragLeaveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+private:
+    DragDropView* m_model = nullptr;
+};
+
+} // namespace companion
