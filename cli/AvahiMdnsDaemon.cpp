@@ -1,0 +1,74 @@
+#include "cli/AvahiMdnsDaemon.h"
+
+#include <algorithm>
+#include <QDBusConnection>
+#include <QDBusError>
+#include <QDBusMessage>
+
+namespace companion::cli {
+
+namespace {
+
+const auto connectionName = QStringLiteral("panelctl-look");
+const auto avahi = QStringLiteral("org.freedesktop.Avahi");
+
+QDBusMessage busCall(
+    const QDBusConnection& bus, const QString& method, const QVariantList& arguments, int time)
+{
+    const QString name = QStringLiteral("org.freedesktop.DBus");
+    auto call = QDBusMessage::createMethodCall(name, QStringLiteral("/org/freedesktop/DBus"), name, method);
+    call.setArguments(arguments);
+    return bus.call(call, QDBus::Block, time);
+}
+
+bool isSilent(const QDBusMessage& reply)
+{
+    return reply.type() == QDBusMessage::ErrorMessage && QDBusError(reply).type() == QDBusError::NoReply;
+}
+
+/// The daemon's own words for itself, for example "avahi 0.8".
+MdnsDaemonFacts lookAtDaemon(const QDBusConnection& bus, int time)
+{
+    const QDBusMessage owner = busCall(bus, QStringLiteral("GetNameOwner"), {avahi}, time);
+    if (isSilent(owner))
+        return {MdnsDaemonState::silentBus, ""};
+    if (owner.type() != QDBusMessage::ReplyMessage) {
+        const auto started =
+            busCall(bus, QStringLiteral("StartServiceByName"), {avahi, QVariant::fromValue(0U)}, time);
+        if (started.type() != QDBusMessage::ReplyMessage)
+            return {MdnsDaemonState::noDaemon, started.errorMessage().toStdString()};
+    }
+    const auto question = QDBusMessage::createMethodCall(avahi, QStringLiteral("/"),
+        QStringLiteral("org.freedesktop.Avahi.Server"), QStringLiteral("GetVersionString"));
+    const QDBusMessage version = bus.call(question, QDBus::Block, time);
+    const QString text = version.arguments().value(0).toString();
+    return {MdnsDaemonState::running, text.isEmpty() ? "Avahi" : text.toStdString()};
+}
+
+MdnsDaemonFacts look(int time)
+{
+    MdnsDaemonFacts facts;
+    {
+        const QByteArray address = qgetenv("DBUS_SYSTEM_BUS_ADDRESS");
+        const QDBusConnection bus = address.isEmpty()
+            ? QDBusConnection::connectToBus(QDBusConnection::SystemBus, connectionName)
+            : QDBusConnection::connectToBus(QString::fromLocal8Bit(address), connectionName);
+        facts = bus.isConnected()
+            ? lookAtDaemon(bus, time)
+            : MdnsDaemonFacts{MdnsDaemonState::noBus, bus.lastError().message().toStdString()};
+    }
+    QDBusConnection::disconnectFromBus(connectionName);
+    return facts;
+}
+
+} // namespace
+
+MdnsDaemonFacts AvahiMdnsDaemon::look(std::chrono::milliseconds time)
+{
+    // A call that gets no answer is over before the whole is, so that it can be told from a connection that hangs.
+    const int timeOfCall = static_cast<int>(std::max<std::chrono::milliseconds::rep>(time.count() / 4, 1));
+    const auto facts = m_calls.call(time, [timeOfCall] { return cli::look(timeOfCall); });
+    return facts.value_or(MdnsDaemonFacts{MdnsDaemonState::silentBus, ""});
+}
+
+} // namespace companion::cli

@@ -1,0 +1,214 @@
+#include "cli/Composition.h"
+
+#include "cli/AvahiMdnsDaemon.h"
+#include "cli/DiscoverCommand.h"
+#include "cli/DoctorCommand.h"
+#include "cli/PingCommand.h"
+#include "cli/PosixTcpProbe.h"
+#include "cli/ProcUdpPortHolder.h"
+#include "cli/StdioOutput.h"
+#include "cli/TouchbackCommand.h"
+#include "cli/TouchesCommand.h"
+#include "cli/TriggerCommand.h"
+#include "cli/UploadCommand.h"
+#include "cli/VerboseLog.h"
+#include "cli/XTestDisplayProbe.h"
+#include "platform/avahi/AvahiServiceBrowser.h"
+#include "platform/curl/CurlHttpSession.h"
+#include "platform/posix/PosixAsyncUdpSocketFactory.h"
+#include "platform/posix/PosixFileReader.h"
+#include "platform/posix/PosixInterfaceAddresses.h"
+#include "platform/posix/RoutedInterfaceName.h"
+#include "platform/posix/SignalDescriptor.h"
+#include "platform/qt/QtMainQueue.h"
+
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <ctime>
+#include <filesystem>
+#include <QCoreApplication>
+#include <QSocketNotifier>
+#include <QSysInfo>
+
+namespace companion::cli {
+
+namespace {
+
+constexpr auto programName = "panelctl " PANEL_COMPANION_VERSION;
+
+/// Tried out once more, since the reader only says that it cannot.
+std::string whyNotReadable(const std::string& path)
+{
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    if (error)
+        return error.message();
+    if (!std::filesystem::is_regular_file(status))
+        return std::filesystem::is_directory(status) ? "it is a folder" : "it is no regular file";
+    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (!file)
+        return std::strerror(errno);
+    std::fclose(file);
+    return "it cannot be read whole into memory";
+}
+
+std::string todayText()
+{
+    const std::time_t now = std::time(nullptr);
+    char text[32] = "";
+    std::tm parts{};
+    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S UTC", gmtime_r(&now, &parts));
+    return text;
+}
+
+} // namespace
+
+class Composition::Parts {
+public:
+    explicit Parts(const Options& options);
+    ~Parts();
+
+    int run();
+    bool hasLeftThreadsBehind() const { return m_calls.hasLeftThreadsBehind(); }
+
+private:
+    std::unique_ptr<Command> makeCommand();
+    std::unique_ptr<Command> makeTouches();
+    std::unique_ptr<Command> makeDoctor();
+    PanelChoice choice() const { return {m_options.panelAddress, m_options.panelName}; }
+    PanelSearch search() { return {m_browsers, m_mdnsDaemon, m_mainQueue}; }
+    PanelRequestTools requestTools() { return {search(), m_observedSession}; }
+    PanelRequestOptions requestOptions() const { return {choice(), m_options.timeout}; }
+    PanelRequestHost host() { return {m_observedSession, m_interfaceAddresses, m_interfaceName, m_log}; }
+    void takeSignals();
+
+    const Options m_options;
+    StdioOutput m_output;
+    VerboseLog m_log;
+    BoundedCalls m_calls;
+    QtMainQueue m_mainQueue;
+
+    PosixInterfaceAddresses m_interfaceAddresses;
+    RoutedInterfaceName m_interfaceName;
+    AvahiMdnsDaemon m_mdnsDaemon{m_calls};
+    AvahiServiceBrowserFactory m_browsers{m_mainQueue, m_log};
+    PosixAsyncUdpSocketFactory m_sockets{m_mainQueue, m_log};
+    ProcUdpPortHolder m_portHolder;
+    PosixTcpProbe m_tcpProbe;
+    XTestDisplayProbe m_displayProbe{m_calls};
+    PosixFileReader m_fileReader;
+    std::unique_ptr<CurlHttpSession> m_httpSession;
+    ObservedHttpSession m_observedSession;
+
+    std::unique_ptr<Command> m_command;
+    SignalDescriptor m_signals;
+    QSocketNotifier m_signalNotifier;
+};
+
+Composition::Parts::Parts(const Options& options)
+    : m_options(options)
+    , m_log(m_output, options.isVerbose)
+    , m_interfaceName(options.interfaceName)
+    , m_httpSession(std::make_unique<CurlHttpSession>(m_log))
+    , m_observedSession(*m_httpSession, options.timeout)
+    , m_command(makeCommand())
+    , m_signalNotifier(m_signals.fd(), QSocketNotifier::Read)
+{
+    QObject::connect(&m_signalNotifier, &QSocketNotifier::activated, qApp, [this] { takeSignals(); });
+}
+
+/// Requests and jobs go first, since they know the command.
+Composition::Parts::~Parts()
+{
+    m_httpSession.reset();
+    m_mainQueue.dropAllJobs();
+}
+
+int Composition::Parts::run()
+{
+    int status = 0;
+    m_mainQueue.async([this, &status] {
+        m_command->start([this, &status](const Result& result) {
+            status = static_cast<int>(result.status);
+            report(result, entryOf(m_options.command).name, m_options.isJson, m_output);
+            QCoreApplication::quit();
+        });
+    });
+    const int signal = QCoreApplication::exec();
+    return signal != 0 ? signal : status;
+}
+
+/// A command that has no end of its own ends as the signal would have ended it.
+void Composition::Parts::takeSignals()
+{
+    while (const auto signal = m_signals.take()) {
+        if (!m_command->interrupt())
+            QCoreApplication::exit(128 + *signal);
+    }
+}
+
+std::unique_ptr<Command> Composition::Parts::makeCommand()
+{
+    switch (m_options.command) {
+    case CommandName::discover:
+        return std::make_unique<DiscoverCommand>(search(), m_output,
+            DiscoverCommand::Request{choice(),
+                std::min(m_options.searchTime, m_options.timeout.value_or(m_options.searchTime)),
+                m_options.isJson});
+    case CommandName::ping:
+        return std::make_unique<PingCommand>(requestTools(), requestOptions(), host());
+    case CommandName::touchback:
+        return std::make_unique<TouchbackCommand>(requestTools(), requestOptions(), host(),
+            TouchbackCommand::Switch{m_options.switchesOn, m_options.isHDMI});
+    case CommandName::trigger:
+        return std::make_unique<TriggerCommand>(requestTools(), requestOptions(), host());
+    case CommandName::upload:
+        return std::make_unique<UploadCommand>(requestTools(), requestOptions(),
+            UploadCommand::Tools{m_fileReader, m_log, m_output, whyNotReadable}, m_options.file);
+    case CommandName::touches:
+        return makeTouches();
+    case CommandName::doctor:
+        break;
+    }
+    return makeDoctor();
+}
+
+std::unique_ptr<Command> Composition::Parts::makeTouches()
+{
+    return std::make_unique<TouchesCommand>(
+        TouchesCommand::Tools{search(), m_sockets, m_portHolder, m_output, std::chrono::steady_clock::now},
+        TouchesCommand::Request{choice(), m_options.timeout, m_options.recording,
+            std::string(programName) + ", " + todayText(), m_options.isJson});
+}
+
+std::unique_ptr<Command> Composition::Parts::makeDoctor()
+{
+    return std::make_unique<DoctorCommand>(
+        DoctorCommand::Tools{search(), m_sockets, m_portHolder, m_tcpProbe, m_displayProbe, m_observedSession,
+            host(), m_output, std::chrono::steady_clock::now},
+        DoctorCommand::Request{choice(), m_options.interfaceName, m_options.timeout, m_options.awaitsTouches,
+            m_options.isJson, programName,
+            QSysInfo::prettyProductName().toStdString() + ", Linux "
+                + QSysInfo::kernelVersion().toStdString()});
+}
+
+Composition::Composition(const Options& options)
+    : m_parts(std::make_unique<Parts>(options))
+{
+}
+
+Composition::~Composition() = default;
+
+int Composition::run()
+{
+    return m_parts->run();
+}
+
+bool Composition::hasLeftThreadsBehind() const
+{
+    return m_parts->hasLeftThreadsBehind();
+}
+
+} // namespace companion::cli

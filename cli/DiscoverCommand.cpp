@@ -1,0 +1,98 @@
+#include "cli/DiscoverCommand.h"
+
+#include "cli/SecondsText.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace companion::cli {
+
+namespace {
+
+constexpr std::chrono::seconds timeForDaemon{3};
+constexpr std::size_t addressColumn = 17; // the longest address and two blanks
+
+std::string panelLine(const PanelName& panel)
+{
+    std::string line = panel.ip;
+    line.resize(std::max(addressColumn, line.size() + 1), ' ');
+    return line + panel.name + " (" + panel.model + ")";
+}
+
+std::string panelJson(const PanelName& panel)
+{
+    return JsonObject()
+        .add("name", panel.name)
+        .add("address", panel.ip)
+        .add("model", panel.model)
+        .add("hexAddress", panel.hex)
+        .text();
+}
+
+} // namespace
+
+DiscoverCommand::DiscoverCommand(PanelSearch search, Output& output, Request request)
+    : m_search(search)
+    , m_output(output)
+    , m_request(std::move(request))
+    , m_browse(search.browsers)
+{
+}
+
+void DiscoverCommand::start(Finished finished)
+{
+    m_finished = std::move(finished);
+    const std::string whyNot = whyNoPanelCanBeFound(m_search.mdnsDaemon.look(timeForDaemon));
+    if (!whyNot.empty()) {
+        std::exchange(m_finished, nullptr)(
+            {ExitStatus::noPanel, whyNot, JsonObject().addJson("panels", "[]")});
+        return;
+    }
+    m_browse.start([this](const PanelName& panel) { hearOf(panel); });
+    m_search.mainQueue.after(m_request.time, [weak = std::weak_ptr(m_self)] {
+        if (const auto self = weak.lock())
+            (*self)->end();
+    });
+}
+
+bool DiscoverCommand::interrupt()
+{
+    end();
+    return true;
+}
+
+void DiscoverCommand::hearOf(const PanelName& panel)
+{
+    if (!m_finished || !m_request.choice.includes(panel))
+        return;
+    if (!m_request.isJson)
+        m_output.print(panelLine(panel));
+    if (m_request.choice.isMade())
+        end();
+}
+
+void DiscoverCommand::end()
+{
+    if (m_finished)
+        std::exchange(m_finished, nullptr)(result());
+}
+
+Result DiscoverCommand::result() const
+{
+    std::vector<std::string> found;
+    for (const PanelName& panel : m_browse.panels()) {
+        if (m_request.choice.includes(panel))
+            found.push_back(panelJson(panel));
+    }
+    Result result;
+    result.json.addJson("panels", jsonArray(found));
+    if (!found.empty())
+        return result;
+    result.status = ExitStatus::noPanel;
+    result.text = "no panel announced itself within " + secondsText(m_request.time);
+    if (m_request.choice.isMade())
+        result.text = "that panel did not announce itself within " + secondsText(m_request.time);
+    return result;
+}
+
+} // namespace companion::cli

@@ -1,0 +1,213 @@
+#include "cli/DoctorCommand.h"
+
+#include "cli/TouchesCommand.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace companion::cli {
+
+namespace {
+
+constexpr std::chrono::seconds timeOfStep{3};
+constexpr std::chrono::seconds timeToTouch{15};
+constexpr std::size_t mostPanelsAsked = 8;
+
+} // namespace
+
+DoctorCommand::DoctorCommand(const Tools& tools, Request request)
+    : m_tools(tools)
+    , m_request(std::move(request))
+    , m_touchBack(tools.host)
+{
+}
+
+void DoctorCommand::start(Finished finished)
+{
+    m_finished = std::move(finished);
+    m_tools.httpSession.setObserver(
+        [&queue = m_tools.search.mainQueue, weak = std::weak_ptr(m_self)](const Outcome&) {
+            queue.async([weak] {
+                if (const auto self = weak.lock()) {
+                    --(*self)->m_unansweredRequests;
+                    (*self)->finishWhenPanelIsTold();
+                }
+            });
+        });
+    tell(versionCheck(m_request.version, m_request.system));
+    const MdnsDaemonFacts daemon = m_tools.search.mdnsDaemon.look(stepTime());
+    tell(mdnsDaemonCheck(daemon));
+    m_whyNoSearch = whyNoPanelCanBeFound(daemon);
+    if (m_whyNoSearch.empty())
+        lookForPanels();
+    else
+        later({}, &DoctorCommand::checkPorts);
+}
+
+void DoctorCommand::lookForPanels()
+{
+    m_isLooking = true;
+    m_browse = std::make_unique<PanelBrowse>(m_tools.search.browsers);
+    m_browse->start([this](const PanelName& panel) {
+        // Others do not matter any more.
+        if (m_request.choice.isMade() && m_request.choice.includes(panel))
+            later({}, &DoctorCommand::looksDone);
+    });
+    later(stepTime(), &DoctorCommand::looksDone);
+}
+
+void DoctorCommand::looksDone()
+{
+    if (std::exchange(m_isLooking, false))
+        checkPorts();
+}
+
+void DoctorCommand::checkPorts()
+{
+    tell(panelsCheck(m_browse ? m_browse->panels() : std::vector<PanelName>(),
+        m_browse ? m_browse->otherServices() : 0, m_request.choice, m_whyNoSearch));
+    tell(interfaceCheck(m_tools.host.interfaceAddresses, m_tools.host.interfaceNameRule,
+        m_request.interfaceName, onePanel()));
+    const std::vector<std::string> addresses = panelAddresses();
+    if (addresses.empty())
+        tell(noPortCheck());
+    else
+        for (const PortAnswer& answer : m_tools.tcpProbe.connectTo(addresses, {5000, 5505}, stepTime()))
+            tell(portCheck(answer));
+    checkTouchPort();
+}
+
+void DoctorCommand::checkTouchPort()
+{
+    m_socket = m_tools.sockets.makeSocket(*this, "client udp socket");
+    const auto error = m_socket->bindToPort(touchPort);
+    tell(touchPortCheck(error, error ? m_tools.portHolder.holdersOf(touchPort) : std::vector<PortHolder>()));
+    if (!m_request.awaitsTouches) {
+        m_socket->close();
+        checkDisplay();
+    } else if (error || m_socket->beginReceiving()) {
+        m_socket->close();
+        tell(noTouchesCheck());
+        checkDisplay();
+    } else {
+        awaitTouches();
+    }
+}
+
+void DoctorCommand::awaitTouches()
+{
+    m_isAwaitingTouches = true;
+    m_waitBegan = m_tools.now();
+    switchTouchback(/*isOn=*/true);
+    m_tools.output.complain("touch the panel now");
+    m_tools.search.mainQueue.after(touchTime(), [weak = std::weak_ptr(m_self)] {
+        if (const auto self = weak.lock())
+            (*self)->touchesDone(std::nullopt, "");
+    });
+}
+
+void DoctorCommand::udpSocketDidReceiveData(
+    AsyncUdpSocket& /*socket*/, std::string_view /*data*/, const UdpSender& from)
+{
+    const auto panel = onePanel();
+    if (panel && *panel != from.host)
+        return;
+    touchesDone(
+        std::chrono::duration_cast<std::chrono::milliseconds>(m_tools.now() - m_waitBegan), from.host);
+}
+
+void DoctorCommand::touchesDone(
+    const std::optional<std::chrono::milliseconds>& after, const std::string& sender)
+{
+    if (!std::exchange(m_isAwaitingTouches, false))
+        return;
+    m_socket->close();
+    switchTouchback(/*isOn=*/false);
+    tell(touchesCheck(after, sender, touchTime()));
+    checkDisplay();
+}
+
+void DoctorCommand::checkDisplay()
+{
+    tell(displayCheck(m_tools.displayProbe.look(stepTime())));
+    m_isComplete = true;
+    finishWhenPanelIsTold();
+    later(stepTime(), &DoctorCommand::finish);
+}
+
+/// The program's end would cut off the request that switches touchback off.
+void DoctorCommand::finishWhenPanelIsTold()
+{
+    if (m_isComplete && m_unansweredRequests == 0)
+        finish();
+}
+
+void DoctorCommand::tell(const Check& check)
+{
+    m_checks.push_back(check);
+    if (!m_request.isJson)
+        m_tools.output.printCheck(check.mark, checkLine(check));
+}
+
+void DoctorCommand::finish()
+{
+    if (!m_finished)
+        return;
+    std::vector<std::string> checks;
+    bool hasFailed = false;
+    for (const Check& check : m_checks) {
+        checks.push_back(checkJson(check).text());
+        hasFailed |= check.mark == Mark::fail;
+    }
+    std::exchange(m_finished, nullptr)({hasFailed ? ExitStatus::refused : ExitStatus::done,
+        summaryText(m_checks), JsonObject().addJson("checks", jsonArray(checks))});
+}
+
+void DoctorCommand::later(std::chrono::milliseconds delay, void (DoctorCommand::*step)())
+{
+    m_tools.search.mainQueue.after(delay, [step, weak = std::weak_ptr(m_self)] {
+        if (const auto self = weak.lock())
+            ((**self).*step)();
+    });
+}
+
+std::chrono::milliseconds DoctorCommand::stepTime() const
+{
+    return m_request.timeout.value_or(timeOfStep);
+}
+
+std::chrono::milliseconds DoctorCommand::touchTime() const
+{
+    return m_request.timeout.value_or(timeToTouch);
+}
+
+std::vector<std::string> DoctorCommand::panelAddresses() const
+{
+    if (m_request.choice.address)
+        return {*m_request.choice.address};
+    std::vector<std::string> addresses;
+    for (const PanelName& panel : m_browse ? m_browse->panels() : std::vector<PanelName>()) {
+        if (m_request.choice.includes(panel) && addresses.size() < mostPanelsAsked)
+            addresses.push_back(panel.ip);
+    }
+    return addresses;
+}
+
+std::optional<std::string> DoctorCommand::onePanel() const
+{
+    const std::vector<std::string> addresses = panelAddresses();
+    return addresses.size() == 1 ? std::optional(addresses.front()) : std::nullopt;
+}
+
+/// A panel sends no touches to a computer that has not asked for them.
+void DoctorCommand::switchTouchback(bool isOn)
+{
+    const auto panel = onePanel();
+    if (!panel)
+        return;
+    const int before = m_tools.httpSession.sentRequests();
+    m_touchBack.enableHDMITouchback(isOn, /*fromHDMI=*/true, panel);
+    m_unansweredRequests += m_tools.httpSession.sentRequests() - before;
+}
+
+} // namespace companion::cli

@@ -1,0 +1,91 @@
+#pragma once
+
+#include "cli/Command.h"
+#include "cli/DoctorProbes.h"
+#include "cli/ObservedHttpSession.h"
+#include "cli/PanelFinder.h"
+#include "cli/UdpPortHolder.h"
+#include "panel/HDMITouchBack.h"
+#include "platform/AsyncUdpSocket.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace companion::cli {
+
+/// `doctor`: looks at everything that a panel and this computer need of each other. Each step takes a bounded time,
+/// and so does the whole. Main thread only.
+class DoctorCommand : public Command, private AsyncUdpSocketDelegate {
+public:
+    struct Tools {
+        PanelSearch search;
+        AsyncUdpSocketFactory& sockets;
+        const UdpPortHolder& portHolder;
+        TcpProbe& tcpProbe;
+        DisplayProbe& displayProbe;
+        ObservedHttpSession& httpSession;
+        PanelRequestHost host; ///< Sends by `httpSession`.
+        Output& output;
+        std::function<std::chrono::steady_clock::time_point()> now;
+    };
+
+    struct Request {
+        PanelChoice choice;
+        std::optional<std::string> interfaceName;
+        std::optional<std::chrono::milliseconds> timeout; ///< Of each step.
+        bool awaitsTouches = false;
+        bool isJson = false;
+        std::string version;
+        std::string system;
+    };
+
+    DoctorCommand(const Tools& tools, Request request);
+
+    void start(Finished finished) override;
+
+private:
+    void udpSocketDidReceiveData(
+        AsyncUdpSocket& socket, std::string_view data, const UdpSender& from) override;
+
+    // The steps, each of which goes on to the next one by itself.
+    void lookForPanels();
+    void looksDone();
+    void checkPorts();
+    void checkTouchPort();
+    void awaitTouches();
+    void touchesDone(const std::optional<std::chrono::milliseconds>& after, const std::string& sender);
+    void checkDisplay();
+    void finishWhenPanelIsTold();
+
+    void tell(const Check& check);
+    void finish();
+    void later(std::chrono::milliseconds delay, void (DoctorCommand::*step)());
+    std::chrono::milliseconds stepTime() const;
+    std::chrono::milliseconds touchTime() const;
+
+    /// The panels to ask: the one that is meant, else those that were found.
+    std::vector<std::string> panelAddresses() const;
+    std::optional<std::string> onePanel() const;
+    void switchTouchback(bool isOn);
+
+    Tools m_tools;
+    Request m_request;
+    Finished m_finished;
+    std::vector<Check> m_checks;
+    std::string m_whyNoSearch;
+    std::unique_ptr<PanelBrowse> m_browse;
+    bool m_isLooking = false;
+
+    HDMITouchBack m_touchBack;
+    std::unique_ptr<AsyncUdpSocket> m_socket;
+    bool m_isAwaitingTouches = false;
+    int m_unansweredRequests = 0;
+    bool m_isComplete = false;
+    std::chrono::steady_clock::time_point m_waitBegan;
+    std::shared_ptr<DoctorCommand*> m_self = std::make_shared<DoctorCommand*>(this);
+};
+
+} // namespace companion::cli

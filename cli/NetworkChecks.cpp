@@ -1,0 +1,137 @@
+#include "cli/NetworkChecks.h"
+
+#include "panel/LocalAddress.h"
+
+#include <algorithm>
+
+namespace companion::cli {
+
+namespace {
+
+bool hasInterface(const std::vector<InterfaceAddress>& entries, const std::string& name)
+{
+    return std::any_of(entries.begin(), entries.end(),
+        [&](const InterfaceAddress& entry) { return entry.interfaceName == name; });
+}
+
+/// "eth0, wlan0": those that could be told to panels.
+std::string usableInterfaces(const std::vector<InterfaceAddress>& entries)
+{
+    std::vector<std::string> names;
+    for (const InterfaceAddress& entry : entries) {
+        const bool isUsable = entry.address && entry.address->family == AddressFamily::ipv4;
+        if (isUsable && std::find(names.begin(), names.end(), entry.interfaceName) == names.end())
+            names.push_back(entry.interfaceName);
+    }
+    std::string text;
+    for (const std::string& name : names)
+        text += (text.empty() ? "" : ", ") + name;
+    return text.empty() ? "none" : text;
+}
+
+std::string ruleText(
+    const std::optional<std::string>& chosenName, const std::optional<std::string>& panelAddress)
+{
+    if (chosenName)
+        return "chosen by --interface";
+    if (panelAddress)
+        return "leads to " + *panelAddress;
+    return "has the default route";
+}
+
+std::string listText(const std::vector<PanelName>& panels)
+{
+    std::string text;
+    for (const PanelName& panel : panels)
+        text += (text.empty() ? "" : ", ") + panel.name + " (" + panel.ip + ")";
+    return text;
+}
+
+} // namespace
+
+Check interfaceCheck(const InterfaceAddresses& addresses, const InterfaceNameRule& rule,
+    const std::optional<std::string>& chosenName, const std::optional<std::string>& panelAddress)
+{
+    Check check{"network interface", Mark::fail, "", ""};
+    const auto entries = addresses.list().value_or(std::vector<InterfaceAddress>());
+    const std::string name = rule.interfaceNameTowards(panelAddress);
+    const std::string others = "with an IPv4 address there are: " + usableInterfaces(entries);
+    if (name.empty()) {
+        check.found = panelAddress ? "none leads to " + *panelAddress : "none has a default route";
+        check.advice = "connect to the panel's network, or choose one with --interface (" + others + ")";
+        return check;
+    }
+    const std::string address = getLocalIPAddress(addresses, name);
+    const std::string rules = name + " (" + ruleText(chosenName, panelAddress) + ")";
+    if (address.empty()) {
+        check.found = rules
+            + (hasInterface(entries, name) ? " has no IPv4 address" : " does not exist or has no address");
+        check.advice = "connect it, or choose another one with --interface (" + others + ")";
+        return check;
+    }
+    check.found = rules + " with " + address;
+    const bool isLoopback =
+        address.starts_with("127.") && !(panelAddress && panelAddress->starts_with("127."));
+    check.mark = isLoopback ? Mark::warn : Mark::ok;
+    if (isLoopback)
+        check.advice = "no panel on the network can send touches there: choose another one with --interface";
+    return check;
+}
+
+Check mdnsDaemonCheck(const MdnsDaemonFacts& facts)
+{
+    if (facts.state == MdnsDaemonState::running)
+        return {"mDNS daemon", Mark::ok, facts.detail + " runs", ""};
+    const std::string advice = facts.state == MdnsDaemonState::noDaemon
+        ? "install avahi-daemon and start it: sudo systemctl start avahi-daemon"
+        : "start the system bus: sudo systemctl start dbus";
+    return {"mDNS daemon", Mark::fail, whyNoPanelCanBeFound(facts), advice};
+}
+
+Check panelsCheck(const std::vector<PanelName>& panels, std::size_t otherServices, const PanelChoice& choice,
+    const std::string& whyNot)
+{
+    Check check{"panels", Mark::warn, "", ""};
+    if (!whyNot.empty()) {
+        check.found = "not looked for";
+        check.advice = "a panel can be given with --panel-address";
+        return check;
+    }
+    check.found = panels.empty() ? "none announces itself" : listText(panels);
+    if (otherServices > 0)
+        check.found += ", beside " + std::to_string(otherServices) + " other AirPlay service"
+            + (otherServices == 1 ? "" : "s");
+    const bool isChosenThere = std::any_of(
+        panels.begin(), panels.end(), [&](const PanelName& panel) { return choice.includes(panel); });
+    if (isChosenThere) {
+        check.mark = Mark::ok;
+        return check;
+    }
+    if (choice.name) {
+        check.mark = Mark::fail;
+        check.found += "; none is called \"" + *choice.name + "\"";
+    }
+    check.advice = "is the panel on, in this network, and multicast (UDP port 5353) not blocked?";
+    return check;
+}
+
+Check portCheck(const PortAnswer& answer)
+{
+    Check check{"panel's port " + std::to_string(answer.port), Mark::ok, answer.address + " answers", ""};
+    if (answer.error.empty())
+        return check;
+    check.mark = Mark::fail;
+    check.found = answer.address + ": " + answer.error;
+    check.advice = answer.error == "Connection refused"
+        ? "no service listens there: restart the panel, or check its address"
+        : "is the panel on, and in a network that this computer reaches?";
+    return check;
+}
+
+Check noPortCheck()
+{
+    return {"panel's ports", Mark::warn, "not checked, since no panel is known",
+        "name one with --panel-address or --panel"};
+}
+
+} // namespace companion::cli

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "discovery/PanelName.h"
+#include "platform/ServiceBrowser.h"
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace companion::cli {
+
+/// Watches the network for panels, by the rules that the application lists them by. Main thread only.
+class PanelBrowse : private ServiceBrowserDelegate, private ServiceDelegate {
+public:
+    using OnPanel = std::function<void(const PanelName& panel)>;
+
+    explicit PanelBrowse(ServiceBrowserFactory& browsers);
+    ~PanelBrowse() override;
+    PanelBrowse(const PanelBrowse&) = delete;
+    PanelBrowse& operator=(const PanelBrowse&) = delete;
+
+    /// `onPanel`, which may be empty, hears of each panel once, as soon as its service resolves. Called once.
+    void start(OnPanel onPanel = {});
+
+    /// Those that are there now, in the order in which they came.
+    const std::vector<PanelName>& panels() const { return m_panels; }
+
+    /// The services that are there now and are no panels of a known model.
+    std::size_t otherServices() const;
+
+private:
+    void netServiceBrowserDidFindService(std::shared_ptr<Service> service, bool moreComing) override;
+    void netServiceBrowserDidRemoveService(std::shared_ptr<Service> service, bool moreComing) override;
+    void netServiceDidResolveAddress(Service& service) override;
+
+    ServiceBrowserFactory& m_browsers;
+    OnPanel m_onPanel;
+    std::unique_ptr<ServiceBrowser> m_browser;
+    std::vector<std::shared_ptr<Service>> m_services;
+    std::vector<PanelName> m_panels;
+};
+
+} // namespace companion::cli

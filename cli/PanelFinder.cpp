@@ -1,0 +1,89 @@
+#include "cli/PanelFinder.h"
+
+#include "cli/SecondsText.h"
+
+#include <utility>
+#include <vector>
+
+namespace companion::cli {
+
+namespace {
+
+/// Another panel of the same name has so long to show itself.
+constexpr std::chrono::milliseconds timeForNamesakes{300};
+constexpr std::chrono::seconds timeForDaemon{3};
+
+std::string addressList(const std::vector<PanelName>& panels)
+{
+    std::string text;
+    for (const PanelName& panel : panels)
+        text += (text.empty() ? "" : ", ") + panel.ip;
+    return text;
+}
+
+} // namespace
+
+PanelFinder::PanelFinder(PanelSearch search, PanelChoice choice, std::chrono::milliseconds time)
+    : m_search(search)
+    , m_choice(std::move(choice))
+    , m_time(time)
+{
+}
+
+PanelFinder::~PanelFinder() = default;
+
+void PanelFinder::find(OnFound onFound)
+{
+    m_onFound = std::move(onFound);
+    if (m_choice.address) {
+        tell({m_choice.address, ""});
+        return;
+    }
+    const std::string whyNot = whyNoPanelCanBeFound(m_search.mdnsDaemon.look(timeForDaemon));
+    if (!whyNot.empty()) {
+        tell({std::nullopt, whyNot});
+        return;
+    }
+    m_browse = std::make_unique<PanelBrowse>(m_search.browsers);
+    m_browse->start([this](const PanelName& panel) { hearOf(panel); });
+    m_search.mainQueue.after(m_time, [weak = std::weak_ptr(m_self)] {
+        if (const auto self = weak.lock())
+            (*self)->decide();
+    });
+}
+
+void PanelFinder::hearOf(const PanelName& panel)
+{
+    if (!m_choice.includes(panel) || std::exchange(m_isDeciding, true))
+        return;
+    m_search.mainQueue.after(timeForNamesakes, [weak = std::weak_ptr(m_self)] {
+        if (const auto self = weak.lock())
+            (*self)->decide();
+    });
+}
+
+void PanelFinder::decide()
+{
+    if (!m_onFound)
+        return;
+    std::vector<PanelName> found = m_browse->panels();
+    std::erase_if(found, [this](const PanelName& panel) { return !m_choice.includes(panel); });
+    if (found.size() == 1)
+        tell({found.front().ip, ""});
+    else if (found.empty())
+        tell({std::nullopt,
+            "no panel called \"" + m_choice.name.value_or("") + "\" announced itself within "
+                + secondsText(m_time)});
+    else
+        tell({std::nullopt,
+            "several panels are called \"" + m_choice.name.value_or("") + "\" (" + addressList(found)
+                + "): use --panel-address"});
+}
+
+void PanelFinder::tell(const Found& found)
+{
+    const OnFound onFound = std::exchange(m_onFound, nullptr);
+    onFound(found);
+}
+
+} // namespace companion::cli

@@ -1,0 +1,106 @@
+#include "cli/PanelRequestCommand.h"
+
+#include "cli/SecondsText.h"
+
+#include <utility>
+
+namespace companion::cli {
+
+namespace {
+
+constexpr std::chrono::seconds timeToFindPanel{5};
+constexpr std::chrono::seconds timeForAnswer{60};
+
+} // namespace
+
+PanelRequestCommand::PanelRequestCommand(PanelRequestTools tools, PanelRequestOptions options)
+    : m_tools(tools)
+    , m_options(std::move(options))
+    , m_finder(tools.search, m_options.choice, m_options.timeout.value_or(timeToFindPanel))
+{
+}
+
+void PanelRequestCommand::start(Finished finished)
+{
+    m_finished = std::move(finished);
+    m_finder.find([this](const PanelFinder::Found& found) {
+        if (found.address)
+            sendTo(*found.address);
+        else
+            finish({ExitStatus::noPanel, found.whyNot, {}});
+    });
+}
+
+void PanelRequestCommand::sendTo(const std::string& address)
+{
+    m_address = address;
+    m_tools.httpSession.setObserver(
+        [&queue = m_tools.search.mainQueue, weak = std::weak_ptr(m_self)](const Outcome& outcome) {
+            queue.async([weak, outcome] {
+                if (const auto self = weak.lock())
+                    (*self)->finish((*self)->resultOf(outcome));
+            });
+        });
+    if (const auto refusal = send(address)) {
+        finish(*refusal);
+        return;
+    }
+    if (m_tools.httpSession.sentRequests() == 0)
+        finish(networkFailure("its address makes no URL"));
+    else if (isShort())
+        setDeadline();
+}
+
+/// The session watches for idleness; this is for an answer that trickles in for ever.
+void PanelRequestCommand::setDeadline()
+{
+    const auto time = m_options.timeout.value_or(timeForAnswer);
+    m_tools.search.mainQueue.after(time, [time, weak = std::weak_ptr(m_self)] {
+        if (const auto self = weak.lock())
+            (*self)->finish((*self)->networkFailure("no answer within " + secondsText(time)));
+    });
+}
+
+void PanelRequestCommand::finish(Result result)
+{
+    if (m_finished)
+        std::exchange(m_finished, nullptr)(std::move(result));
+}
+
+Result PanelRequestCommand::resultOf(const Outcome& outcome)
+{
+    if (outcome.error) {
+        Result failure = networkFailure(*outcome.error);
+        if (outcome.status)
+            failure.json.addNumber("status", *outcome.status);
+        return failure;
+    }
+    Result result = resultOfAnswer(*outcome.status, outcome.body);
+    JsonObject answer;
+    answer.add("address", m_address)
+        .addNumber("status", *outcome.status)
+        .add("answer", excerpt(outcome.body));
+    result.json = answer.addMembers(result.json);
+    return result;
+}
+
+Result PanelRequestCommand::networkFailure(const std::string& why) const
+{
+    return {ExitStatus::network, m_address + ": " + why, JsonObject().add("address", m_address)};
+}
+
+std::string PanelRequestCommand::excerpt(const std::string& body)
+{
+    constexpr std::size_t longest = 200;
+    return body.size() <= longest ? body : body.substr(0, longest) + "...";
+}
+
+Result PanelRequestCommand::refusalByStatus(int status, const std::string& body) const
+{
+    std::string text = m_address + " answered with status " + std::to_string(status);
+    if (!body.empty())
+        text += ": " + excerpt(body);
+    return {ExitStatus::refused, text, {}};
+}
+
+} // namespace companion::cli

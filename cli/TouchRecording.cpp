@@ -1,0 +1,45 @@
+#include "cli/TouchRecording.h"
+
+namespace companion::cli {
+
+namespace {
+
+constexpr std::chrono::milliseconds lastMoment{86'400'000};
+
+} // namespace
+
+TouchRecording::TouchRecording(std::ostream& target, std::string_view comment)
+    : m_target(target)
+{
+    m_target << "panel-touches 1\n# " << recordedText(comment) << '\n';
+}
+
+void TouchRecording::take(std::string_view datagram, TimePoint now)
+{
+    if (m_isEmpty)
+        m_first = now;
+    m_isEmpty = false;
+    const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(now - m_first);
+    if (time > lastMoment)
+        return;
+    // Flushed at once: what was recorded up to a crash is what is wanted of it.
+    m_target << time.count() << ' ' << recordedText(datagram) << std::endl;
+}
+
+std::string recordedText(std::string_view datagram)
+{
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text;
+    for (const char c : datagram) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '\\')
+            text += "\\\\";
+        else if (byte >= 0x20 && byte <= 0x7E)
+            text += c;
+        else
+            text += std::string("\\x") + digits[byte >> 4] + digits[byte & 15];
+    }
+    return text;
+}
+
+} // namespace companion::cli

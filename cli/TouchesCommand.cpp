@@ -1,0 +1,184 @@
+#include "cli/TouchesCommand.h"
+
+#include "cli/SecondsText.h"
+#include "touchback/Number.h"
+#include "touchback/TouchMessage.h"
+
+#include <array>
+#include <cstdio>
+#include <utility>
+
+namespace companion::cli {
+
+namespace {
+
+constexpr std::chrono::seconds timeToFindPanel{5};
+
+double millisecondsBetween(
+    std::chrono::steady_clock::time_point first, std::chrono::steady_clock::time_point now)
+{
+    return std::chrono::duration<double, std::milli>(now - first).count();
+}
+
+/// The number where it is one, the text that came where not.
+std::string coordinateJson(std::string_view text)
+{
+    const auto number = parseNumber(text);
+    return number ? jsonNumber(*number) : jsonText(text);
+}
+
+std::string touchJson(double milliseconds, std::string_view datagram, const UdpSender& from)
+{
+    JsonObject json;
+    json.addNumber("ms", milliseconds).add("from", from.host);
+    const auto message = parseTouchMessage(datagram);
+    if (!message || message->event.empty())
+        return json.add("malformed", recordedText(datagram)).text();
+    return json.add("event", message->event)
+        .addJson("x", coordinateJson(message->xCoordinate))
+        .addJson("y", coordinateJson(message->yCoordinate))
+        .add("timeStamp", message->timeStamp)
+        .text();
+}
+
+/// "    16.204 ms  MOVE,16400,16390,1700000000016;  192.168.1.20"
+std::string touchLine(double milliseconds, std::string_view datagram, const UdpSender& from)
+{
+    std::array<char, 32> time{};
+    std::snprintf(time.data(), time.size(), "%10.3f ms  ", milliseconds);
+    return time.data() + recordedText(datagram) + "  " + from.host;
+}
+
+} // namespace
+
+std::string whyNoTouchesCanBeHeard(const std::string& error, const UdpPortHolder& portHolder)
+{
+    const std::string port = "UDP port " + std::to_string(touchPort);
+    if (error != "Address already in use")
+        return port + ": " + error;
+    return port + " is held by " + holdersText(portHolder.holdersOf(touchPort));
+}
+
+TouchesCommand::TouchesCommand(const Tools& tools, Request request)
+    : m_tools(tools)
+    , m_request(std::move(request))
+    , m_finder(tools.search, m_request.choice, m_request.time.value_or(timeToFindPanel))
+{
+}
+
+void TouchesCommand::start(Finished finished)
+{
+    m_finished = std::move(finished);
+    if (m_request.choice.isMade())
+        m_finder.find([this](const PanelFinder::Found& found) { begin(found); });
+    else
+        begin({});
+}
+
+void TouchesCommand::begin(const PanelFinder::Found& found)
+{
+    if (!found.whyNot.empty()) {
+        finish({ExitStatus::noPanel, found.whyNot, {}});
+        return;
+    }
+    m_onlyFrom = found.address;
+    if (const auto failure = listen()) {
+        finish(*failure);
+        return;
+    }
+    // Not before the port is ours: an earlier recording is replaced only by one that can begin.
+    if (const auto failure = openRecording()) {
+        finish(*failure);
+        return;
+    }
+    if (m_request.time)
+        m_tools.search.mainQueue.after(*m_request.time, [weak = std::weak_ptr(m_self)] {
+            if (const auto self = weak.lock())
+                (*self)->timeIsOver();
+        });
+    m_tools.output.complain("listening for touches on UDP port " + std::to_string(touchPort));
+}
+
+std::optional<Result> TouchesCommand::openRecording()
+{
+    if (!m_request.recording)
+        return std::nullopt;
+    m_recordingFile.open(*m_request.recording, std::ios::binary | std::ios::trunc);
+    if (m_recordingFile)
+        m_recording.emplace(m_recordingFile, m_request.recordingComment);
+    return m_recordingFile.flush() ? std::nullopt : std::optional(recordingFailure());
+}
+
+std::optional<Result> TouchesCommand::listen()
+{
+    m_socket = m_tools.sockets.makeSocket(*this, "client udp socket");
+    auto error = m_socket->bindToPort(touchPort);
+    if (!error)
+        error = m_socket->beginReceiving();
+    if (!error)
+        return std::nullopt;
+    return Result{ExitStatus::network, whyNoTouchesCanBeHeard(*error, m_tools.portHolder), {}};
+}
+
+void TouchesCommand::udpSocketDidReceiveData(
+    AsyncUdpSocket& /*socket*/, std::string_view data, const UdpSender& from)
+{
+    if (!m_finished || (m_onlyFrom && *m_onlyFrom != from.host))
+        return;
+    const auto now = m_tools.now();
+    m_statistics.take(data, now);
+    printTouch(data, from, now);
+    if (m_recording)
+        m_recording->take(data, now);
+    if (hasRecordingFailed())
+        finish(recordingFailure());
+}
+
+void TouchesCommand::printTouch(
+    std::string_view datagram, const UdpSender& from, std::chrono::steady_clock::time_point now)
+{
+    if (!m_first)
+        m_first = now;
+    const double milliseconds = millisecondsBetween(*m_first, now);
+    m_tools.output.print(
+        m_request.isJson ? touchJson(milliseconds, datagram, from) : touchLine(milliseconds, datagram, from));
+}
+
+bool TouchesCommand::interrupt()
+{
+    end();
+    return true;
+}
+
+void TouchesCommand::timeIsOver()
+{
+    if (m_statistics.count() == 0)
+        finish({ExitStatus::network,
+            "no touches within " + secondsText(*m_request.time)
+                + ": is touchback on, and does the firewall let UDP port " + std::to_string(touchPort)
+                + " in?",
+            m_statistics.json()});
+    else
+        end();
+}
+
+void TouchesCommand::end()
+{
+    finish({ExitStatus::done, m_statistics.text(), m_statistics.json()});
+}
+
+void TouchesCommand::finish(Result result)
+{
+    if (!m_finished)
+        return;
+    if (m_socket)
+        m_socket->close();
+    std::exchange(m_finished, nullptr)(std::move(result));
+}
+
+Result TouchesCommand::recordingFailure() const
+{
+    return {ExitStatus::badUsage, "cannot write " + *m_request.recording, m_statistics.json()};
+}
+
+} // namespace companion::cli

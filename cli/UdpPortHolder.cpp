@@ -1,0 +1,17 @@
+#include "cli/UdpPortHolder.h"
+
+namespace companion::cli {
+
+std::string holdersText(const std::vector<PortHolder>& holders)
+{
+    if (holders.empty())
+        return "a program that this user may not see";
+    std::string text;
+    for (const PortHolder& holder : holders) {
+        text += text.empty() ? "" : " and ";
+        text += holder.program + " (process " + std::to_string(holder.processId) + ")";
+    }
+    return text;
+}
+
+} // namespace companion::cli

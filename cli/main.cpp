@@ -1,0 +1,47 @@
+#include "cli/Composition.h"
+#include "cli/ExitStatus.h"
+#include "cli/Options.h"
+
+#include <cstdio>
+#include <QCoreApplication>
+#include <unistd.h>
+
+using namespace companion::cli;
+
+namespace {
+
+int print(const std::string& text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    return 0;
+}
+
+/// The process's exit status when the arguments ask for no command to be run.
+std::optional<int> answerAtOnce(const ParsedOptions& parsed)
+{
+    if (const auto* help = std::get_if<HelpWanted>(&parsed))
+        return print(help->command ? helpText(*help->command) : helpText());
+    if (std::holds_alternative<VersionWanted>(parsed))
+        return print("panelctl " PANEL_COMPANION_VERSION "\n");
+    if (const auto* badUsage = std::get_if<BadUsage>(&parsed)) {
+        std::fprintf(stderr, "panelctl: %s (see --help)\n", badUsage->message.c_str());
+        return static_cast<int>(ExitStatus::badUsage);
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const ParsedOptions parsed = parseOptions({argv + 1, argv + argc});
+    if (const auto status = answerAtOnce(parsed))
+        return *status;
+
+    QCoreApplication application(argc, argv);
+    Composition composition(std::get<Options>(parsed));
+    const int status = composition.run();
+    if (composition.hasLeftThreadsBehind())
+        _exit(status);
+    return status;
+}
