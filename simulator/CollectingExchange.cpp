@@ -55,7 +55,7 @@ FixedExchange::FixedExchange(Answer answer)
 std::unique_ptr<Exchange> wrongMethod(const std::string& allowed)
 {
     Answer answer = lineAnswer(405, "only " + allowed + " works here");
-    answer.allow = allowed;
+    answer.fields.push_back({"Allow", allowed});
     return std::make_unique<FixedExchange>(std::move(answer));
 }
 

@@ -4,6 +4,7 @@
 #include "simulator/HeldConnections.h"
 #include "simulator/StateJson.h"
 #include "simulator/Text.h"
+#include "simulator/TouchControl.h"
 
 #include <array>
 #include <utility>
@@ -28,53 +29,6 @@ private:
     Outcome answer() override { return Answer{200, stateJson(m_state.snapshot()), "application/json"}; }
 
     PanelState& m_state;
-};
-
-/// Answers once the gesture is over, so that a script need not guess how long it takes.
-class TouchExchange : public CollectingExchange {
-public:
-    TouchExchange(const Request& request, PanelState& state, TouchSender& touches)
-        : CollectingExchange(request)
-        , m_state(state)
-        , m_touches(touches)
-    {
-    }
-
-private:
-    Outcome answer() override
-    {
-        if (!m_playback)
-            if (auto refusal = start())
-                return *refusal;
-        const auto result = m_playback->result();
-        return result ? Outcome(answerTo(*result)) : Outcome(Wait());
-    }
-
-    std::optional<Answer> start()
-    {
-        auto gesture = parseGesture(body());
-        if (const auto* problem = std::get_if<std::string>(&gesture))
-            return lineAnswer(400, *problem);
-        if (!m_state.touchReceiver())
-            return lineAnswer(409, "nobody has asked for touches");
-        m_playback = m_touches.play(std::move(std::get<Gesture>(gesture)));
-        if (!m_playback)
-            return lineAnswer(503, "too many gestures are waiting");
-        return std::nullopt;
-    }
-
-    static Answer answerTo(const Playback::Result& result)
-    {
-        const std::string sent =
-            std::to_string(result.sent) + (result.sent == 1 ? " datagram" : " datagrams");
-        if (result.problem.empty())
-            return lineAnswer(200, "sent " + sent);
-        return lineAnswer(result.isRefused ? 409 : 502, result.problem + " (after " + sent + ")");
-    }
-
-    PanelState& m_state;
-    TouchSender& m_touches;
-    std::shared_ptr<Playback> m_playback;
 };
 
 class ReplyExchange : public CollectingExchange {
@@ -148,7 +102,7 @@ private:
 } // namespace
 
 ControlInterface::ControlInterface(
-    PanelState& state, TouchSender& touches, HeldConnections& held, EventLog& log)
+    PanelState& state, TouchControl& touches, HeldConnections& held, EventLog& log)
     : m_state(state)
     , m_touches(touches)
     , m_held(held)
@@ -159,14 +113,15 @@ ControlInterface::ControlInterface(
 std::unique_ptr<Exchange> ControlInterface::open(const Request& request)
 {
     const std::string path = request.path().substr(std::string_view("/simulator/").size());
-    if (path != "state" && path != "touch" && path != "reply" && path != "upload-reply")
+    const bool isTouch = path == "touch" || path == "stroke" || path == "replay";
+    if (!isTouch && path != "state" && path != "reply" && path != "upload-reply")
         return unknownPath(request);
     if (const std::string allowed = path == "state" ? "GET" : "POST"; request.method() != allowed)
         return wrongMethod(allowed);
     if (path == "state")
         return std::make_unique<StateExchange>(request, m_state);
-    if (path == "touch")
-        return std::make_unique<TouchExchange>(request, m_state, m_touches);
+    if (isTouch)
+        return m_touches.open(request, path);
     if (path == "reply")
         return std::make_unique<ReplyExchange>(request, m_state, m_held, m_log);
     return std::make_unique<UploadReplyExchange>(request, m_state, m_held, m_log);

@@ -3,23 +3,23 @@
 #include "simulator/EventLog.h"
 #include "simulator/HttpServer.h"
 #include "simulator/PanelState.h"
-#include "simulator/TouchSender.h"
 
 namespace companion::simulator {
 
 class HeldConnections;
+class TouchControl;
 
 /// What lies under "/simulator/": the panel's state, touches to be played, and how it answers from now on.
 class ControlInterface {
 public:
-    ControlInterface(PanelState& state, TouchSender& touches, HeldConnections& held, EventLog& log);
+    ControlInterface(PanelState& state, TouchControl& touches, HeldConnections& held, EventLog& log);
 
     /// On the server's thread; for paths that begin with "/simulator/".
     std::unique_ptr<Exchange> open(const Request& request);
 
 private:
     PanelState& m_state;
-    TouchSender& m_touches;
+    TouchControl& m_touches;
     HeldConnections& m_held;
     EventLog& m_log;
 };

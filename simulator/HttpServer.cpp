@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <fcntl.h>
 #include <microhttpd.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -111,14 +112,26 @@ Response responseOf(const GeneratedBody& body)
             new GeneratedBody(body), [](void* context) { delete static_cast<GeneratedBody*>(context); }));
 }
 
+Response responseOf(const FileBody& body)
+{
+    // The library closes the descriptor that it is given.
+    const int own = fcntl(body.file->fd(), F_DUPFD_CLOEXEC, 0);
+    Response response(own >= 0 ? MHD_create_response_from_fd64(body.size, own) : nullptr);
+    if (!response && own >= 0)
+        close(own);
+    return response;
+}
+
 MHD_Result sendAnswer(MHD_Connection* connection, const Answer& answer)
 {
     const Response response = std::visit([](const auto& body) { return responseOf(body); }, answer.body);
     if (!response)
         return MHD_NO;
     MHD_add_response_header(response.get(), MHD_HTTP_HEADER_CONTENT_TYPE, answer.contentType.c_str());
-    if (!answer.allow.empty())
-        MHD_add_response_header(response.get(), MHD_HTTP_HEADER_ALLOW, answer.allow.c_str());
+    // Strangers' texts come back in many answers: no browser is to take one for a page or a script.
+    MHD_add_response_header(response.get(), "X-Content-Type-Options", "nosniff");
+    for (const HeaderField& field : answer.fields)
+        MHD_add_response_header(response.get(), field.name, field.value.c_str());
     return MHD_queue_response(connection, answer.status, response.get());
 }
 
@@ -152,6 +165,12 @@ std::optional<std::string> Request::query(const char* name) const
     QuerySearch search{name, std::nullopt};
     MHD_get_connection_values(m_connection, MHD_GET_ARGUMENT_KIND, &compareKey, &search);
     return search.value;
+}
+
+OpenFile::~OpenFile()
+{
+    if (m_fd >= 0)
+        close(m_fd);
 }
 
 Answer lineAnswer(unsigned status, const std::string& line)

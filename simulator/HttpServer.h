@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 struct MHD_Connection;
 struct MHD_Daemon;
@@ -44,11 +45,39 @@ struct GeneratedBody {
     std::optional<std::uint64_t> given;
 };
 
+/// An open file, closed with the last of its copies.
+class OpenFile {
+public:
+    explicit OpenFile(int fd)
+        : m_fd(fd)
+    {
+    }
+    ~OpenFile();
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+
+    int fd() const { return m_fd; }
+
+private:
+    int m_fd;
+};
+
+/// The first `size` bytes of a file, read while they are sent.
+struct FileBody {
+    std::shared_ptr<const OpenFile> file;
+    std::uint64_t size = 0;
+};
+
+struct HeaderField {
+    const char* name;
+    std::string value;
+};
+
 struct Answer {
     unsigned status = 200;
-    std::variant<std::string, GeneratedBody> body{};
+    std::variant<std::string, GeneratedBody, FileBody> body{};
     std::string contentType = "text/plain; charset=utf-8";
-    std::string allow{}; ///< methods, for status 405
+    std::vector<HeaderField> fields{};
 };
 
 /// One line of text, its end included.

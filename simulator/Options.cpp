@@ -22,6 +22,7 @@ takes uploads and sends touches. docs/panel-protocol.md describes how to drive i
   --upload-port N     port of the upload service (default: 5505; 0: any free one)
   --uploads DIR       keep uploaded files there (default: they are only counted)
   --touch-port N      UDP port that touches are sent to (default: 41863)
+  --replay FILE       play recorded touches to whoever turns touchback on
   --no-announce       no announcement on the network
   --version           print the version
   --help              print this
@@ -33,9 +34,9 @@ namespace {
 
 using Problem = std::optional<std::string>;
 
-constexpr std::array<std::pair<std::string_view, std::string Options::*>, 4> textOptions{
+constexpr std::array<std::pair<std::string_view, std::string Options::*>, 5> textOptions{
     {{"--model", &Options::model}, {"--name", &Options::name}, {"--address", &Options::address},
-        {"--uploads", &Options::uploads}}};
+        {"--uploads", &Options::uploads}, {"--replay", &Options::replay}}};
 
 constexpr std::array<std::pair<std::string_view, std::uint16_t Options::*>, 3> portOptions{
     {{"--service-port", &Options::servicePort}, {"--upload-port", &Options::uploadPort},

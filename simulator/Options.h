@@ -13,6 +13,7 @@ struct Options {
     std::string name = "Simulated panel";
     std::string address;              ///< dotted IPv4 text; "" is for the program to find out
     std::string uploads;              ///< a folder; "" keeps no files
+    std::string replay;               ///< a file with a recording; "" plays none
     std::uint16_t servicePort = 5000; ///< 0 is any free port, here and for uploads
     std::uint16_t uploadPort = 5505;
     std::uint16_t touchPort = 41863;

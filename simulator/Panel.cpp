@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 namespace companion::simulator {
 
@@ -37,11 +38,14 @@ const std::string& usableFolder(const std::string& folder)
 
 } // namespace
 
-Panel::Panel(const Options& options)
+Panel::Panel(const Options& options, std::optional<Gesture> recording)
     : m_state(startOf(options))
     , m_touches(m_state, options.address, options.touchPort, [this] { m_held.wakeAll(); })
-    , m_control(m_state, m_touches, m_held, m_log)
-    , m_servicePort(m_state, m_log, m_control)
+    , m_replay(m_state, m_touches, m_log, std::move(recording))
+    , m_touchControl(m_state, m_touches, m_replay)
+    , m_control(m_state, m_touchControl, m_held, m_log)
+    , m_page(m_state, options.uploads)
+    , m_servicePort(m_state, m_log, m_control, m_page, m_replay)
     , m_uploadPort(m_state, m_log, usableFolder(options.uploads))
     , m_service(options.address, options.servicePort, m_held,
           [this](const Request& request) { return m_servicePort.open(request); })

@@ -78,6 +78,12 @@ void PanelState::recordTouch()
     ++m_values.touchesSent;
 }
 
+void PanelState::setReplay(ReplayState replay)
+{
+    const std::lock_guard lock(m_mutex);
+    m_values.replay = replay;
+}
+
 void PanelState::setTouchTarget(TouchTarget target)
 {
     const std::lock_guard lock(m_mutex);

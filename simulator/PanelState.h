@@ -43,6 +43,12 @@ struct UploadRecord {
     std::string from;      ///< who sent it
 };
 
+/// A recording that is played or can be.
+struct ReplayState {
+    std::size_t datagrams = 0;
+    bool isPlaying = false;
+};
+
 struct PanelSnapshot {
     std::string model;
     std::string name;
@@ -59,6 +65,7 @@ struct PanelSnapshot {
     std::array<ReplyMode, panelRequestCount> replies;
     UploadMode uploadReply;
     std::uint64_t touchesSent = 0;
+    std::optional<ReplayState> replay; ///< nothing while there has been no recording
 };
 
 /// What the panel knows, shared by the HTTP threads, the touch sender and the announcer. Any thread.
@@ -75,6 +82,7 @@ public:
     void recordTrigger(const std::string& ip);
     void recordUpload(UploadRecord upload);
     void recordTouch();
+    void setReplay(ReplayState replay);
 
     void setTouchTarget(TouchTarget target);
     /// Where touches go; nothing while nobody wants any.

@@ -3,6 +3,9 @@
 #include "simulator/CollectingExchange.h"
 #include "simulator/ControlInterface.h"
 #include "simulator/InstanceName.h"
+#include "simulator/Page.h"
+#include "simulator/Replay.h"
+#include "simulator/RequestOrigin.h"
 
 #include <QByteArray>
 #include <QJsonDocument>
@@ -122,8 +125,14 @@ class PingExchange : public PanelExchange {
 };
 
 class TouchbackExchange : public PanelExchange {
-    using PanelExchange::PanelExchange;
+public:
+    TouchbackExchange(const Request& request, PanelState& state, EventLog& log, Replay& replay)
+        : PanelExchange(request, state, log, PanelRequest::Touchback)
+        , m_replay(replay)
+    {
+    }
 
+private:
     std::optional<std::string> note() override
     {
         TouchTarget target;
@@ -135,11 +144,16 @@ class TouchbackExchange : public PanelExchange {
             return problem;
         if (auto problem = queryFlag("isHDMI", target.isHDMI))
             return problem;
+        const bool isNew = target.enabled && state().touchReceiver() != target.ip;
         state().setTouchTarget(target);
         log().write(std::string(target.enabled ? "touches go to " : "no more touches to ") + target.ip
             + (target.isHDMI ? " (cable)" : " (cast)"));
+        if (isNew)
+            m_replay.touchbackTurnedOn();
         return std::nullopt;
     }
+
+    Replay& m_replay;
 };
 
 class TriggerExchange : public PanelExchange {
@@ -159,18 +173,21 @@ class TriggerExchange : public PanelExchange {
 
 } // namespace
 
-ServicePort::ServicePort(PanelState& state, EventLog& log, ControlInterface& control)
+ServicePort::ServicePort(
+    PanelState& state, EventLog& log, ControlInterface& control, const Page& page, Replay& replay)
     : m_state(state)
     , m_log(log)
     , m_control(control)
+    , m_page(page)
+    , m_replay(replay)
 {
 }
 
 std::unique_ptr<Exchange> ServicePort::open(const Request& request)
 {
     const std::string& path = request.path();
-    if (path.starts_with("/simulator/"))
-        return m_control.open(request);
+    if (path == "/" || path.starts_with("/simulator/"))
+        return openOwn(request);
     const bool isTrigger = path == "/ws";
     if (!isTrigger && path != "/pingServerWithIP" && path != "/enableWifiTouchback")
         return unknownPath(request);
@@ -180,7 +197,17 @@ std::unique_ptr<Exchange> ServicePort::open(const Request& request)
         return std::make_unique<TriggerExchange>(request, m_state, m_log, PanelRequest::Trigger);
     if (path == "/pingServerWithIP")
         return std::make_unique<PingExchange>(request, m_state, m_log, PanelRequest::Heartbeat);
-    return std::make_unique<TouchbackExchange>(request, m_state, m_log, PanelRequest::Touchback);
+    return std::make_unique<TouchbackExchange>(request, m_state, m_log, m_replay);
+}
+
+/// What a real panel does not have. A browser is kept from using it for other pages than the panel's own.
+std::unique_ptr<Exchange> ServicePort::openOwn(const Request& request)
+{
+    if (const auto problem = foreignOrigin(request.header("Host"), request.header("Origin")))
+        return std::make_unique<FixedExchange>(lineAnswer(403, *problem));
+    if (Page::hasPath(request.path()))
+        return m_page.open(request);
+    return m_control.open(request);
 }
 
 } // namespace companion::simulator

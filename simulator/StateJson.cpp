@@ -27,6 +27,13 @@ QJsonValue touchTargetJson(const std::optional<TouchTarget>& target)
         {"isHDMI", target->isHDMI}};
 }
 
+QJsonValue replayStateJson(const std::optional<ReplayState>& replay)
+{
+    if (!replay)
+        return QJsonValue::Null;
+    return QJsonObject{{"datagrams", number(replay->datagrams)}, {"playing", replay->isPlaying}};
+}
+
 QJsonObject occurrencesJson(const Occurrences& occurrences)
 {
     QJsonArray times;
@@ -72,7 +79,8 @@ std::string stateJson(const PanelSnapshot& state)
         {"servicePort", state.servicePort}, {"uploadPort", state.uploadPort}, {"touchPort", state.touchPort},
         {"touchTarget", touchTargetJson(state.touchTarget)}, {"pings", occurrencesJson(state.pings)},
         {"triggers", occurrencesJson(state.triggers)}, {"uploads", uploadsJson(state)},
-        {"reply", replyJson(state)}, {"touchesSent", number(state.touchesSent)}};
+        {"reply", replyJson(state)}, {"touchesSent", number(state.touchesSent)},
+        {"replay", replayStateJson(state.replay)}};
     return QJsonDocument(object).toJson(QJsonDocument::Indented).toStdString();
 }
 

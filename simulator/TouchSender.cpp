@@ -42,15 +42,20 @@ std::string datagramOf(const GestureStep& step)
 
 } // namespace
 
-Playback::Playback(Gesture gesture)
+Playback::Playback(Gesture gesture, WhenOver whenOver)
     : m_gesture(std::move(gesture))
+    , m_whenOver(std::move(whenOver))
 {
 }
 
-void Playback::finish(Result result)
+void Playback::finish(const Result& result)
 {
-    const std::lock_guard lock(m_mutex);
-    m_result = std::move(result);
+    {
+        const std::lock_guard lock(m_mutex);
+        m_result = result;
+    }
+    if (m_whenOver)
+        m_whenOver(result);
 }
 
 std::optional<Playback::Result> Playback::result() const
@@ -80,9 +85,9 @@ TouchSender::~TouchSender()
     close(m_socket);
 }
 
-std::shared_ptr<Playback> TouchSender::play(Gesture gesture)
+std::shared_ptr<Playback> TouchSender::play(Gesture gesture, Playback::WhenOver whenOver)
 {
-    auto playback = std::make_shared<Playback>(std::move(gesture));
+    auto playback = std::make_shared<Playback>(std::move(gesture), std::move(whenOver));
     const std::lock_guard lock(m_mutex);
     if (m_waiting.size() >= maxWaiting)
         return nullptr;

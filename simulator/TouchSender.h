@@ -25,15 +25,19 @@ public:
         std::string problem;    ///< "" when the whole gesture went out
     };
 
-    explicit Playback(Gesture gesture);
+    using WhenOver = std::function<void(const Result&)>;
+
+    /// `whenOver` is called when the result is there; never when the sender stops before this gesture's turn.
+    explicit Playback(Gesture gesture, WhenOver whenOver = {});
     const Gesture& gesture() const { return m_gesture; }
 
-    void finish(Result result);
+    void finish(const Result& result);
     /// Nothing while it is not over.
     std::optional<Result> result() const;
 
 private:
     const Gesture m_gesture;
+    const WhenOver m_whenOver;
     mutable std::mutex m_mutex;
     std::optional<Result> m_result;
 };
@@ -48,8 +52,8 @@ public:
         std::function<void()> whenFinished);
     ~TouchSender();
 
-    /// Nothing when too many gestures wait already.
-    std::shared_ptr<Playback> play(Gesture gesture);
+    /// Nothing when too many gestures wait already. `whenOver` is called on the sender's thread.
+    std::shared_ptr<Playback> play(Gesture gesture, Playback::WhenOver whenOver = {});
 
 private:
     using SteadyTime = std::chrono::steady_clock::time_point;

@@ -1,11 +1,15 @@
 #include "simulator/NetworkAddress.h"
 #include "simulator/Options.h"
 #include "simulator/Panel.h"
+#include "simulator/Recording.h"
 #include "simulator/TerminationSignals.h"
+#include "simulator/Text.h"
 
 #include <csignal>
 #include <cstdio>
+#include <optional>
 #include <system_error>
+#include <utility>
 
 #include <QCoreApplication>
 
@@ -22,7 +26,7 @@ int complain(const std::string& problem, int status)
     return status;
 }
 
-int run(QCoreApplication& application, Options options)
+int run(QCoreApplication& application, Options options, std::optional<Gesture> recording)
 {
     // A file size limit is an ordinary write error to an upload; a closed connection or pipe to any answer.
     std::signal(SIGXFSZ, SIG_IGN);
@@ -30,7 +34,7 @@ int run(QCoreApplication& application, Options options)
     const TerminationSignals termination([&application] { application.quit(); });
     if (options.address.empty())
         options.address = defaultAddress();
-    const Panel panel(options);
+    const Panel panel(options, std::move(recording));
     return QCoreApplication::exec();
 }
 
@@ -47,7 +51,12 @@ try {
         return std::fputs(helpText, stdout) < 0;
     if (options.wantsVersion)
         return std::puts("panel-simulator " PANEL_COMPANION_VERSION) < 0;
-    return run(application, options);
+    if (options.replay.empty())
+        return run(application, options, std::nullopt);
+    auto recording = readRecording(options.replay);
+    if (const auto* problem = std::get_if<std::string>(&recording))
+        return complain("--replay " + printable(*problem), badUsage);
+    return run(application, options, std::move(std::get<Gesture>(recording)));
 } catch (const std::system_error& error) {
     return complain(error.what(), cannotStart);
 }

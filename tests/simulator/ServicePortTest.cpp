@@ -90,7 +90,7 @@ TEST_F(ServicePortTest, TriggerIsCountedWhenItsBodyIsRight)
 
 TEST_F(ServicePortTest, UnknownPathsAre404AndWrongMethods405)
 {
-    EXPECT_EQ(panel.get("/").status, 404);
+    EXPECT_EQ(panel.get("/index.html").status, 404);
     EXPECT_EQ(panel.get("/pingserverwithip").status, 404);
     EXPECT_EQ(panel.get("/simulator/").status, 404);
     EXPECT_EQ(panel.get("/uploadfile").status, 404);

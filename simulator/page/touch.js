@@ -1,0 +1,227 @@
+// What a finger, a pen, a mouse or the keyboard does on the surface, as touches of the panel.
+
+const RANGE = 32767; // from the first to the last column and row, whatever the size
+const MAX_LINES = 2000; // in one request
+const RETRY_MS = 500;
+
+/// Sends strokes in order: one request at a time, which takes along all that came since the one before. Parts are
+/// numbered, so that the panel can put them in order and play none twice when one has to be repeated.
+export class StrokeSender {
+  constructor(whenRefused) {
+    this.whenRefused = whenRefused;
+    this.parts = []; // {id, lines}, in order; only the last one grows
+    this.numbers = new Map(); // of the next part of each stroke that waits here
+    this.dropped = null; // the stroke that the panel does not take
+    this.isSending = false;
+  }
+
+  begin() {
+    this.id = Array.from(crypto.getRandomValues(new Uint32Array(3)), (word) => word.toString(36)).join("-");
+  }
+
+  add(word, point) {
+    if (this.id === this.dropped)
+      return;
+    const last = this.parts.at(-1);
+    const isOpen = last && last.id === this.id && !last.isSent && last.lines.length < MAX_LINES;
+    const part = isOpen ? last : { id: this.id, lines: [], isSent: false };
+    if (!isOpen)
+      this.parts.push(part);
+    part.lines.push(`${word} ${point.x} ${point.y}`);
+    this.pump();
+  }
+
+  async pump() {
+    if (this.isSending)
+      return;
+    this.isSending = true;
+    while (this.parts.length > 0)
+      await this.send(this.parts[0]);
+    this.isSending = false;
+  }
+
+  async send(part) {
+    try {
+      const answer = await this.post(part, false);
+      if (answer.status === 503)
+        throw new Error("the panel is busy");
+      this.parts = this.parts.filter((other) => other !== part);
+      if (!answer.ok)
+        this.drop(part.id, (await answer.text()).trim());
+    } catch {
+      // Whether it arrived is not known; the panel plays no part twice.
+      await new Promise((resolve) => setTimeout(resolve, RETRY_MS));
+    }
+  }
+
+  post(part, isLast) {
+    if (part.number === undefined) {
+      part.number = this.numbers.get(part.id) ?? 0;
+      this.numbers.set(part.id, part.number + 1);
+    }
+    part.isSent = true;
+    return fetch(`/simulator/stroke?id=${part.id}&part=${part.number}`,
+      { method: "POST", body: part.lines.join("\n"), keepalive: isLast });
+  }
+
+  drop(id, reason) {
+    this.dropped = id;
+    this.parts = this.parts.filter((part) => part.id !== id);
+    this.whenRefused(reason);
+  }
+
+  /// The page goes away: what waits is sent now, in requests that outlive it.
+  flush() {
+    for (const part of this.parts.filter((waiting) => !waiting.isSent))
+      this.post(part, true).catch(() => {});
+  }
+}
+
+/// Draws what was touched last.
+class Trail {
+  constructor(canvas) {
+    this.canvas = canvas;
+    this.context = canvas.getContext("2d");
+  }
+
+  clear() {
+    const scale = window.devicePixelRatio || 1;
+    this.canvas.width = this.canvas.clientWidth * scale;
+    this.canvas.height = this.canvas.clientHeight * scale;
+    this.last = null;
+  }
+
+  to(point) {
+    const x = point.x / RANGE * this.canvas.width;
+    const y = point.y / RANGE * this.canvas.height;
+    const pen = this.context;
+    pen.lineCap = "round";
+    pen.lineWidth = 4 * (window.devicePixelRatio || 1);
+    pen.strokeStyle = "#0b7a65";
+    pen.beginPath();
+    pen.moveTo(this.last ? this.last.x : x, this.last ? this.last.y : y);
+    pen.lineTo(x, y);
+    pen.stroke();
+    this.last = { x, y };
+  }
+}
+
+const clamp = (value) => Math.min(Math.max(Math.round(value), 0), RANGE);
+
+/// One finger at a time; what others do meanwhile counts for nothing.
+export class TouchSurface {
+  constructor(element, canvas, sender) {
+    this.element = element;
+    this.trail = new Trail(canvas);
+    this.sender = sender;
+    this.pointer = null; // the id of the pointer that is down, or "keyboard"
+    this.point = { x: clamp(RANGE / 2), y: clamp(RANGE / 2) };
+    this.listen();
+  }
+
+  listen() {
+    const on = (type, handler) => this.element.addEventListener(type, handler);
+    on("pointerdown", (event) => this.pointerDown(event));
+    on("pointermove", (event) => this.pointerMoved(event));
+    on("pointerup", (event) => this.pointerUp(event, this.pointOf(event)));
+    // The place of a pointer that is taken away means nothing.
+    on("pointercancel", (event) => this.pointerUp(event, this.point));
+    on("lostpointercapture", (event) => this.pointerUp(event, this.point));
+    on("contextmenu", (event) => event.preventDefault());
+    on("keydown", (event) => this.keyDown(event));
+    on("keyup", (event) => this.keyUp(event));
+    on("blur", () => this.pointer === "keyboard" && this.up(this.point));
+    addEventListener("pagehide", () => this.leave());
+    document.addEventListener("visibilitychange", () => document.hidden && this.leave());
+  }
+
+  /// In the panel's coordinates.
+  pointOf(event) {
+    const area = this.element.getBoundingClientRect();
+    return {
+      x: clamp((event.clientX - area.left) / area.width * RANGE),
+      y: clamp((event.clientY - area.top) / area.height * RANGE),
+    };
+  }
+
+  pointerDown(event) {
+    if (this.pointer !== null || event.button !== 0)
+      return;
+    event.preventDefault();
+    this.element.focus({ preventScroll: true, focusVisible: false });
+    this.down(event.pointerId, this.pointOf(event));
+    this.element.setPointerCapture(event.pointerId);
+  }
+
+  pointerMoved(event) {
+    if (event.pointerId !== this.pointer)
+      return;
+    const moves = event.getCoalescedEvents?.() ?? [];
+    for (const move of moves.length > 0 ? moves : [event])
+      this.move(this.pointOf(move));
+  }
+
+  pointerUp(event, point) {
+    if (event.pointerId === this.pointer && (event.type !== "pointerup" || event.button === 0))
+      this.up(point);
+  }
+
+  keyDown(event) {
+    const step = RANGE / (event.shiftKey ? 400 : 40);
+    const way = { ArrowLeft: [-1, 0], ArrowRight: [1, 0], ArrowUp: [0, -1], ArrowDown: [0, 1] }[event.key];
+    if (way) {
+      event.preventDefault();
+      this.keyMoved({ x: clamp(this.point.x + way[0] * step), y: clamp(this.point.y + way[1] * step) });
+    } else if (event.key === " ") {
+      event.preventDefault();
+      if (this.pointer === null)
+        this.down("keyboard", this.point);
+    }
+  }
+
+  keyMoved(point) {
+    if (this.pointer === "keyboard")
+      this.move(point);
+    else if (this.pointer === null) {
+      this.point = point;
+      this.trail.clear();
+      this.trail.to(point);
+    }
+  }
+
+  keyUp(event) {
+    if (event.key !== " " || this.pointer !== "keyboard")
+      return;
+    event.preventDefault();
+    this.up(this.point);
+  }
+
+  down(pointer, point) {
+    this.pointer = pointer;
+    this.sender.begin();
+    this.trail.clear();
+    this.tell("DOWN", point);
+  }
+
+  move(point) {
+    if (point.x !== this.point.x || point.y !== this.point.y)
+      this.tell("MOVE", point);
+  }
+
+  up(point) {
+    this.pointer = null;
+    this.tell("UP", point);
+  }
+
+  tell(word, point) {
+    this.point = point;
+    this.trail.to(point);
+    this.sender.add(word, point);
+  }
+
+  leave() {
+    if (this.pointer !== null)
+      this.up(this.point);
+    this.sender.flush();
+  }
+}
