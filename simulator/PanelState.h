@@ -38,6 +38,7 @@ struct UploadRecord {
     std::string filetype;    ///< the header field, "" when missing
     std::string contentType; ///< of the part
     std::string sha256;      ///< lower-case hexadecimal digits
+    bool isPicture = false;  ///< by its first bytes, whatever it is called
     std::uint64_t size = 0;
     std::int64_t time = 0; ///< milliseconds since 1970
     std::string from;      ///< who sent it

@@ -1,6 +1,7 @@
 #include "simulator/UploadExchange.h"
 
 #include "simulator/EventLog.h"
+#include "simulator/PictureType.h"
 #include "simulator/UploadName.h"
 
 #include <chrono>
@@ -108,6 +109,7 @@ void UploadExchange::partArrived(const char* field, const char* fileName, const 
     if (!m_file)
         beginFile(fileName, contentType);
     m_record.size += data.size();
+    m_firstBytes.append(data.substr(0, pictureTypeBytes - m_firstBytes.size()));
     m_hash.addData(QByteArrayView(data.data(), static_cast<qsizetype>(data.size())));
     m_file->write(data);
 }
@@ -154,6 +156,7 @@ void UploadExchange::store()
         return;
     }
     m_record.sha256 = m_hash.result().toHex().toStdString();
+    m_record.isPicture = !pictureType(m_firstBytes).empty();
     m_record.time = nowMs();
     const std::string size = ", " + std::to_string(m_record.size) + " bytes, from " + m_record.from;
     m_log.write(m_record.storedName.empty() ? "upload \"" + offeredName() + "\" counted" + size

@@ -49,6 +49,7 @@ private:
     std::unique_ptr<UploadFile> m_file;
     QCryptographicHash m_hash{QCryptographicHash::Sha256};
     UploadRecord m_record;
+    std::string m_firstBytes; ///< as many as tell a picture
     std::string m_badRequest; ///< what is wrong with the body, "" when nothing is
     std::string m_storageProblem;
     bool m_isBodyFinished = false;

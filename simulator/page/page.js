@@ -104,7 +104,7 @@ function uploadItem(upload) {
   item.append(name);
   item.appendChild(document.createElement("small")).textContent =
     `${sizeText(upload.size)}, from ${upload.from}, ${new Date(upload.time).toLocaleTimeString()}`;
-  if (upload.storedName && /^image\/|\.(png|jpe?g|gif|webp|bmp)$/i.test(`${upload.filetype}/${name}`))
+  if (upload.storedName && upload.picture)
     item.append(picture(upload.storedName, name));
   return item;
 }
@@ -112,7 +112,7 @@ function uploadItem(upload) {
 function picture(storedName, name) {
   const image = document.createElement("img");
   image.alt = `The picture ${name}`;
-  image.addEventListener("error", () => image.remove()); // it only called itself a picture
+  image.addEventListener("error", () => image.remove()); // it begins like a picture, and is none
   image.src = `/simulator/uploads/${encodeURIComponent(storedName)}`;
   return image;
 }

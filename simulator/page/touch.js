@@ -122,11 +122,11 @@ export class TouchSurface {
   listen() {
     const on = (type, handler) => this.element.addEventListener(type, handler);
     on("pointerdown", (event) => this.pointerDown(event));
-    on("pointermove", (event) => this.pointerMoved(event));
-    on("pointerup", (event) => this.pointerUp(event, this.pointOf(event)));
-    // The place of a pointer that is taken away means nothing.
-    on("pointercancel", (event) => this.pointerUp(event, this.point));
-    on("lostpointercapture", (event) => this.pointerUp(event, this.point));
+    // Of the window, since a browser may take a pointer's capture away while the finger stays down.
+    addEventListener("pointermove", (event) => this.pointerMoved(event));
+    addEventListener("pointerup", (event) => this.pointerUp(event));
+    addEventListener("pointercancel", (event) => this.pointerCancelled(event));
+    on("lostpointercapture", (event) => this.captureLost(event));
     on("contextmenu", (event) => event.preventDefault());
     on("keydown", (event) => this.keyDown(event));
     on("keyup", (event) => this.keyUp(event));
@@ -150,20 +150,43 @@ export class TouchSurface {
     event.preventDefault();
     this.element.focus({ preventScroll: true, focusVisible: false });
     this.down(event.pointerId, this.pointOf(event));
-    this.element.setPointerCapture(event.pointerId);
+    this.capture(event.pointerId);
+  }
+
+  capture(pointer) {
+    try {
+      this.element.setPointerCapture(pointer);
+    } catch {
+      this.up(this.point); // it is gone already
+    }
+  }
+
+  captureLost(event) {
+    if (event.pointerId === this.pointer)
+      this.capture(event.pointerId);
   }
 
   pointerMoved(event) {
     if (event.pointerId !== this.pointer)
       return;
+    if (event.buttons === 0) { // it was lifted where nobody saw it
+      this.up(this.point);
+      return;
+    }
     const moves = event.getCoalescedEvents?.() ?? [];
     for (const move of moves.length > 0 ? moves : [event])
       this.move(this.pointOf(move));
   }
 
-  pointerUp(event, point) {
-    if (event.pointerId === this.pointer && (event.type !== "pointerup" || event.button === 0))
-      this.up(point);
+  pointerUp(event) {
+    if (event.pointerId === this.pointer)
+      this.up(this.pointOf(event));
+  }
+
+  /// The place of a pointer that is taken away means nothing.
+  pointerCancelled(event) {
+    if (event.pointerId === this.pointer)
+      this.up(this.point);
   }
 
   keyDown(event) {
