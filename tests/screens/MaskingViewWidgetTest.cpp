@@ -23,8 +23,9 @@ protected:
         m_picture->setGeometry(200, 10, 100, 40);
         m_container->setGeometry(10, 100, 200, 100);
         m_deep->setGeometry(10, 10, 100, 40);
+        m_below->setFocusPolicy(Qt::NoFocus); // the redraw of what lies below is one of the mask, too
         m_window.show();
-        QCoreApplication::processEvents();
+        QTest::qWait(20); // it is drawn
         QObject::connect(m_below, &QPushButton::clicked, [this] { m_transcript.add("below"); });
         QObject::connect(m_inside, &QPushButton::clicked, [this] { m_transcript.add("inside"); });
         QObject::connect(m_deep, &QPushButton::clicked, [this] { m_transcript.add("deep"); });

@@ -1,4 +1,8 @@
-// screen-gallery DIRECTORY: writes a picture of every state of the screens, as they look on the present platform.
+// screen-gallery DIRECTORY [NAME...]: writes a picture of every state of the screens, or of those named, as they look
+// on the present platform.
+#include "platform/qt/QtAlerts.h"
+#include "platform/qt/QtMainQueue.h"
+#include "platform/qt/WidgetTracking.h"
 #include "tests/screens/DashboardOnFakes.h"
 #include "views/qt/Accessibility.h"
 #include "views/qt/MainWindow.h"
@@ -9,8 +13,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QListView>
+#include <QMessageBox>
 #include <QPainter>
-#include <QPushButton>
 #include <QTest>
 
 using namespace companion;
@@ -20,88 +24,162 @@ namespace {
 
 class Gallery {
 public:
-    explicit Gallery(const QString& directory)
+    Gallery(const QString& directory, const QStringList& names)
         : m_directory(directory)
+        , m_names(names)
     {
         QDir().mkpath(directory);
+        m_window.resize(800, 560);
         m_window.setContentView(new QtSplashView);
         m_window.show();
     }
 
-    /// The main window with whatever popover is open over it.
+    /// The main window with whatever is open over it.
     void take(const QString& name)
     {
+        if (!m_names.isEmpty() && !m_names.contains(name))
+            return;
         QTest::qWait(600); // animations come to rest
         QPixmap picture = m_window.grab();
         QPainter painter(&picture);
         for (QWidget* window : QApplication::topLevelWidgets()) {
             if (window != &m_window && window->isVisible())
-                painter.drawPixmap(window->pos() - m_window.pos(), window->grab(), window->rect());
+                drawOver(painter, *window);
         }
         painter.end();
-        if (!picture.save(m_directory.filePath(name + ".png")))
-            m_failed = true;
+        m_failed |= !picture.save(m_directory.filePath(name + ".png"));
     }
 
     MainWindow& window() { return m_window; }
     int status() const { return m_failed ? 1 : 0; }
 
 private:
+    /// The offscreen platform shows neither shapes of windows nor a window manager's frame around an alert.
+    void drawOver(QPainter& painter, QWidget& window)
+    {
+        const bool isAlert = qobject_cast<QMessageBox*>(&window);
+        const QPoint place =
+            isAlert ? m_window.rect().center() - window.rect().center() : window.pos() - m_window.pos();
+        const QRegion shape = window.mask().isEmpty() ? QRegion(window.rect()) : window.mask();
+        painter.setClipRegion(shape.translated(place));
+        painter.drawPixmap(place, window.grab());
+        painter.setClipping(false);
+        if (isAlert) {
+            painter.setPen(QColor(Theme::outline));
+            painter.drawRect(window.rect().translated(place).adjusted(-1, -1, 0, 0));
+        }
+    }
+
     QDir m_directory;
+    QStringList m_names;
     MainWindow m_window;
     bool m_failed = false;
 };
 
-void press(QWidget& root, const char* name)
-{
-    if (auto* control = root.findChild<QWidget*>(name))
-        QTest::mouseClick(control, Qt::LeftButton);
-}
+/// Works the dashboard from one state to the next.
+class User {
+public:
+    explicit User(Gallery& gallery)
+        : m_gallery(gallery)
+    {
+        gallery.window().setContentView(m_dashboard.view);
+        m_dashboard.alerts.whileShown = [this] { showAlert(); };
+    }
 
-void clickRow(DashboardOnFakes& dashboard, int row)
-{
-    auto* table = dashboard.view->devicesListView().findChild<QListView*>("devicesTableView");
-    QTest::mouseClick(
-        table->viewport(), Qt::LeftButton, {}, table->visualRect(table->model()->index(row, 0)).center());
-}
+    void findPanels()
+    {
+        m_gallery.take("empty");
+        press("devicesListIcon");
+        m_gallery.take("list-empty");
+        for (const char* name :
+            {"Meridian 65|Room 204|0A00020F", "Tandem 86|Physics lab|0A000211", "Halcyon-X|Hall|0A000210"})
+            m_dashboard.browsers.findAndResolve(name);
+        m_gallery.take("list");
+    }
+
+    void pair()
+    {
+        auto* table = m_dashboard.view->devicesListView().findChild<QListView*>("devicesTableView");
+        QTest::qWait(1); // the rows appear
+        const QPoint row = table->visualRect(table->model()->index(0, 0)).center();
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, row);
+        m_gallery.take("list-picked");
+        press("devicesListIcon"); // a second click closes the list
+        m_gallery.take("paired");
+    }
+
+    void cast()
+    {
+        m_alertName = "alert";
+        press("castButtonView");
+        m_alertName.clear();
+        m_gallery.take("casting");
+        press("castButtonView");
+    }
+
+    void useCable()
+    {
+        press("wirelessTouchSwitch");
+        m_gallery.take("hdmi");
+        press("settingsIcon");
+        m_gallery.take("settings");
+        press("settingsIcon");
+        press("wirelessTouchSwitch");
+    }
+
+    void useKeyboard()
+    {
+        m_gallery.window().activateWindow();
+        m_dashboard.view->findChild<QWidget*>("castButtonView")->setFocus(Qt::TabFocusReason);
+        m_gallery.take("focus");
+    }
+
+private:
+    void press(const char* name)
+    {
+        QTest::mouseClick(m_dashboard.view->findChild<QWidget*>(name), Qt::LeftButton);
+    }
+
+    /// What the fake was asked to show, by the real thing.
+    void showAlert()
+    {
+        if (m_alertName.isEmpty())
+            return;
+        QtMainQueue queue(isTrackingWidgets);
+        QTimer::singleShot(100, [this] {
+            m_gallery.take(m_alertName);
+            QApplication::activeModalWidget()->close();
+        });
+        const auto [message, informativeText] = m_dashboard.alerts.shown.back();
+        QtAlerts(queue).runModal(message, informativeText);
+    }
+
+    Gallery& m_gallery;
+    DashboardOnFakes m_dashboard;
+    QString m_alertName;
+};
 
 } // namespace
 
 int main(int argc, char** argv)
 {
-    if (argc != 2) {
-        std::fputs("usage: screen-gallery DIRECTORY\n", stderr);
+    QApplication application(argc, argv);
+    const QStringList arguments = QApplication::arguments().mid(1);
+    if (arguments.isEmpty()) {
+        std::fputs("usage: screen-gallery DIRECTORY [NAME...]\n", stderr);
         return 2;
     }
-    QApplication application(argc, argv);
+    QApplication::setApplicationDisplayName(QStringLiteral("Panel Companion"));
     Theme::apply(application);
     installAccessibility();
 
-    Gallery gallery(QString::fromLocal8Bit(argv[1]));
+    Gallery gallery(arguments.first(), arguments.mid(1));
     gallery.take("splash");
-
-    DashboardOnFakes dashboard;
-    QtDashboardView& view = *dashboard.view;
-    gallery.window().setContentView(dashboard.view);
-    gallery.take("empty");
-
-    press(view, "devicesListIcon");
-    gallery.take("list-empty");
-    for (const char* name :
-        {"Meridian 65|Room 204|0A00020F", "Halcyon-X|Hall|0A000210", "Tandem 86|Physics lab|0A000211"})
-        dashboard.browsers.findAndResolve(name);
-    gallery.take("list");
-    clickRow(dashboard, 0);
-    gallery.take("list-picked");
-
-    press(view, "devicesListIcon"); // a second click closes the list
-    gallery.take("paired");
-    press(view, "castButtonView");
-    gallery.take("casting");
-    press(view, "castButtonView");
-    press(view, "wirelessTouchSwitch");
-    gallery.take("cable");
-    press(view, "settingsIcon");
-    gallery.take("settings");
+    User user(gallery);
+    user.findPanels();
+    user.pair();
+    user.cast();
+    user.useCable();
+    user.useKeyboard();
     return gallery.status();
 }

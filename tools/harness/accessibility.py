@@ -29,6 +29,10 @@ class Element:
         return self._ask(lambda a: a.get_name(), "")
 
     @property
+    def description(self):
+        return self._ask(lambda a: a.get_description(), "")
+
+    @property
     def role(self):
         return self._ask(lambda a: a.get_role_name(), "")
 

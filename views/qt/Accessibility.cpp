@@ -129,7 +129,8 @@ public:
 
     QString text(QAccessible::Text kind) const override
     {
-        return kind == QAccessible::Value ? m_button.currentText() : QAccessibleWidget::text(kind);
+        const bool isChoice = kind == QAccessible::Value || kind == QAccessible::Description;
+        return isChoice ? m_button.currentText() : QAccessibleWidget::text(kind);
     }
 
     QAccessible::State state() const override

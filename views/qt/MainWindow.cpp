@@ -2,12 +2,14 @@
 
 #include "views/qt/SvgImage.h"
 
+#include <QApplication>
+
 namespace companion {
 
 MainWindow::MainWindow()
 {
     setWindowTitle(QStringLiteral("Panel Companion"));
-    setWindowIcon(QIcon(SvgImage::path(QStringLiteral("panel-companion"))));
+    QApplication::setWindowIcon(QIcon(SvgImage::path(QStringLiteral("panel-companion")))); // of alerts, too
     setMinimumSize(800, 560);
     resize(960, 640);
 }

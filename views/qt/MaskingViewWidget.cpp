@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMouseEvent>
+#include <QPaintEvent>
 
 namespace companion {
 
@@ -91,10 +92,12 @@ void MaskingViewWidget::disableSubViews()
         m_model->disableSubViews();
 }
 
+/// A button that is pressed redraws itself, and the toolkit what is behind it; that is no redraw of this view.
 void MaskingViewWidget::paintEvent(QPaintEvent* event)
 {
     QWidget::paintEvent(event);
-    if (m_model)
+    const bool isOwnRedraw = !event->region().subtracted(childrenRegion()).isEmpty();
+    if (m_model && isOwnRedraw)
         m_model->didDraw();
 }
 
