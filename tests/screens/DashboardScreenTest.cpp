@@ -48,7 +48,7 @@ TEST_F(DashboardScreenTest, EveryOutletIsThereByItsName)
 TEST_F(DashboardScreenTest, AtStartFourPanesAndTheMaskAreHiddenAndTheEmptyStateIsShown)
 {
     for (const char* name : {"hdmiToggleView", "fileUploadView", "castButtonView", "hdmiMessageView",
-             "maskView", "castCaptionLabel", "uploadProgressLabel"})
+             "maskView", "castCaptionLabel", "uploadProgressBars"})
         EXPECT_FALSE(outlet(name).isVisible()) << name;
     for (const char* name : {"toolbarView", "emptyStateImageView", "emptyStateLabel", "connectButton"})
         EXPECT_TRUE(outlet(name).isVisible()) << name;

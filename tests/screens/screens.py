@@ -35,8 +35,6 @@ def expect(condition, what):
 
 
 class Screens:
-    """Each scenario gets a freshly started application."""
-
     def __init__(self, processes, programs):
         self.processes, self.programs = processes, programs
         self.desktop = Desktop(processes)
@@ -49,12 +47,6 @@ class Screens:
     def start(self):
         options = [part for panel in PANELS for part in ("--panel", panel)]
         self.app = Companion(self.processes, self.desktop, self.programs / "panel-companion", options)
-
-    def end(self):
-        for process in (self.splash, self.app and self.app.process):
-            if process:
-                process.end()
-        self.splash = self.app = None
 
     def click(self, name):
         self.desktop.click(*self.app.window.find(name=name).center())
@@ -328,27 +320,41 @@ SCENARIOS = [
     "few_wake_ups_while_the_heartbeat_runs"]
 
 
+def play(arguments):
+    """One scenario; prints what was seen or what went wrong."""
+    processes = Processes(arguments.output)
+    network.loopback_up()
+    screens = Screens(processes, arguments.programs)
+    try:
+        print(getattr(screens, arguments.scenarios[0])() or "")
+        return 0
+    except Exception as problem:  # pylint: disable=broad-except  # whatever it is, the scenario failed
+        print(problem if isinstance(problem, Failure) else repr(problem))
+        screens.desktop.screenshot(arguments.output / "failed.png")
+        if screens.app:
+            print(screens.app.window.describe())
+        return 1
+    finally:
+        processes.end()
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--programs", required=True, type=pathlib.Path, help="the folder of the built programs")
     parser.add_argument("--output", required=True, type=pathlib.Path, help="for screenshots and logs")
+    parser.add_argument("--inside", action="store_true", help="play the one scenario, without the protocol")
     parser.add_argument("scenarios", nargs="*", help="all of them where none is named")
     arguments = parser.parse_args()
 
+    if arguments.inside:
+        return play(arguments)
     report = Report(as_tap=True)
-    processes = Processes(arguments.output)
-    network.loopback_up()
-    screens = Screens(processes, arguments.programs)
     for name in arguments.scenarios or SCENARIOS:
-        try:
-            report.passed(name.replace("_", " "), getattr(screens, name)() or "")
-        except Exception as problem:  # pylint: disable=broad-except  # whatever it is, the scenario failed
-            screens.desktop.screenshot(arguments.output / f"{name}.png")
-            report.failed(name.replace("_", " "), problem if isinstance(problem, Failure) else repr(problem))
-            if screens.app:
-                report.comment(screens.app.window.describe())
-        screens.end()
-    processes.end()
+        # A desktop of its own for each: what one leaves behind disturbs no other.
+        done = subprocess.run([sys.executable, __file__, "--inside", "--programs", arguments.programs, "--output",
+                               arguments.output / name, name], stdout=subprocess.PIPE, text=True, check=False)
+        tell = report.failed if done.returncode else report.passed
+        tell(name.replace("_", " "), done.stdout.strip())
     return report.end()
 
 
