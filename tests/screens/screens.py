@@ -38,6 +38,7 @@ class Screens:
     def __init__(self, processes, programs):
         self.processes, self.programs = processes, programs
         self.desktop = Desktop(processes)
+        from harness import accessibility  # noqa: F401  # so that its bus runs before the application looks for it
         self.panel = Panel(processes, programs / "panel-simulator", name="Room 204", arguments=["--no-announce"])
         self.app = None
         self.splash = None
@@ -89,15 +90,15 @@ class Screens:
         return x + width // 2, y - 10
 
     def focused(self):
-        """The name of what the keyboard works; a row counts as its list."""
+        """The name of what the keyboard works; a row counts as its list, as it says so in a closed popover, too."""
         time.sleep(0.15)
-        found = [e for e in self.app.window.find_all() if e.has("focused")]
+        found = [e for e in self.app.window.find_all() if e.has("focused") and e.role != "list item"]
         return found[-1].name if found else None
 
     # Scenarios.
 
     def splash_hands_its_window_over_after_two_seconds(self):
-        from harness.accessibility import Program
+        from harness.accessibility import Program  # only where there is a desktop there is a bus for it
         self.splash = self.processes.start([self.programs / "panel-companion"], name="splash")
         began = time.monotonic()
         window = Program(WINDOW)
