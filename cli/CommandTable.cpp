@@ -53,7 +53,7 @@ const std::vector<CommandEntry>& commandTable()
         {CommandName::trigger, "trigger", "", "ask the panel to open its casting receiver", true, {}},
         {CommandName::upload, "upload", "FILE", "send a file to the panel", true, {}},
         {CommandName::touches, "touches", "", "print the touches that arrive, until interrupted", false,
-            {{"--record", "FILE", "write them to a file, too, for panel-simulator to replay"}}},
+            {{"--record", "FILE", "write them to a file, too, to be played again"}}},
         {CommandName::doctor, "doctor", "", "check what keeps a panel and this computer apart", false,
             {{"--touches", "", "also wait for a touch on the panel"}}},
     };

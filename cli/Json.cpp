@@ -42,7 +42,10 @@ std::string jsonNumber(double number)
     if (!std::isfinite(number))
         return "null";
     std::array<char, 32> digits{};
-    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number);
+    const double magnitude = std::abs(number);
+    const bool isHandy = magnitude == 0 || (magnitude >= 1e-6 && magnitude < 1e15);
+    const auto format = isHandy ? std::chars_format::fixed : std::chars_format::scientific;
+    const auto result = std::to_chars(digits.data(), digits.data() + digits.size(), number, format);
     return {digits.data(), result.ptr};
 }
 

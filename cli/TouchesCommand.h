@@ -33,10 +33,11 @@ public:
     };
 
     struct Request {
-        PanelChoice choice; ///< Only touches from this panel count.
-        std::optional<std::chrono::milliseconds> time;
-        std::optional<std::string> recording; ///< A file to write; one that is there is replaced.
-        std::string recordingComment;
+        PanelChoice choice = {}; ///< Only touches from this panel count.
+        std::optional<std::chrono::milliseconds> time = std::nullopt;
+        std::optional<std::string> recording =
+            std::nullopt; ///< A file to write; one that is there is replaced.
+        std::string recordingComment = "";
         bool isJson = false;
     };
 

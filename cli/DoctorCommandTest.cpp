@@ -1,0 +1,179 @@
+#include "cli/DoctorCommand.h"
+
+#include "cli/testing/CommandTest.h"
+
+namespace companion::cli::testing {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+namespace {
+
+class FakeTcpProbe : public TcpProbe {
+public:
+    std::vector<PortAnswer> connectTo(const std::vector<std::string>& addresses,
+        const std::vector<std::uint16_t>& ports, std::chrono::milliseconds) override
+    {
+        std::vector<PortAnswer> answers;
+        for (const std::string& address : addresses) {
+            for (const std::uint16_t port : ports)
+                answers.push_back({address, port, error});
+        }
+        return answers;
+    }
+
+    std::string error;
+};
+
+class FakeDisplayProbe : public DisplayProbe {
+public:
+    DisplayFacts look(std::chrono::milliseconds) override { return {DisplayFacts::X::usable, ":1", ""}; }
+};
+
+} // namespace
+
+class DoctorCommandTest : public CommandTest {
+protected:
+    DoctorCommand::Tools tools()
+    {
+        return {search(), sockets, portHolder, tcpProbe, displayProbe, session, host(), output,
+            [this] { return now; }};
+    }
+
+    static DoctorCommand::Request about(PanelChoice choice, bool awaitsTouches = false)
+    {
+        DoctorCommand::Request request;
+        request.choice = std::move(choice);
+        request.awaitsTouches = awaitsTouches;
+        request.version = "panelctl 1";
+        request.system = "Debian";
+        return request;
+    }
+
+    FakeTcpProbe tcpProbe;
+    FakeDisplayProbe displayProbe;
+};
+
+TEST_F(DoctorCommandTest, EverythingIsLookedAtInOrder)
+{
+    DoctorCommand command(tools(), about({}));
+    start(command);
+    browsers.findAndResolve("Meridian 65|Room|C0A80114");
+    queue.advance(2999ms);
+    EXPECT_EQ(resultText(), "none yet");
+    queue.advance(1ms);
+    EXPECT_EQ(resultText(), "0 8 checks: 8 ok, 0 warnings, 0 failed");
+    EXPECT_THAT(output.lines,
+        ElementsAre("ok version: panelctl 1 on Debian", "ok mDNS daemon: avahi 0.8 runs",
+            "ok panels: Room (192.168.1.20)",
+            "ok network interface: en0 (leads to 192.168.1.20) with 192.168.1.5",
+            "ok panel's port 5000: 192.168.1.20 answers", "ok panel's port 5505: 192.168.1.20 answers",
+            "ok UDP port 41863: free", "ok display: X display :1 takes input events (XTEST)"));
+    EXPECT_EQ(sockets.openSockets(), 1U);
+    EXPECT_FALSE(sockets.deliver("DOWN,1,1,1")) << "the port is given back";
+    EXPECT_THAT(inner.sent(), IsEmpty()) << "panels are asked nothing without --touches";
+}
+
+TEST_F(DoctorCommandTest, PanelThatIsMeantEndsTheSearch)
+{
+    DoctorCommand command(tools(), about({std::nullopt, "Room"}));
+    start(command);
+    browsers.findAndResolve("Tandem|Hall|C0A80115");
+    queue.runPending();
+    EXPECT_EQ(resultText(), "none yet");
+    browsers.findAndResolve("Meridian 65|Room|C0A80114");
+    queue.advance(0s);
+    EXPECT_EQ(result->status, ExitStatus::done);
+    queue.advance(10s);
+}
+
+TEST_F(DoctorCommandTest, FailedCheckIsStatus1AndTheRestIsStillLookedAt)
+{
+    daemon.facts = {MdnsDaemonState::noDaemon, ""};
+    tcpProbe.error = "Connection refused";
+    DoctorCommand command(tools(), about({"192.168.1.20", std::nullopt}));
+    start(command);
+    queue.advance(0s);
+    EXPECT_EQ(resultText(), "1 8 checks: 4 ok, 1 warning, 3 failed");
+}
+
+TEST_F(DoctorCommandTest, WarningsAloneAreStatus0)
+{
+    DoctorCommand command(tools(), about({}));
+    start(command);
+    queue.advance(3s);
+    EXPECT_EQ(resultText(), "0 7 checks: 5 ok, 2 warnings, 0 failed");
+}
+
+TEST_F(DoctorCommandTest, JsonIsEveryCheckAndNoLines)
+{
+    auto request = about({"192.168.1.20", std::nullopt});
+    request.isJson = true;
+    DoctorCommand command(tools(), request);
+    start(command);
+    queue.advance(3s);
+    EXPECT_THAT(output.lines, IsEmpty());
+    EXPECT_THAT(result->json.text(),
+        HasSubstr(R"({"check":"UDP port 41863","mark":"ok","found":"free","advice":null})"));
+}
+
+class DoctorTouchesTest : public DoctorCommandTest {
+protected:
+    DoctorTouchesTest()
+        : command(tools(), about({"192.168.1.20", std::nullopt}, /*awaitsTouches=*/true))
+    {
+        daemon.facts = {MdnsDaemonState::noDaemon, ""};
+        start(command);
+        queue.advance(0s);
+    }
+
+    DoctorCommand command;
+};
+
+TEST_F(DoctorTouchesTest, PanelIsAskedForTouchesUntilOneComes)
+{
+    EXPECT_EQ(output.lines.back(), "err touch the panel now");
+    ASSERT_EQ(inner.sent().size(), 1U);
+    EXPECT_THAT(inner.request(0).url.text, HasSubstr("enable=true"));
+    inner.completeWithHttp(0, 200, "");
+    now += 697ms;
+    sockets.deliver("DOWN,1,1,1", {"192.168.1.21", 5000});
+    EXPECT_EQ(inner.sent().size(), 1U) << "somebody else's touch";
+    sockets.deliver("DOWN,1,1,1", {"192.168.1.20", 5000});
+    ASSERT_EQ(inner.sent().size(), 2U);
+    EXPECT_THAT(inner.request(1).url.text, HasSubstr("enable=false"));
+    EXPECT_THAT(
+        output.lines, ::testing::Contains("ok touches: arrive from 192.168.1.20, the first after 0.697 s"));
+    queue.runPending();
+    EXPECT_EQ(resultText(), "none yet") << "the panel has not yet been told to stop";
+    inner.completeWithHttp(1, 200, "");
+    queue.runPending();
+    EXPECT_EQ(resultText(), "1 9 checks: 7 ok, 1 warning, 1 failed");
+}
+
+TEST_F(DoctorTouchesTest, NoTouchWithin15SecondsFailsAndSilentPanelDoesNotHoldUpTheEnd)
+{
+    queue.advance(14'999ms);
+    EXPECT_EQ(inner.sent().size(), 1U);
+    queue.advance(1ms);
+    EXPECT_EQ(inner.sent().size(), 2U);
+    EXPECT_THAT(output.lines, ::testing::Contains(HasSubstr("fail touches: none within 15 s - a firewall")));
+    queue.advance(2999ms);
+    EXPECT_EQ(resultText(), "none yet");
+    queue.advance(1ms);
+    EXPECT_EQ(result->status, ExitStatus::refused);
+}
+
+TEST_F(DoctorCommandTest, PortThatIsTakenLeavesTouchesOut)
+{
+    sockets.bindError = "Address already in use";
+    portHolder.holders = {{"panel-companion", 7}};
+    DoctorCommand command(tools(), about({"192.168.1.20", std::nullopt}, /*awaitsTouches=*/true));
+    start(command);
+    queue.advance(3s);
+    EXPECT_EQ(resultText(), "0 9 checks: 7 ok, 2 warnings, 0 failed");
+    EXPECT_THAT(inner.sent(), IsEmpty());
+}
+
+} // namespace companion::cli::testing

@@ -1,0 +1,115 @@
+#include "tests/panelctl/PanelctlTest.h"
+
+#include <csignal>
+#include <fstream>
+#include <sstream>
+
+namespace companion::testing {
+
+using ::testing::EndsWith;
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
+using ::testing::StartsWith;
+using namespace std::chrono_literals;
+
+constexpr auto listening = "listening for touches on UDP port 41863\n";
+
+class PanelctlTouchesTest : public PanelctlTest {
+protected:
+    void SetUp() override
+    {
+        PanelctlTest::SetUp();
+        if (IsSkipped())
+            return;
+        startPanel();
+        panel->get("/enableWifiTouchback?ip=127.0.0.1&enable=true&hidemenu=false&isHDMI=true");
+    }
+
+    void touch(const std::string& gesture) const
+    {
+        ASSERT_EQ(panel->post("/simulator/touch", gesture).status, 200);
+    }
+};
+
+TEST_F(PanelctlTouchesTest, TouchesArePrintedAndSigintEndsWithASummaryAndStatus0)
+{
+    ChildProcess process(command({"touches"}), environment);
+    ASSERT_TRUE(process.waitForOutput(listening));
+    touch("DOWN 1 2\nMOVE 3 4 16\nUP 5 6 150\n");
+    ASSERT_TRUE(process.waitForOutput("UP,5,6,"));
+    process.sendSignal(SIGINT);
+    EXPECT_EQ(process.waitForExit(), 0);
+    EXPECT_THAT(process.output(), HasSubstr("     0.000 ms  DOWN,1,2,"));
+    EXPECT_TRUE(process.waitForOutput("3 touches in 0."));
+    EXPECT_TRUE(process.waitForOutput("1 gap over 100 ms\n"));
+}
+
+TEST_F(PanelctlTouchesTest, TenThousandTouchesArePrintedInOrder)
+{
+    ChildProcess process(command({"touches", "--json"}), environment);
+    ASSERT_TRUE(process.waitForOutput(listening));
+    std::string gesture = "DOWN 0 0\n";
+    for (int i = 1; i < 9999; ++i)
+        gesture += "MOVE " + std::to_string(i) + " 0" + (i % 100 == 0 ? " 1" : "") + "\n";
+    touch(gesture + "UP 9999 0\n");
+    ASSERT_TRUE(process.waitForOutput("\"event\":\"UP\"", 30s));
+    process.sendSignal(SIGTERM);
+    EXPECT_EQ(process.waitForExit(), 0);
+    std::istringstream lines(process.output());
+    int next = 0;
+    for (std::string line; std::getline(lines, line);) {
+        const QJsonObject touched = QJsonDocument::fromJson(QByteArray::fromStdString(line)).object();
+        if (touched.contains("x")) {
+            ASSERT_EQ(touched["x"].toInt(), next++);
+        }
+    }
+    EXPECT_EQ(next, 10'000);
+    const Ending ending{0, process.output()};
+    EXPECT_EQ(ending.json()["touches"].toInt(), 10'000);
+    EXPECT_EQ(ending.json()["exitStatus"].toInt(), 0);
+}
+
+TEST_F(PanelctlTouchesTest, RecordingHoldsEveryDatagram)
+{
+    const std::string file = folder / "recording.txt";
+    ChildProcess process(command({"touches", "--record", file}), environment);
+    ASSERT_TRUE(process.waitForOutput(listening));
+    touch("RAW DOWN,1,2,3;\nPAUSE 30\nHEX 41 0a ff 5c\nPAUSE 30\nHEX\n");
+    ASSERT_TRUE(process.waitForOutput("A\\x0a\\xff\\\\"));
+    touch("RAW end\n");
+    ASSERT_TRUE(process.waitForOutput("end"));
+    process.end();
+    std::ostringstream text;
+    text << std::ifstream(file).rdbuf();
+    EXPECT_THAT(text.str(),
+        MatchesRegex("panel-touches 1\n# panelctl [0-9.]+, [0-9: -]+ UTC\n0 DOWN,1,2,3;\n"
+                     "[0-9]+ A\\\\x0a\\\\xff\\\\\\\\\n[0-9]+ \n[0-9]+ end\n"));
+}
+
+TEST_F(PanelctlTouchesTest, TouchesOfOthersDoNotCount)
+{
+    ChildProcess process(command({"touches", "--panel-address", "127.0.0.7", "--timeout", "1"}), environment);
+    ASSERT_TRUE(process.waitForOutput(listening));
+    touch("DOWN 1 2\n");
+    EXPECT_EQ(process.waitForExit(), 4);
+    EXPECT_THAT(process.output(), HasSubstr("panelctl: no touches within 1 s"));
+}
+
+TEST_F(PanelctlTouchesTest, PortThatIsTakenIsStatus4AndTellsByWhom)
+{
+    ChildProcess first(command({"touches"}), environment);
+    ASSERT_TRUE(first.waitForOutput(listening));
+    const Ending second = run({"touches"});
+    EXPECT_EQ(second.output,
+        "panelctl: UDP port 41863 is held by panelctl (process " + std::to_string(first.pid()) + ")\n");
+    EXPECT_EQ(second.status, 4);
+}
+
+TEST_F(PanelctlTouchesTest, FileThatCannotBeWrittenIsStatus2)
+{
+    const Ending ending = run({"touches", "--record", "/nonexistent/file"});
+    EXPECT_EQ(ending.output, "panelctl: cannot write /nonexistent/file\n");
+    EXPECT_EQ(ending.status, 2);
+}
+
+} // namespace companion::testing
