@@ -17,6 +17,9 @@ class Companion:
         from .accessibility import Program  # only where there is a desktop there is a bus for it
         self.window = Program("Panel Companion", timeout)
         self.window.find(name="Devices", timeout=timeout)
+        # The list closes when the window behind it becomes active, and a new window becomes so a little later.
+        frame = self.window.find("frame", "Panel Companion")
+        wait_until(lambda: frame.has("active"), "the window is the active one", timeout)
 
     def open_list(self):
         if not self.window.is_showing("list|table", "Panels"):

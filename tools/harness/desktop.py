@@ -21,7 +21,7 @@ class Desktop:
             "QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "NO_AT_BRIDGE": "0",
             "GTK_USE_PORTAL": "0", "QT_QPA_PLATFORMTHEME": "", "LC_ALL": "C.UTF-8"})
         os.environ.pop("WAYLAND_DISPLAY", None)
-        processes.start(["openbox", "--sm-disable"])
+        self._start_window_manager()
 
     def _start_display(self):
         reader, writer = os.pipe()
@@ -45,6 +45,19 @@ class Desktop:
         if not address:
             raise Failure(f"the session bus did not start: {bus.output()}")
         os.environ["DBUS_SESSION_BUS_ADDRESS"] = address.group(0)
+
+    def _start_window_manager(self):
+        """Waits until it is at work: what asks to be shown while it still starts may have to wait for its next event."""
+        manager = self._processes.start(["openbox", "--sm-disable"])
+
+        def at_work():
+            shown = subprocess.run(["xprop", "-root", "_NET_CLIENT_LIST"], stdout=subprocess.PIPE, text=True,
+                                   check=False).stdout  # it is set when the windows that were there are managed
+            return "window id" in shown or not manager.running()
+
+        wait_until(at_work, "the window manager")
+        if not manager.running():
+            raise Failure(f"the window manager did not start: {manager.output()}")
 
     def pointer(self):
         """Where the pointer is, in pixels."""
