@@ -207,6 +207,29 @@ TEST_F(SwitchWidgetTest, ADisabledSwitchIsHalfAsOpaqueAndIgnoresTheMouse)
     EXPECT_EQ(m_actions, 0);
 }
 
+/// Counts how often a view is painted.
+class PaintCounter : public QObject {
+public:
+    explicit PaintCounter(QWidget& view) { view.installEventFilter(this); }
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        count += event->type() == QEvent::Paint;
+        return false;
+    }
+
+    int count = 0;
+};
+
+TEST_F(SwitchWidgetTest, TheAnimationIsPaintedManyTimesInItsFourTenthsOfASecond)
+{
+    const PaintCounter paints(m_widget);
+    m_model.setChecked(true);
+    QTest::qWait(500);
+    RecordProperty("paints", paints.count);
+    EXPECT_GE(paints.count, 13); // at 60 a second they are 25; the computer may be busy
+}
+
 TEST_F(SwitchWidgetTest, NothingRunsOnceTheAnimationIsOver)
 {
     m_model.setChecked(true);
