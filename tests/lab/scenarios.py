@@ -5,6 +5,7 @@ Tells its results in the Test Anything Protocol."""
 import argparse
 import pathlib
 import re
+import signal
 import socket
 import statistics
 import sys
@@ -12,6 +13,7 @@ import time
 
 sys.path[:0] = [str(pathlib.Path(__file__).resolve().parents[2] / "tools"), str(pathlib.Path(__file__).resolve().parent)]
 from announcer import Announcer  # noqa: E402
+from harness.companion import DISABLED  # noqa: E402
 from harness.panel import panel_coordinate  # noqa: E402
 from harness.processes import Failure, wait_until  # noqa: E402
 from harness.report import Report  # noqa: E402
@@ -130,6 +132,43 @@ def second_failure_ends_the_session(lab):
     companion.window.dismiss_alert()
     expect_paired_again(companion, panel)
     companion.expect_alive()
+
+
+def disconnecting_unpairs(lab):
+    panel = lab.start_panel()
+    companion = lab.start_companion(panel)
+    companion.pair(panel)
+    companion.start_casting()
+    wait_until(lambda: panel.touch_enabled_at() == lab.computer_address, "the panel is asked for touches")
+
+    companion.open_list()
+    companion.window.press("Disconnect")
+    companion.expect_alert(DISABLED)
+    companion.window.dismiss_alert()
+    companion.window.find("label", "*No Device Connected")
+    wait_until(lambda: panel.touch_enabled_at() is None, "the panel is told to stop")
+    companion.window.gone(name="Cast")
+    count = len(panel.ping_times())
+    time.sleep(4.5)
+    expect(len(panel.ping_times()) == count, "heartbeats go on without a panel")
+
+    companion.close_list()
+    expect(companion.pair(panel) == f"Paired to {panel.hex}", "the panel cannot be picked again")
+    companion.expect_alive()
+
+
+def ends_while_requests_wait(lab):
+    panel = lab.start_panel()
+    companion = lab.start_companion(panel)
+    companion.pair(panel)
+    companion.start_casting()
+    panel.reply("silence")
+    wait_until(lambda: len(panel.ping_times()) >= 2, "two heartbeats without an answer", 12)
+    expect(companion.is_casting(), "silence counted as a failure")
+    touch(lab, panel, "DOWN", 651, 743)  # a finger that is still down
+    companion.process.send(signal.SIGTERM)
+    companion.process.wait(3)
+    expect(companion.process.status() == 0, f"it ended with status {companion.process.status()}")
 
 
 def cable_mode(lab):
@@ -254,6 +293,8 @@ SCENARIOS = [
     ("a panel that says casting is off ends the session silently", panel_says_casting_is_off),
     ("a panel that says it is busy ends the session with an alert", panel_says_it_is_busy),
     ("the second failed heartbeat ends the session, not the first", second_failure_ends_the_session),
+    ("disconnecting stops the session and unpairs", disconnecting_unpairs),
+    ("the program ends at once, with status 0, while heartbeats wait for answers", ends_while_requests_wait),
     ("the wireless switch works a panel on a cable", cable_mode),
     ("panels come and go while the mDNS daemon restarts", mdns_daemon_restarts),
     ("a session survives a pulled cable", cable_is_pulled),
@@ -274,11 +315,18 @@ def play(lab, name, scenario, report):
         lab.end_programs()
 
 
+def names_matching(pattern):
+    return [scenario.__name__ for name, scenario in SCENARIOS if re.search(pattern, f"{name} {scenario.__name__}")]
+
+
 def main():
+    if sys.argv[1] == "--names":
+        print(*names_matching(sys.argv[2]), sep="\n")
+        return 0
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--programs", required=True, type=pathlib.Path, help="the folder of the built programs")
     parser.add_argument("--output", required=True, type=pathlib.Path, help="for screenshots and logs")
-    parser.add_argument("filter", nargs="?", default="", help="a regular expression for names of scenarios")
+    parser.add_argument("scenario", help="its function's name")
     arguments = parser.parse_args()
 
     report = Report(as_tap=True)
@@ -286,7 +334,7 @@ def main():
     if not lab.has_two_hosts:
         report.skipped("two hosts", "this computer does not allow networks of one's own; one host plays both roles")
     for name, scenario in SCENARIOS:
-        if re.search(arguments.filter, f"{name} {scenario.__name__}"):
+        if scenario.__name__ == arguments.scenario:
             play(lab, name, scenario, report)
     lab.processes.end()
     return report.end()
