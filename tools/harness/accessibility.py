@@ -65,6 +65,10 @@ class Element:
         area = self._ask(lambda a: a.get_extents(Atspi.CoordType.SCREEN))
         return (area.x, area.y, area.width, area.height) if area else (0, 0, 0, 0)
 
+    def write(self, text):
+        """Replaces the text of a field."""
+        return bool(self._ask(lambda a: Atspi.EditableText.set_text_contents(a, text)))
+
     def press(self):
         """The first of the actions that stand for a press; returns before what it opens is closed."""
         if self._press_action is None:

@@ -37,7 +37,7 @@ std::vector<DragType> MimePasteboard::types() const
             addOnce(DragType::pngImage);
         else if (format == pdf)
             addOnce(DragType::pdf);
-        else if ((format == urlList && m_mimeData.hasUrls()) || format == portalKey) {
+        else if (format == urlList || format == portalKey) {
             if (hasPortalKey() || namesReadableFile())
                 addOnce(DragType::fileUrl);
             addOnce(DragType::url);

@@ -24,6 +24,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void drawText(QPainter& painter, const QRect& area, Qt::Alignment alignment, const QString& text) const;
+
     std::vector<UploadLine> m_lines;
 };
 

@@ -1,0 +1,244 @@
+#include "views/qt/MimePasteboard.h"
+#include "tests/upload/DocumentsPortal.h"
+
+#include <chrono>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <QFile>
+#include <QMimeData>
+#include <QTemporaryDir>
+#include <QUrl>
+
+namespace companion::testing {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+/// For as long as it lives the superuser is an ordinary user, who cannot read everything.
+class OrdinaryUser {
+public:
+    OrdinaryUser() { m_isRoot = geteuid() == 0 && setresuid(65'534, 65'534, 0) == 0; }
+    ~OrdinaryUser()
+    {
+        if (m_isRoot && setresuid(0, 0, 0) != 0)
+            std::abort();
+    }
+    OrdinaryUser(const OrdinaryUser&) = delete;
+    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+
+private:
+    bool m_isRoot = false;
+};
+
+class MimePasteboardTest : public ::testing::Test {
+protected:
+    MimePasteboardTest() { chmod(m_folder.path().toUtf8(), 0755); }
+
+    std::string pathOf(const char* name) const
+    {
+        return m_folder.filePath(QString::fromUtf8(name)).toStdString();
+    }
+
+    /// A new file's URL.
+    QUrl fileUrl(const char* name)
+    {
+        QFile file(QString::fromStdString(pathOf(name)));
+        EXPECT_TRUE(file.open(QFile::WriteOnly));
+        return QUrl::fromLocalFile(file.fileName());
+    }
+
+    static QUrl localUrl(const std::string& path)
+    {
+        return QUrl::fromLocalFile(QString::fromStdString(path));
+    }
+
+    std::vector<DragType> typesOf(const QList<QUrl>& urls)
+    {
+        m_data.setUrls(urls);
+        return MimePasteboard(m_data).types();
+    }
+
+    void setPortalKey(const char* key = "key of the drag")
+    {
+        m_data.setData("application/vnd.portal.filetransfer", key);
+    }
+
+    std::optional<std::string> dataFor(DragType type) { return MimePasteboard(m_data).dataForType(type); }
+
+    QTemporaryDir m_folder;
+    QMimeData m_data;
+};
+
+TEST_F(MimePasteboardTest, ADragOfNothingOffersNothing)
+{
+    EXPECT_THAT(MimePasteboard(m_data).types(), IsEmpty());
+}
+
+TEST_F(MimePasteboardTest, TextAndOtherImagesAreNotAmongTheTypes)
+{
+    m_data.setText("http://example.com/a.png");
+    m_data.setHtml("<b>a</b>");
+    m_data.setData("image/jpeg", "jpeg");
+    EXPECT_THAT(MimePasteboard(m_data).types(), IsEmpty());
+}
+
+TEST_F(MimePasteboardTest, TypesComeInTheOrderOfTheFormatsEachOnce)
+{
+    m_data.setData("application/pdf", "pdf");
+    m_data.setData("text/plain", "text");
+    m_data.setUrls({fileUrl("a.png")});
+    m_data.setData("image/png", "png");
+    EXPECT_THAT(MimePasteboard(m_data).types(),
+        ElementsAre(DragType::pdf, DragType::fileUrl, DragType::url, DragType::pngImage));
+}
+
+TEST_F(MimePasteboardTest, ImageAndPdfAreHandedOverByteForByte)
+{
+    m_data.setData("image/png", QByteArray("\x89PNG\0\xff", 6));
+    m_data.setData("application/pdf", QByteArray("%PDF\0", 5));
+    EXPECT_EQ(dataFor(DragType::pngImage), std::string("\x89PNG\0\xff", 6));
+    EXPECT_EQ(dataFor(DragType::pdf), std::string("%PDF\0", 5));
+}
+
+TEST_F(MimePasteboardTest, AnOfferedImageThatIsEmptyHasNoBytes)
+{
+    m_data.setData("image/png", "");
+    EXPECT_THAT(MimePasteboard(m_data).types(), ElementsAre(DragType::pngImage));
+    EXPECT_EQ(dataFor(DragType::pngImage).value_or(""), "");
+}
+
+TEST_F(MimePasteboardTest, AReadableFileIsAFileUrlAndAUrl)
+{
+    EXPECT_THAT(typesOf({fileUrl("\xC3\xBC|\" a.png")}), ElementsAre(DragType::fileUrl, DragType::url));
+    const auto url = FileUrl::fromText(dataFor(DragType::fileUrl).value_or(""));
+    ASSERT_TRUE(url);
+    EXPECT_EQ(url->path(), pathOf("\xC3\xBC|\" a.png"));
+}
+
+TEST_F(MimePasteboardTest, AFolderIsAUrlOnly)
+{
+    EXPECT_THAT(typesOf({localUrl(m_folder.path().toStdString())}), ElementsAre(DragType::url));
+}
+
+TEST_F(MimePasteboardTest, ADeviceIsAUrlOnly)
+{
+    EXPECT_THAT(typesOf({localUrl("/dev/zero")}), ElementsAre(DragType::url));
+}
+
+TEST_F(MimePasteboardTest, APipeIsAUrlOnly)
+{
+    ASSERT_EQ(mkfifo(pathOf("pipe.png").c_str(), 0644), 0);
+    EXPECT_THAT(typesOf({localUrl(pathOf("pipe.png"))}), ElementsAre(DragType::url));
+}
+
+TEST_F(MimePasteboardTest, ALinkIsWhatItLeadsTo)
+{
+    fileUrl("file.png");
+    ASSERT_EQ(symlink("file.png", pathOf("to-file.png").c_str()), 0);
+    ASSERT_EQ(symlink("/dev/zero", pathOf("to-device.png").c_str()), 0);
+    ASSERT_EQ(symlink("missing.png", pathOf("to-nothing.png").c_str()), 0);
+    EXPECT_THAT(typesOf({localUrl(pathOf("to-file.png"))}), ElementsAre(DragType::fileUrl, DragType::url));
+    EXPECT_THAT(typesOf({localUrl(pathOf("to-device.png"))}), ElementsAre(DragType::url));
+    EXPECT_THAT(typesOf({localUrl(pathOf("to-nothing.png"))}), ElementsAre(DragType::url));
+}
+
+TEST_F(MimePasteboardTest, AFileThatCannotBeReadIsAUrlOnly)
+{
+    const QUrl url = fileUrl("secret.png");
+    ASSERT_EQ(chmod(pathOf("secret.png").c_str(), 0), 0);
+    const OrdinaryUser user;
+    EXPECT_THAT(typesOf({url}), ElementsAre(DragType::url));
+}
+
+TEST_F(MimePasteboardTest, AFileThatIsNotThereIsAUrlOnly)
+{
+    EXPECT_THAT(typesOf({localUrl(pathOf("missing.png"))}), ElementsAre(DragType::url));
+}
+
+TEST_F(MimePasteboardTest, AnAddressInTheWebIsAUrlOnly)
+{
+    EXPECT_THAT(typesOf({QUrl("http://example.com/a%20b.png")}), ElementsAre(DragType::url));
+    EXPECT_EQ(dataFor(DragType::url), "http://example.com/a%20b.png");
+}
+
+TEST_F(MimePasteboardTest, OfSeveralUrlsTheFirstCounts)
+{
+    const QUrl file = fileUrl("a.png");
+    const QUrl folder = localUrl(m_folder.path().toStdString());
+    EXPECT_THAT(typesOf({folder, file}), ElementsAre(DragType::url));
+    EXPECT_THAT(typesOf({file, folder}), ElementsAre(DragType::fileUrl, DragType::url));
+    EXPECT_EQ(dataFor(DragType::fileUrl), file.toEncoded().toStdString());
+}
+
+TEST_F(MimePasteboardTest, AnEmptyListOfUrlsIsAUrlWithoutData)
+{
+    m_data.setData("text/uri-list", "");
+    EXPECT_THAT(MimePasteboard(m_data).types(), ElementsAre(DragType::url));
+    EXPECT_EQ(dataFor(DragType::url), std::nullopt);
+}
+
+TEST_F(MimePasteboardTest, AKeyOfThePortalIsAFileUrlThatThePortalKnows)
+{
+    const DocumentsPortal portal(
+        {"/run/user/1000/doc/1a2b/\xC3\xBC b.png", "/second.png"}, /*isSilent=*/false);
+    setPortalKey();
+    EXPECT_THAT(MimePasteboard(m_data).types(), ElementsAre(DragType::fileUrl, DragType::url));
+    const auto url = FileUrl::fromText(dataFor(DragType::fileUrl).value_or(""));
+    ASSERT_TRUE(url);
+    EXPECT_EQ(url->path(), "/run/user/1000/doc/1a2b/\xC3\xBC b.png");
+}
+
+TEST_F(MimePasteboardTest, AKeyMayEndWithANul)
+{
+    const DocumentsPortal portal({"/a.png"}, /*isSilent=*/false);
+    m_data.setData("application/vnd.portal.filetransfer", QByteArray("key of the drag\0", 16));
+    EXPECT_EQ(dataFor(DragType::fileUrl), "file:///a.png");
+}
+
+TEST_F(MimePasteboardTest, ThePortalIsAskedEvenIfAUrlIsOfferedAsWell)
+{
+    const DocumentsPortal portal({"/inside.png"}, /*isSilent=*/false);
+    m_data.setUrls({QUrl("file:///outside.png")});
+    setPortalKey();
+    EXPECT_EQ(dataFor(DragType::fileUrl), "file:///inside.png");
+}
+
+TEST_F(MimePasteboardTest, AKeyThatThePortalRefusesHasNoData)
+{
+    const DocumentsPortal portal({"/a.png"}, /*isSilent=*/false);
+    setPortalKey("another key");
+    EXPECT_EQ(dataFor(DragType::fileUrl), std::nullopt);
+}
+
+TEST_F(MimePasteboardTest, AKeyForNoFilesHasNoData)
+{
+    const DocumentsPortal portal({}, /*isSilent=*/false);
+    setPortalKey();
+    EXPECT_EQ(dataFor(DragType::fileUrl), std::nullopt);
+}
+
+TEST_F(MimePasteboardTest, AKeyWithoutAPortalHasNoDataAtOnce)
+{
+    setPortalKey();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(dataFor(DragType::fileUrl), std::nullopt);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 900ms);
+}
+
+TEST_F(MimePasteboardTest, APortalThatDoesNotAnswerIsWaitedForASecond)
+{
+    const DocumentsPortal portal({}, /*isSilent=*/true);
+    setPortalKey();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(dataFor(DragType::fileUrl), std::nullopt);
+    const auto taken = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(taken, 900ms);
+    EXPECT_LT(taken, 3s);
+}
+
+} // namespace
+} // namespace companion::testing

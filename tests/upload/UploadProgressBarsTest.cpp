@@ -1,0 +1,145 @@
+#include "views/qt/UploadProgressBars.h"
+#include "views/qt/Theme.h"
+
+#include <gtest/gtest.h>
+
+#include <QAccessible>
+#include <QApplication>
+#include <QImage>
+
+namespace companion::testing {
+namespace {
+
+class UploadProgressBarsTest : public ::testing::Test {
+protected:
+    UploadProgressBarsTest()
+    {
+        m_window.resize(600, 300);
+        const QMargins margins = m_bars->contentsMargins();
+        m_bars->setGeometry(0, 0, 400 + margins.left() + margins.right(), 10);
+        m_window.show();
+        QCoreApplication::processEvents();
+    }
+
+    /// What is painted within the margins, which is 400 pixels wide.
+    QImage shown(const std::vector<UploadLine>& lines)
+    {
+        m_bars->setLines(lines);
+        QImage image(m_bars->size(), QImage::Format_RGB32);
+        image.fill(Qt::white);
+        m_bars->render(&image);
+        return image.copy(m_bars->contentsRect());
+    }
+
+    /// How many pixels of the line's bar are filled, and where they begin.
+    static std::pair<int, int> filled(const QImage& image, int line, int lines)
+    {
+        const int top = image.height() * line / lines;
+        const int bottom = image.height() * (line + 1) / lines;
+        int best = 0;
+        int first = -1;
+        for (int y = top; y < bottom; ++y) {
+            int count = 0;
+            int start = -1;
+            for (int x = 0; x < image.width(); ++x) {
+                if (image.pixelColor(x, y) != QColor(Theme::accent))
+                    continue;
+                if (start < 0)
+                    start = x;
+                ++count;
+            }
+            if (count > best) {
+                best = count;
+                first = start;
+            }
+        }
+        return {best, first};
+    }
+
+    static bool hasInk(const QImage& image, const QRect& area)
+    {
+        for (int y = area.top(); y <= area.bottom(); ++y)
+            for (int x = area.left(); x <= area.right(); ++x)
+                if (image.pixelColor(x, y) != Qt::white)
+                    return true;
+        return false;
+    }
+
+    QWidget m_window;
+    UploadProgressBars* m_bars = new UploadProgressBars(&m_window);
+};
+
+TEST_F(UploadProgressBarsTest, NothingShowsWhileNothingIsOnItsWay)
+{
+    EXPECT_FALSE(m_bars->isVisible());
+    m_bars->setLines({{1, "a.png", 0}});
+    EXPECT_TRUE(m_bars->isVisible());
+    m_bars->setLines({});
+    EXPECT_FALSE(m_bars->isVisible());
+}
+
+TEST_F(UploadProgressBarsTest, EveryUploadHasALineOfTheSameHeight)
+{
+    m_bars->setLines({{1, "a.png", 0}});
+    const int one = m_bars->height();
+    m_bars->setLines({{1, "a.png", 0}, {2, "b.png", 0}, {3, "c.png", 0}});
+    EXPECT_GT(one, 0);
+    EXPECT_EQ(m_bars->height(), 3 * one);
+}
+
+TEST_F(UploadProgressBarsTest, BarsAreFilledAsFarAsTheirUploadsAre)
+{
+    const QImage image = shown({{1, "a.png", 25}, {2, "b.png", 75}});
+    EXPECT_NEAR(filled(image, 0, 2).first, 100, 4);
+    EXPECT_NEAR(filled(image, 1, 2).first, 300, 4);
+    EXPECT_EQ(filled(shown({{1, "a.png", 0}}), 0, 1).first, 0);
+    EXPECT_NEAR(filled(shown({{1, "a.png", 100}}), 0, 1).first, 400, 4);
+}
+
+TEST_F(UploadProgressBarsTest, BarsStayAwayFromTheBorderOfTheDropArea)
+{
+    EXPECT_GE(m_bars->contentsMargins().left(), 24);
+    EXPECT_EQ(m_bars->contentsMargins().right(), m_bars->contentsMargins().left());
+}
+
+TEST_F(UploadProgressBarsTest, ALongNameLeavesThePercentageItsPlace)
+{
+    // The percentage's column begins 56 pixels from the right; a narrow gap before the digits of "1 %" stays free.
+    const QImage image = shown({{1, std::string(255, 'W'), 1}});
+    EXPECT_FALSE(hasInk(image, QRect(346, 0, 20, 20)));
+    EXPECT_TRUE(hasInk(image, QRect(370, 0, 30, 20)));
+    EXPECT_TRUE(hasInk(image, QRect(250, 0, 80, 20)));
+}
+
+TEST_F(UploadProgressBarsTest, FromRightToLeftBarsGrowFromTheRightAndNamesStandThere)
+{
+    m_bars->setLayoutDirection(Qt::RightToLeft);
+    const QImage image = shown({{1, "a", 25}});
+    const auto [length, first] = filled(image, 0, 1);
+    EXPECT_NEAR(length, 100, 4);
+    EXPECT_NEAR(first, 300, 4);
+    EXPECT_TRUE(hasInk(image, QRect(385, 0, 15, 20)));
+    EXPECT_TRUE(hasInk(image, QRect(0, 0, 30, 20)));
+    EXPECT_FALSE(hasInk(image, QRect(60, 0, 300, 20)));
+}
+
+TEST_F(UploadProgressBarsTest, ClicksGoThroughAndTheKeyboardPassesBy)
+{
+    m_bars->setLines({{1, "a.png", 50}});
+    EXPECT_EQ(m_window.childAt(5, 5), nullptr);
+    EXPECT_EQ(m_bars->focusPolicy(), Qt::NoFocus);
+    EXPECT_FALSE(m_bars->acceptDrops());
+}
+
+TEST_F(UploadProgressBarsTest, WhatIsAnnouncedIsItsNameToAScreenReader)
+{
+    m_bars->setLines({{1, "a.png", 50}});
+    m_bars->announce("a.png 50 %");
+    QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(m_bars);
+    ASSERT_NE(accessible, nullptr);
+    EXPECT_EQ(accessible->text(QAccessible::Name), "a.png 50 %");
+    EXPECT_FALSE(accessible->state().focusable);
+}
+
+} // namespace
+} // namespace companion::testing
