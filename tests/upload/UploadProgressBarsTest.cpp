@@ -25,6 +25,12 @@ protected:
     QImage shown(const std::vector<UploadLine>& lines)
     {
         m_bars->setLines(lines);
+        return shownInHeight(m_bars->sizeHint().height());
+    }
+
+    QImage shownInHeight(int height)
+    {
+        m_bars->resize(m_bars->width(), height);
         QImage image(m_bars->size(), QImage::Format_RGB32);
         image.fill(Qt::white);
         m_bars->render(&image);
@@ -81,10 +87,10 @@ TEST_F(UploadProgressBarsTest, NothingShowsWhileNothingIsOnItsWay)
 TEST_F(UploadProgressBarsTest, EveryUploadHasALineOfTheSameHeight)
 {
     m_bars->setLines({{1, "a.png", 0}});
-    const int one = m_bars->height();
+    const int one = m_bars->sizeHint().height();
     m_bars->setLines({{1, "a.png", 0}, {2, "b.png", 0}, {3, "c.png", 0}});
     EXPECT_GT(one, 0);
-    EXPECT_EQ(m_bars->height(), 3 * one);
+    EXPECT_EQ(m_bars->sizeHint().height(), 3 * one);
 }
 
 TEST_F(UploadProgressBarsTest, BarsAreFilledAsFarAsTheirUploadsAre)
@@ -94,6 +100,26 @@ TEST_F(UploadProgressBarsTest, BarsAreFilledAsFarAsTheirUploadsAre)
     EXPECT_NEAR(filled(image, 1, 2).first, 300, 4);
     EXPECT_EQ(filled(shown({{1, "a.png", 0}}), 0, 1).first, 0);
     EXPECT_NEAR(filled(shown({{1, "a.png", 100}}), 0, 1).first, 400, 4);
+}
+
+TEST_F(UploadProgressBarsTest, ManyUploadsMoveCloserWhereSpaceIsShort)
+{
+    m_bars->setLines(std::vector<UploadLine>(10, {1, "a.png", 50}));
+    EXPECT_LT(m_bars->minimumSizeHint().height(), 100);
+    const QImage image = shownInHeight(240);
+    for (int line = 0; line < 10; ++line)
+        EXPECT_NEAR(filled(image, line, 10).first, 200, 4) << line;
+}
+
+TEST_F(UploadProgressBarsTest, UploadsWithoutALineAreCountedInTheLastOne)
+{
+    m_bars->setLines(std::vector<UploadLine>(10, {1, "a.png", 50}));
+    const QImage image = shownInHeight(120);
+    for (int line = 0; line < 4; ++line)
+        EXPECT_NEAR(filled(image, line, 5).first, 200, 4) << line;
+    EXPECT_EQ(filled(image, 4, 5).first, 0);
+    EXPECT_TRUE(hasInk(image, QRect(0, 96, 60, 20)));
+    EXPECT_FALSE(hasInk(image, QRect(350, 96, 50, 20)));
 }
 
 TEST_F(UploadProgressBarsTest, BarsStayAwayFromTheBorderOfTheDropArea)

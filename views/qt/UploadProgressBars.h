@@ -20,10 +20,16 @@ public:
     /// What a screen reader says of the uploads when it is next asked, or has the time.
     void announce(const QString& text);
 
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override;
+
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    int count() const { return static_cast<int>(m_lines.size()); }
+    void drawLine(QPainter& painter, const QRect& line, const UploadLine& upload) const;
+    void drawBar(QPainter& painter, const QRect& bar, const QColor& color) const;
     void drawText(QPainter& painter, const QRect& area, Qt::Alignment alignment, const QString& text) const;
 
     std::vector<UploadLine> m_lines;
