@@ -174,6 +174,11 @@ TEST(TouchRecordingTest, WhatComesADayLaterIsLeftOut)
     EXPECT_EQ(text.str(), "panel-touches 1\n# c\n0 a\n86400000 b\n");
 }
 
+TEST(TouchRecordingTest, BytesFrom32To126StandForThemselvesButTheBackslash)
+{
+    EXPECT_EQ(recordedText("\x1f ~\x7f\\"), "\\x1f ~\\x7f\\\\");
+}
+
 TEST(TouchRecordingTest, CommentStaysOneLine)
 {
     std::ostringstream text;
