@@ -28,16 +28,20 @@ def isolate():
 
 class Session:
     """`programs`: the folder of the built programs. `wrapper`: what stands before the application on its command
-    line; `timeout`: seconds that its start may take."""
+    line. One that is not driven is started and left to itself, without the accessibility bus."""
 
-    def __init__(self, programs, environment=None, wrapper=(), timeout=20):
+    def __init__(self, programs, environment=None, wrapper=(), is_driven=True):
         self.folder = pathlib.Path(tempfile.mkdtemp(prefix="panel-companion-bench."))
         self.processes = Processes(self.folder)
         self.desktop = Desktop(self.processes, 1280, 800)
         self.panel = Panel(self.processes, programs / "panel-simulator", arguments=["--no-announce"])
         command = [*wrapper, programs / "panel-companion", "--panel", self.panel.service_name]
-        self.companion = Companion(self.processes, self.desktop, command[0], command[1:], environment, timeout)
-        self.pid = self.companion.process.pid
+        if is_driven:
+            self.companion = Companion(self.processes, self.desktop, command[0], command[1:], environment)
+            self.pid = self.companion.process.pid
+        else:
+            quiet = {"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "0"}
+            self.pid = self.processes.start(command, environment=quiet).pid
 
     def pair(self):
         self.companion.pair(self.panel)

@@ -1,5 +1,5 @@
 // From the start of a program to its first paint, for several programs in turns, against the first of them: an empty
-// Qt window.
+// Qt window, and one with a line of text.
 //
 //     bench_start [--rounds N] PROGRAM...
 //
@@ -68,7 +68,7 @@ int main(int argc, char** argv)
 {
     try {
         int rounds = 21;
-        std::vector<Contender> contenders{{EMPTY_WINDOW, {}}};
+        std::vector<Contender> contenders{{EMPTY_WINDOW, {}}, {TEXT_WINDOW, {}}};
         for (int i = 1; i < argc; ++i) {
             if (std::string(argv[i]) == "--rounds" && i + 1 < argc)
                 rounds = std::stoi(argv[++i]);
