@@ -82,6 +82,11 @@ private:
 
 namespace {
 
+using namespace std::chrono_literals;
+
+/// Hundreds of panels may be announced in one second, and nobody sees more than a picture a frame.
+constexpr auto shortestReloadInterval = 16ms;
+
 class CellDelegate : public QStyledItemDelegate {
 public:
     CellDelegate(const DevicesTableModel& model, DevicesTableView& table)
@@ -146,13 +151,22 @@ void DevicesTableView::setDataSource(RowCount rowCount, ConfigureCell configureC
 
 void DevicesTableView::reloadData()
 {
-    if (!m_reload.isActive())
-        m_reload.start(0);
+    if (m_reload.isActive())
+        return;
+    m_reload.start(mayWait() ? shortestReloadInterval : 0ms);
+}
+
+/// New panels come at the end: in a list longer than the window they are out of sight anyway.
+bool DevicesTableView::mayWait() const
+{
+    const bool isLong = m_model->rowCount() * rowHeight > viewport()->height();
+    return isLong && m_sinceReload.isValid() && !m_sinceReload.hasExpired(shortestReloadInterval.count());
 }
 
 void DevicesTableView::showPresentRows()
 {
     m_model->reload();
+    m_sinceReload.start();
     viewport()->update();
     setAccessibleDescription(m_model->rowCount() > 0 ? QString() : m_placeholder);
 }

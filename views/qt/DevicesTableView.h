@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <QElapsedTimer>
 #include <QListView>
 #include <QTimer>
 
@@ -27,7 +28,8 @@ public:
     /// Where rows come from; asked while painting.
     void setDataSource(RowCount rowCount, ConfigureCell configureCell);
 
-    /// Shows the data source's present rows, once a turn of the event loop however often it is called.
+    /// Shows the data source's present rows: at the event loop's next turn, or, in a list too long to be seen whole, no
+    /// sooner than 16 ms after the time before.
     void reloadData();
 
     /// The icon of a row; it stays with the row number, whichever panel stands there. Rows that are not there are skipped.
@@ -57,10 +59,12 @@ protected:
 
 private:
     void showPresentRows();
+    bool mayWait() const;
     void setWorkedByKeyboard(bool isWorkedByKeyboard);
 
     std::unique_ptr<DevicesTableModel> m_model;
     QTimer m_reload;
+    QElapsedTimer m_sinceReload;
     QString m_placeholder;
     bool m_isWorkedByKeyboard = false;
 };
