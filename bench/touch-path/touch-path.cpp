@@ -137,6 +137,15 @@ double median(std::vector<double> values)
     return values[values.size() / 2];
 }
 
+// What a busy machine does to one round it does to all that take part in it, so that rounds are compared one by one.
+double medianRatio(const std::vector<double>& values, const std::vector<double>& limits)
+{
+    std::vector<double> ratios;
+    for (std::size_t i = 0; i < values.size(); ++i)
+        ratios.push_back(values[i] / limits[i]);
+    return median(ratios);
+}
+
 struct Row {
     std::vector<double> p50, p99, rate, cpu;
     int lost = 0;
@@ -165,18 +174,17 @@ void measure(
         for (std::size_t i = 0; i < peers.size(); ++i)
             measureOnce(mode, peers[i], observer, options.moves, rows[i]);
     }
-    std::printf("\n%s (medians of %d rounds of %d moves; x: times the %s)\n", mode.name, options.rounds,
-        options.moves * mode.movesFactor, peers[0].name.c_str());
+    std::printf("\n%s (medians of %d rounds of %d moves; x: of the ratios to the %s)\n", mode.name,
+        options.rounds, options.moves * mode.movesFactor, peers[0].name.c_str());
     std::printf("%-14s %9s %6s %9s %6s %10s %6s %8s %6s\n", "", "p50 us", "x", "p99 us", "x", "events/s", "x",
         "cpu us", "lost");
-    const double p50 = median(rows[0].p50);
-    const double p99 = median(rows[0].p99);
-    const double rate = median(rows[0].rate);
+    const Row& limit = rows[0];
     for (std::size_t i = 0; i < peers.size(); ++i) {
         const Row& row = rows[i];
         std::printf("%-14s %9.1f %6.2f %9.1f %6.2f %10.0f %6.2f %8.1f %6d\n", peers[i].name.c_str(),
-            median(row.p50), median(row.p50) / p50, median(row.p99), median(row.p99) / p99, median(row.rate),
-            median(row.rate) / rate, median(row.cpu), row.lost);
+            median(row.p50), medianRatio(row.p50, limit.p50), median(row.p99),
+            medianRatio(row.p99, limit.p99), median(row.rate), medianRatio(row.rate, limit.rate),
+            median(row.cpu), row.lost);
     }
 }
 
