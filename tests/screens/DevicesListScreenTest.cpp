@@ -51,6 +51,16 @@ TEST_F(DevicesListScreenTest, ElementsHaveTheirStyles)
     EXPECT_EQ(DeviceTableCellView::addressFont().weight(), QFont::Medium);
 }
 
+TEST_F(DevicesListScreenTest, OneThousandPanelsInATurnEachAreShownWholeWithFewerThan300Reloads)
+{
+    openList();
+    QSignalSpy reloads(table().model(), &QAbstractItemModel::rowsInserted);
+    for (int number = 1; number <= 1000; ++number)
+        announce("Meridian 65|Room|0A01" + QByteArray::number(number).rightJustified(4, '0').toStdString());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return table().model()->rowCount() == 1000; }));
+    EXPECT_LT(reloads.count(), 300);
+}
+
 TEST_F(DevicesListScreenTest, RowsAre60PointsHighAndNeverPaintASelection)
 {
     openListOfThree();
