@@ -86,6 +86,27 @@ TEST_F(PanelctlTouchesTest, RecordingHoldsEveryDatagram)
                      "[0-9]+ A\\\\x0a\\\\xff\\\\\\\\\n[0-9]+ \n[0-9]+ end\n"));
 }
 
+TEST_F(PanelctlTouchesTest, RecordingIsReplayedByTheSimulatedPanel)
+{
+    const std::string file = folder / "recording.txt";
+    {
+        ChildProcess process(command({"touches", "--record", file}), environment);
+        ASSERT_TRUE(process.waitForOutput(listening));
+        touch("RAW DOWN,1,2,3;\nPAUSE 30\nHEX 4d 0a ff 5c\nPAUSE 30\nRAW  UP \n");
+        ASSERT_TRUE(process.waitForOutput("   UP "));
+        process.sendSignal(SIGINT);
+        ASSERT_EQ(process.waitForExit(), 0);
+    }
+    panel.reset();
+    startPanel({"--no-announce", "--replay", file});
+    ChildProcess process(command({"touches"}), environment);
+    ASSERT_TRUE(process.waitForOutput(listening));
+    panel->get("/enableWifiTouchback?ip=127.0.0.1&enable=true&hidemenu=false&isHDMI=true");
+    EXPECT_TRUE(process.waitForOutput("DOWN,1,2,3;"));
+    EXPECT_TRUE(process.waitForOutput("M\\x0a\\xff\\\\"));
+    EXPECT_TRUE(process.waitForOutput("   UP   "));
+}
+
 TEST_F(PanelctlTouchesTest, TouchesOfOthersDoNotCount)
 {
     ChildProcess process(command({"touches", "--panel-address", "127.0.0.7", "--timeout", "1"}), environment);
