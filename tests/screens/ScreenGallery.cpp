@@ -108,6 +108,13 @@ public:
         m_gallery.take("paired");
     }
 
+    void upload()
+    {
+        m_dashboard.view->showUploads({{1, "Field trip.mp4", 62}, {2, "Timetable.pdf", 8}});
+        m_gallery.take("uploading");
+        m_dashboard.view->showUploads({});
+    }
+
     void cast()
     {
         m_alertName = "alert";
@@ -178,6 +185,7 @@ int main(int argc, char** argv)
     User user(gallery);
     user.findPanels();
     user.pair();
+    user.upload();
     user.cast();
     user.useCable();
     user.useKeyboard();
