@@ -137,6 +137,12 @@ TEST_F(UploadProgressBarsTest, ALongNameLeavesThePercentageItsPlace)
     EXPECT_TRUE(hasInk(image, QRect(250, 0, 80, 20)));
 }
 
+TEST_F(UploadProgressBarsTest, TheEndOfALongNameIsSeen)
+{
+    const std::string begin(255, 'W');
+    EXPECT_NE(shown({{1, begin + ".png", 1}}), shown({{1, begin + ".pdf", 1}}));
+}
+
 TEST_F(UploadProgressBarsTest, FromRightToLeftBarsGrowFromTheRightAndNamesStandThere)
 {
     m_bars->setLayoutDirection(Qt::RightToLeft);
