@@ -47,9 +47,8 @@ QJsonObject uploadJson(const UploadRecord& upload)
     return {{"storedName", text(upload.storedName)}, {"fileName", text(upload.fileName)},
         {"srcfilename", text(upload.srcfilename)}, {"filetype", text(upload.filetype)},
         {"contentType", text(upload.contentType)}, {"sha256", text(upload.sha256)},
-        {"picture", upload.isPicture},
-        {"size", number(upload.size)}, {"time", static_cast<qint64>(upload.time)},
-        {"from", text(upload.from)}};
+        {"picture", upload.isPicture}, {"size", number(upload.size)},
+        {"time", static_cast<qint64>(upload.time)}, {"from", text(upload.from)}};
 }
 
 QJsonObject uploadsJson(const PanelSnapshot& state)
