@@ -11,7 +11,6 @@ namespace companion::simulator {
 namespace {
 
 constexpr std::uint64_t maxPauseMs = 60'000;
-constexpr std::size_t maxDatagram = 65'507; // what UDP over IPv4 carries
 
 /// Reads line by line; the first thing that is wrong ends it.
 class GestureParser {

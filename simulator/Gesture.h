@@ -1,12 +1,16 @@
 #pragma once
 
 #include <chrono>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <variant>
 #include <vector>
 
 namespace companion::simulator {
+
+/// What UDP over IPv4 carries in one datagram, in bytes.
+constexpr std::size_t maxDatagram = 65'507;
 
 /// One datagram to come, and how long to wait before it.
 struct GestureStep {

@@ -18,7 +18,6 @@ namespace {
 constexpr std::string_view formatName = "panel-touches";
 constexpr std::string_view formatVersion = "1";
 constexpr std::uint64_t maxTimeMs = 86'400'000;
-constexpr std::size_t maxDatagram = 65'507; // what UDP over IPv4 carries
 
 /// Reads line by line; the first thing that is wrong ends it.
 class RecordingParser {
