@@ -107,6 +107,18 @@ TEST_F(ReplayTest, RepeatedRequestDoesNotBeginAgainButTurningOnAnewDoes)
     EXPECT_EQ(nextTouch(), "a");
 }
 
+TEST_F(ReplayTest, AnotherComputerThatAsksMeanwhileGetsTheRestAndNoSecondReplay)
+{
+    const RecordingFile file("panel-touches 1\n0 a\n600 b\n");
+    SimulatorProcess panel(arguments(file));
+    panel.get("/enableWifiTouchback?ip=127.0.0.2&enable=true&hidemenu=false&isHDMI=true");
+    ASSERT_TRUE(panel.process().waitForOutput("replay of 2 datagrams begins"));
+    switchTouchback(panel, "true");
+    EXPECT_EQ(nextTouch(), "a");
+    EXPECT_EQ(nextTouch(), "b");
+    EXPECT_FALSE(listener.receive(1500ms));
+}
+
 TEST_F(ReplayTest, SwitchingOffEndsItAndSaysSo)
 {
     const RecordingFile file("panel-touches 1\n0 a\n400 b\n");

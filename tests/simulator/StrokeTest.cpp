@@ -92,6 +92,18 @@ TEST_F(StrokeTest, SecondFingerIsRefusedWhileTheFirstIsDown)
         EXPECT_EQ(nextTouch(), touch);
 }
 
+TEST_F(StrokeTest, FingerThatIsSilentForFiveSecondsIsLiftedBeforeTheNextOne)
+{
+    part("gone", 0, "DOWN 1 2\nMOVE 31000 17");
+    const auto begin = std::chrono::steady_clock::now();
+    while (part("next", 0, "DOWN 7 8").status == 409)
+        ASSERT_LT(std::chrono::steady_clock::now() - begin, 20s);
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, 4900ms); // the part before was heard a little earlier
+    for (const char* touch : {"DOWN,1,2", "MOVE,31000,17", "UP,31000,17", "DOWN,7,8"})
+        EXPECT_EQ(nextTouch(), touch);
+    EXPECT_EQ(part("gone", 1, "MOVE 3 4").status, 409);
+}
+
 TEST_F(StrokeTest, NobodyWhoAskedMeans409AndTheStrokeIsOver)
 {
     part("s", 0, "DOWN 1 2");

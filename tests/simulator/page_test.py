@@ -284,9 +284,9 @@ class PageTests:
         self.open_page()
         places = self.places(PATH[:3])
         self.browser.run("surface.addEventListener('pointerdown', (e) => { window.pointerIs = e.pointerId; });")
-        self.browser.act(pointer("mouse", [places[0], "down"]))
+        self.browser.act(pointer("mouse", [places[0], "down", places[1]]))
         self.browser.run("surface.releasePointerCapture(window.pointerIs)")
-        self.browser.act(pointer("mouse", [*places[1:], "up"]))
+        self.browser.act(pointer("mouse", [places[2], "up"]))
         self.expect_touches(self.receiver.stroke(), ["DOWN", "MOVE", "MOVE", "UP"], [*places, places[2]])
         self.receiver.expect_silence(0.1)
 
@@ -295,8 +295,11 @@ class PageTests:
         self.open_page(TABLET)
         left, top, width, height = self.browser.find("#surface").area()
         inside, outside = (round(left + width / 3), round(top + height / 3)), (round(left + width / 2), 5)
+        self.browser.run("window.seenBy = []; addEventListener('pointermove', (e) => seenBy.push(e.target.id));")
         self.draw("mouse", [inside, outside])
         touches = self.receiver.stroke()
+        seen_by = self.browser.run("return window.seenBy")
+        expect(seen_by[-1:] == ["surface"], f"the last move went to {seen_by[-1:]}")
         expect([t[0] for t in touches] == ["DOWN", "MOVE", "UP"] and touches[1][2] == 0, f"{touches} came")
 
     @test
