@@ -22,7 +22,8 @@ double luminance(const QColor& color)
 /// As WCAG 2.1 defines it, from 1 to 21.
 double contrast(const QColor& one, const QColor& other)
 {
-    const auto [dark, light] = std::minmax(luminance(one), luminance(other));
+    // A list: of two temporaries it would give references that dangle.
+    const auto [dark, light] = std::minmax({luminance(one), luminance(other)});
     return (light + 0.05) / (dark + 0.05);
 }
 
