@@ -38,8 +38,7 @@ HttpBody makeMultipartBody(const TextFields& textFields, const FileBytes& fileBy
 
     std::string tail;
     appendStrings(tail, {"\r\n--", boundary, "--\r\n"});
-    return {std::make_shared<const std::string>(std::move(head)), fileBytes,
-        std::make_shared<const std::string>(std::move(tail))};
+    return {sharedBytes(std::move(head)), fileBytes, sharedBytes(std::move(tail))};
 }
 
 } // namespace companion

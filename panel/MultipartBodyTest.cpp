@@ -16,7 +16,7 @@ static std::string joined(const HttpBody& body)
 
 static FileBytes bytes(const std::string& text)
 {
-    return std::make_shared<const std::string>(text);
+    return sharedBytes(text);
 }
 
 TEST(MultipartBodyTest, BodyByteForByte)

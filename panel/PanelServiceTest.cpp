@@ -47,7 +47,7 @@ TEST_F(PanelServiceTest, MethodAndBodyAreTheCallers)
 {
     PanelRequest request{"10.27.3.20", "/ws"};
     request.method = "POST";
-    request.body = HttpBody{std::make_shared<const std::string>("{\"key\":1}")};
+    request.body = HttpBody{sharedBytes("{\"key\":1}")};
     EXPECT_TRUE(send(request));
     EXPECT_EQ(session.request(0).method, "POST");
     EXPECT_EQ(FakeHttpSession::bodyText(session.request(0)), "{\"key\":1}");

@@ -20,7 +20,7 @@ void TriggerCastingApp::triggerCastService(const std::optional<std::string>& sel
 {
     setObtainedDeviceIP(selectedDeviceIP);
 
-    const auto body = std::make_shared<const std::string>(R"({"key":"ACTION_CAST"})");
+    const auto body = sharedBytes(R"({"key":"ACTION_CAST"})");
     const PanelRequest request{selectedDeviceIP, "/ws", "POST", HttpBody{body}};
     const bool isSent = PanelService(m_host.httpSession, m_host.console)
                             .send(request, [self = shared_from_this()](const PanelReply& reply) {

@@ -12,7 +12,7 @@ namespace companion::testing {
 
 class UploadDataToHostTest : public ::testing::Test {
 protected:
-    static FileBytes bytes(const std::string& text) { return std::make_shared<const std::string>(text); }
+    static FileBytes bytes(const std::string& text) { return sharedBytes(text); }
 
     void prepare(const std::string& fileName = "a.png", const std::string& fileType = "image/png",
         const std::string& content = "\x89PN")

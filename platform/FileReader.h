@@ -1,12 +1,12 @@
 #pragma once
 
-#include <memory>
+#include "platform/SharedBytes.h"
+
 #include <string>
 
 namespace companion {
 
-/// The bytes of a file, held once however many use them; null when there are none.
-using FileBytes = std::shared_ptr<const std::string>;
+using FileBytes = SharedBytes;
 
 /// Reads files into memory. Any thread.
 class FileReader {

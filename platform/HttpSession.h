@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/SharedBytes.h"
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -27,7 +29,7 @@ struct HttpHeader {
 enum class CachePolicy { useProtocolCachePolicy };
 
 /// Pieces of bytes that are sent one after the other, without being joined in memory.
-using HttpBody = std::vector<std::shared_ptr<const std::string>>;
+using HttpBody = std::vector<SharedBytes>;
 
 /// Bytes sent of the body, and bytes of the body in all. Delivery thread, any number of times.
 using HttpProgress = std::function<void(std::uint64_t sent, std::uint64_t total)>;
@@ -39,7 +41,8 @@ struct HttpRequest {
     std::vector<HttpHeader> headers;
     std::optional<HttpBody> body;
     CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
-    /// Idle time: nothing sent or received for so long.
+    /// Idle time: nothing sent or received for so long. A server that has no room for more of the body may be waited
+    /// for longer, as long as it is there.
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
     HttpProgress progress; ///< May be empty.
 };

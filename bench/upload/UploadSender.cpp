@@ -31,12 +31,20 @@ public:
     {
         throw std::logic_error("an upload repeats nothing");
     }
+    std::unique_ptr<ReadableWatch> whenReadable(int, Job) override
+    {
+        throw std::logic_error("an upload watches nothing");
+    }
 };
 
 /// Holds what the user would be told.
 class OutcomeAlerts : public Alerts {
 public:
-    void runModal(const std::string& message, const std::string&) override { m_outcome.set_value(message); }
+    bool runModal(const std::string& message, const std::string&) override
+    {
+        m_outcome.set_value(message);
+        return true;
+    }
     std::string wait() { return m_outcome.get_future().get(); }
 
 private:

@@ -1,12 +1,11 @@
 #include "platform/posix/PosixFileReader.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <fcntl.h>
+#include <memory>
 #include <new>
 #include <optional>
-#include <stdexcept>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,9 +13,6 @@
 namespace companion {
 
 namespace {
-
-/// Grown by so much at a time, so that the memory which is cleared before it is read into is still in the cache.
-constexpr std::uint64_t stepSize = 256 << 10;
 
 /// Of the usual processors; on others the hint is for less than it could be.
 constexpr std::uintptr_t largePage = 2 << 20;
@@ -64,63 +60,45 @@ private:
 
 /// A large file's memory in large pages, where the system has them: most of the time of reading a file that the system
 /// still knows goes into getting pages. A hint; it may fail.
-void askForLargePages(std::string& reserved)
+void askForLargePages(const char* memory, std::size_t size)
 {
-    const auto begin =
-        (reinterpret_cast<std::uintptr_t>(reserved.data()) + largePage - 1) / largePage * largePage;
-    const auto end =
-        (reinterpret_cast<std::uintptr_t>(reserved.data()) + reserved.capacity()) / largePage * largePage;
+    const auto begin = (reinterpret_cast<std::uintptr_t>(memory) + largePage - 1) / largePage * largePage;
+    const auto end = (reinterpret_cast<std::uintptr_t>(memory) + size) / largePage * largePage;
     if (begin < end)
         madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
 }
 
-/// The bytes up to the end or to `limit`, nothing on an error.
-std::optional<std::string> readUpTo(std::uint64_t limit, std::uint64_t expected, const FileDescriptor& file)
+/// The bytes up to the end or to `limit`, null on an error.
+FileBytes readUpTo(std::uint64_t limit, const FileDescriptor& file)
 {
-    std::string bytes;
-    bytes.reserve(expected);
-    askForLargePages(bytes);
-    while (bytes.size() < limit) {
-        const std::size_t before = bytes.size();
-        const std::size_t step = std::min(limit - before, stepSize);
-        bytes.resize(before + step);
-        const ssize_t count = file.readInto(bytes.data() + before, step);
+    // Not cleared: for a large file that takes a third as long again as reading it.
+    auto memory = std::make_unique_for_overwrite<char[]>(limit);
+    askForLargePages(memory.get(), limit);
+    std::size_t size = 0;
+    while (size < limit) {
+        const ssize_t count = file.readInto(memory.get() + size, limit - size);
         if (count < 0)
-            return std::nullopt;
-        bytes.resize(before + static_cast<std::size_t>(count));
+            return nullptr;
         if (count == 0)
             break;
+        size += static_cast<std::size_t>(count);
     }
-    return bytes;
-}
-
-std::optional<std::string> readWhole(const std::string& path)
-{
-    const FileDescriptor file(path);
-    const std::optional<std::uint64_t> length = file.lengthOfFile();
-    if (!length)
-        return std::nullopt;
-    try {
-        return readUpTo(*length == 0 ? longestFileOfUnknownLength : *length, *length, file);
-    } catch (const std::bad_alloc&) {
-        return std::nullopt;
-    } catch (const std::length_error&) {
-        return std::nullopt;
-    }
+    return sharedBytes(std::move(memory), size);
 }
 
 } // namespace
 
 FileBytes PosixFileReader::readFile(const std::string& path)
 {
-    std::optional<std::string> bytes = readWhole(path);
-    return bytes ? std::make_shared<const std::string>(std::move(*bytes)) : nullptr;
-}
-
-bool isReadableFile(const std::string& path)
-{
-    struct stat status = {};
-    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) && access(path.c_str(), R_OK) == 0;
+    const FileDescriptor file(path);
+    const std::optional<std::uint64_t> length = file.lengthOfFile();
+    if (!length)
+        return nullptr;
+    try {
+        return readUpTo(*length == 0 ? longestFileOfUnknownLength : *length, file);
+    } catch (const std::bad_alloc&) {
+        return nullptr;
+    }
 }
 
 } // namespace companion

@@ -11,7 +11,4 @@ public:
     FileBytes readFile(const std::string& path) override;
 };
 
-/// Whether there is a regular file at `path` that this process may read, which it is not made to do. Any thread.
-bool isReadableFile(const std::string& path);
-
 } // namespace companion

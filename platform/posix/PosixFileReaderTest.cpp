@@ -39,13 +39,7 @@ protected:
     std::string read(const std::string& path)
     {
         const FileBytes bytes = reader.readFile(path);
-        return bytes ? *bytes : "unreadable";
-    }
-
-    void expectRefused(const std::string& path)
-    {
-        EXPECT_EQ(reader.readFile(path), nullptr) << path;
-        EXPECT_FALSE(isReadableFile(path)) << path;
+        return bytes ? std::string(*bytes) : "unreadable";
     }
 
     std::filesystem::path folder;
@@ -92,7 +86,6 @@ TEST_F(PosixFileReaderTest, WholeFileIsReadByteByByte)
         const std::string content = patternOf(size);
         const std::string path = write("file", content);
         EXPECT_TRUE(read(path) == content) << size;
-        EXPECT_TRUE(isReadableFile(path));
     }
 }
 
@@ -105,7 +98,6 @@ TEST_F(PosixFileReaderTest, LinkToAFileIsRead)
 {
     std::filesystem::create_symlink(write("file", "content"), folder / "link");
     EXPECT_EQ(read(folder / "link"), "content");
-    EXPECT_TRUE(isReadableFile(folder / "link"));
 }
 
 TEST_F(PosixFileReaderTest, WhatIsNoRegularFileIsRefusedWithoutWaiting)
@@ -123,7 +115,7 @@ TEST_F(PosixFileReaderTest, WhatIsNoRegularFileIsRefusedWithoutWaiting)
     const auto start = std::chrono::steady_clock::now();
     for (const std::string& path : {fifo, (folder / "link to fifo").string(), socketPath, folder.string(),
              "/dev/zero"s, "/dev/null"s, "/dev/tty"s, (folder / "missing").string(), ""s})
-        expectRefused(path);
+        EXPECT_EQ(reader.readFile(path), nullptr) << path;
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
     close(listener);
 }
@@ -136,7 +128,7 @@ TEST_F(PosixFileReaderTest, FileWithoutReadPermissionIsRefused)
     EXPECT_TRUE(holdsInChild([&] {
         if (geteuid() == 0 && setuid(65534) != 0)
             return false;
-        return !reader.readFile(path) && !isReadableFile(path);
+        return !reader.readFile(path);
     }));
 }
 
