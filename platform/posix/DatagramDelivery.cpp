@@ -13,8 +13,9 @@ using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds sliceLength{5};
 
-// A finger that moves sends hundreds of these; losing some of them costs nothing but smoothness.
-constexpr const char* sparePrefix = "MOVE";
+// All else can be spared: a finger that moves sends hundreds of moves, of which losing some costs nothing but
+// smoothness, and what is no touch is worth nothing.
+const std::vector<std::string> pressesAndReleases{"DOWN,", "UP,"};
 
 std::string numericText(const in6_addr& address)
 {
@@ -34,7 +35,7 @@ DatagramDelivery::DatagramDelivery(AsyncUdpSocket& socket, AsyncUdpSocketDelegat
     , m_delegate(delegate)
     , m_mainQueue(mainQueue)
     , m_afterSlice(std::move(afterSlice))
-    , m_queue(sparePrefix)
+    , m_queue(pressesAndReleases)
     , m_sender{numericText(m_source.address), m_source.port}
 {
 }
@@ -43,6 +44,13 @@ void DatagramDelivery::wake()
 {
     if (!m_isWakePending.exchange(true))
         m_mainQueue.async([this] { runSlice(); });
+}
+
+void DatagramDelivery::deliverNow()
+{
+    // Where a wake-up is pending, that one delivers.
+    if (!m_isWakePending.exchange(true))
+        runSlice();
 }
 
 void DatagramDelivery::deliverAll()

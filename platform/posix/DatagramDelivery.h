@@ -11,7 +11,7 @@
 
 namespace companion {
 
-/// Brings datagrams from the receive thread to the delegate on the main thread, in arrival order.
+/// Brings datagrams from whoever receives them to the delegate on the main thread, in arrival order.
 ///
 /// At most one wake-up of the main queue is pending at any time. A wake-up delivers for 5 ms at most and then
 /// queues itself again, so that the program stays alive in a flood. Its jobs name it by address: it must live
@@ -22,16 +22,23 @@ public:
     DatagramDelivery(AsyncUdpSocket& socket, AsyncUdpSocketDelegate& delegate, MainQueue& mainQueue,
         std::function<void()> afterSlice);
 
-    /// Takes a datagram in, or refuses it. Receive thread.
+    /// Takes a datagram in, or refuses it. Any thread, but one after the other.
     bool offer(const DatagramSource& source, std::string_view data) { return m_queue.push(source, data); }
 
-    /// Whether `data` is of the kind that is refused first.
-    bool isSpare(std::string_view data) const { return m_queue.isSpare(data); }
+    /// A movement of a finger that is down, as the panel sends it.
+    static bool isMove(std::string_view data) { return data.starts_with("MOVE"); }
 
     /// Has what was taken in delivered. Any thread.
     void wake();
 
+    /// Whether all that was taken in has been delivered. Any thread.
+    bool isEmpty() const { return m_queue.isEmpty(); }
+
     // The rest is for the main thread only.
+
+    /// Delivers what was taken in, without a wake-up. To be called between two jobs of the main queue. The delegate may
+    /// close the socket meanwhile.
+    void deliverNow();
 
     void deliverAll();
     void deliverOne();

@@ -84,6 +84,15 @@ TEST_F(DatagramDeliveryTest, DeliversInOrderAndThenEndsTheSlice)
         "DOWN from 192.168.1.20:50000\nMOVE from 192.168.1.20:50000\nUP from fe80::1:50001\nafter slice");
 }
 
+TEST_F(DatagramDeliveryTest, NeitherMovesNorRubbishPushOutAPressAndARelease)
+{
+    for (const std::string_view flood : {"MOVE,1,2,3;", "xyzzy", "UP"}) {
+        while (m_delivery.offer(m_source, flood)) { }
+    }
+    offer("DOWN,1,2,3;");
+    offer("UP,1,2,3;");
+}
+
 TEST_F(DatagramDeliveryTest, TenBatchesMakeOneWakeUp)
 {
     m_delivery.deliverAll();
@@ -155,6 +164,48 @@ TEST_F(DatagramDeliveryTest, ClosingAtTheEndOfALongSliceQueuesNoFurtherOne)
     m_queue.jobs = 0;
     m_queue.runPending();
     EXPECT_EQ(m_queue.jobs, 0);
+}
+
+TEST_F(DatagramDeliveryTest, DeliveringNowTakesNoWakeUp)
+{
+    m_delivery.deliverAll();
+    m_queue.runPending();
+    m_queue.jobs = 0;
+    offer("first");
+    offer("second");
+    m_delivery.deliverNow();
+    EXPECT_EQ(m_queue.jobs, 0);
+    EXPECT_EQ(
+        m_transcript.take(), "first from 192.168.1.20:50000\nsecond from 192.168.1.20:50000\nafter slice");
+    EXPECT_TRUE(m_delivery.isEmpty());
+    EXPECT_FALSE(m_delivery.isWakePending());
+}
+
+TEST_F(DatagramDeliveryTest, DeliveringNowLeavesItToAWakeUpThatIsPending)
+{
+    m_delivery.deliverAll();
+    m_queue.runPending();
+    receive("first");
+    offer("second");
+    m_delivery.deliverNow();
+    EXPECT_EQ(m_transcript.take(), "");
+    EXPECT_FALSE(m_delivery.isEmpty());
+    m_queue.runPending();
+    EXPECT_EQ(
+        m_transcript.take(), "first from 192.168.1.20:50000\nsecond from 192.168.1.20:50000\nafter slice");
+}
+
+TEST_F(DatagramDeliveryTest, DeliveringNowEndsAfter5MillisecondsToo)
+{
+    m_delivery.deliverAll();
+    m_queue.runPending();
+    offer("first");
+    offer("second");
+    m_whileDelivering = [] { spin(6ms); };
+    m_delivery.deliverNow();
+    EXPECT_EQ(m_transcript.take(), "first from 192.168.1.20:50000\nafter slice");
+    m_queue.runPending();
+    EXPECT_EQ(m_transcript.take(), "second from 192.168.1.20:50000\nafter slice");
 }
 
 TEST_F(DatagramDeliveryTest, NothingIsDeliveredBeforeItIsAskedForAndOneForEachAsking)

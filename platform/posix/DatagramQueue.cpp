@@ -1,5 +1,6 @@
 #include "platform/posix/DatagramQueue.h"
 
+#include <algorithm>
 #include <cstring>
 #include <utility>
 
@@ -27,8 +28,8 @@ struct DatagramQueue::Head {
     in6_addr address;
 };
 
-DatagramQueue::DatagramQueue(std::string sparePrefix, Limits limits)
-    : m_sparePrefix(std::move(sparePrefix))
+DatagramQueue::DatagramQueue(std::vector<std::string> keptPrefixes, Limits limits)
+    : m_keptPrefixes(std::move(keptPrefixes))
     , m_limits(limits)
     , m_bytes(std::make_unique_for_overwrite<char[]>(limits.bytes))
 {
@@ -40,7 +41,7 @@ bool DatagramQueue::push(const DatagramSource& source, std::string_view data)
         return false;
     const std::size_t bytes = aligned(sizeof(Head) + data.size());
     const std::uint64_t start = startFor(bytes);
-    if (!hasRoom(start, bytes, isSpare(data)))
+    if (!hasRoom(start, bytes, data))
         return false;
 
     const std::uint64_t gapStart = m_written.load(std::memory_order_relaxed);
@@ -86,13 +87,20 @@ std::uint64_t DatagramQueue::startFor(std::size_t bytes)
     return bytes <= toEnd ? written : written + toEnd;
 }
 
-bool DatagramQueue::hasRoom(std::uint64_t position, std::size_t bytes, bool isSpare) const
+bool DatagramQueue::hasRoom(std::uint64_t position, std::size_t bytes, std::string_view data) const
 {
     const std::uint64_t usedBytes = position + bytes - m_read.load(std::memory_order_acquire);
     const std::uint64_t usedRecords = m_pushed + 1 - m_popped.load(std::memory_order_relaxed);
-    if (isSpare)
-        return usedBytes <= m_limits.bytes / 8 * 7 && usedRecords <= m_limits.records / 8 * 7;
-    return usedBytes <= m_limits.bytes && usedRecords <= m_limits.records;
+    // What the datagram is matters to a queue that is nearly full, and to no other.
+    if (usedBytes <= m_limits.bytes / 8 * 7 && usedRecords <= m_limits.records / 8 * 7)
+        return true;
+    return usedBytes <= m_limits.bytes && usedRecords <= m_limits.records && !isSpare(data);
+}
+
+bool DatagramQueue::isSpare(std::string_view data) const
+{
+    return std::none_of(m_keptPrefixes.begin(), m_keptPrefixes.end(),
+        [&](const std::string& prefix) { return data.starts_with(prefix); });
 }
 
 std::uint64_t DatagramQueue::skipGap(std::uint64_t position) const

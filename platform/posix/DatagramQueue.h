@@ -7,6 +7,7 @@
 #include <netinet/in.h>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace companion {
 
@@ -21,11 +22,11 @@ struct Datagram {
     std::string_view data; ///< Valid until the datagram is removed.
 };
 
-/// Datagrams on their way from one thread that puts them in to another one that takes them out, without a lock
-/// and without an allocation for each. Bounded in number and in bytes.
+/// Datagrams on their way from whoever puts them in, one thread at a time, to the thread that takes them out, without a
+/// lock between the two and without an allocation for each. Bounded in number and in bytes.
 ///
-/// Nearly full, it refuses what can be spared, so that the rest still finds room: a flood of movements must not
-/// push out the release of a button.
+/// Nearly full, it refuses what can be spared, so that the rest still finds room: a flood of movements or of rubbish
+/// must not push out the release of a button.
 class DatagramQueue {
 public:
     struct Limits {
@@ -33,14 +34,12 @@ public:
         std::size_t bytes = 4 << 20; ///< A power of two; each record takes 20 bytes beside its own.
     };
 
-    /// Datagrams that begin with `sparePrefix` are the ones that can be spared.
-    explicit DatagramQueue(std::string sparePrefix)
-        : DatagramQueue(std::move(sparePrefix), Limits())
+    /// Datagrams that begin with none of `keptPrefixes` can be spared.
+    explicit DatagramQueue(std::vector<std::string> keptPrefixes)
+        : DatagramQueue(std::move(keptPrefixes), Limits())
     {
     }
-    DatagramQueue(std::string sparePrefix, Limits limits);
-
-    bool isSpare(std::string_view data) const { return data.starts_with(m_sparePrefix); }
+    DatagramQueue(std::vector<std::string> keptPrefixes, Limits limits);
 
     /// Copies the datagram to the end, or refuses it: a spare one past seven eighths, any one when full.
     bool push(const DatagramSource& source, std::string_view data);
@@ -56,12 +55,13 @@ public:
 private:
     struct Head;
 
-    bool hasRoom(std::uint64_t position, std::size_t bytes, bool isSpare) const;
+    bool hasRoom(std::uint64_t position, std::size_t bytes, std::string_view data) const;
+    bool isSpare(std::string_view data) const;
     std::uint64_t startFor(std::size_t bytes);
     std::uint64_t skipGap(std::uint64_t position) const;
     char* at(std::uint64_t position) const { return m_bytes.get() + (position & (m_limits.bytes - 1)); }
 
-    const std::string m_sparePrefix;
+    const std::vector<std::string> m_keptPrefixes;
     const Limits m_limits;
     const std::unique_ptr<char[]> m_bytes;
 

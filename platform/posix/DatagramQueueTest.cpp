@@ -9,6 +9,9 @@ namespace companion::testing {
 
 namespace {
 
+const std::vector<std::string> everything{""};
+const std::vector<std::string> pressesAndReleases{"DOWN,", "UP,"};
+
 DatagramSource sourceWithPort(std::uint16_t port)
 {
     DatagramSource source;
@@ -36,7 +39,7 @@ std::size_t pushUntilRefused(DatagramQueue& queue, const std::string& data)
 
 TEST(DatagramQueueTest, GivesBackBytesAndSourceInOrder)
 {
-    DatagramQueue queue("MOVE");
+    DatagramQueue queue(everything);
     EXPECT_TRUE(queue.isEmpty());
     EXPECT_TRUE(queue.push(sourceWithPort(50001), "DOWN,1,2,3;"));
     EXPECT_TRUE(queue.push(sourceWithPort(50002), ""));
@@ -55,7 +58,7 @@ TEST(DatagramQueueTest, GivesBackBytesAndSourceInOrder)
 
 TEST(DatagramQueueTest, Holds65536RecordsAndRefusesTheNextOne)
 {
-    DatagramQueue queue("MOVE");
+    DatagramQueue queue(everything);
     EXPECT_EQ(pushUntilRefused(queue, "DOWN,16383,16383,1712345678321;"), 65'536u);
     queue.pop();
     EXPECT_EQ(pushUntilRefused(queue, "UP"), 1u);
@@ -63,7 +66,7 @@ TEST(DatagramQueueTest, Holds65536RecordsAndRefusesTheNextOne)
 
 TEST(DatagramQueueTest, Holds4MebibytesOfLongRecordsAndRefusesTheNextOne)
 {
-    DatagramQueue queue("MOVE");
+    DatagramQueue queue(everything);
     const std::string longest(65'507, 'x');
     EXPECT_EQ(pushUntilRefused(queue, longest), (4u << 20) / (65'507 + 20 + 1));
     queue.pop();
@@ -71,25 +74,34 @@ TEST(DatagramQueueTest, Holds4MebibytesOfLongRecordsAndRefusesTheNextOne)
     EXPECT_FALSE(queue.push({}, longest));
 }
 
-TEST(DatagramQueueTest, RefusesOnlyMovesAfter57344Records)
+TEST(DatagramQueueTest, RefusesMovesAfter57344RecordsAndKeepsPressesAndReleases)
 {
-    DatagramQueue queue("MOVE");
+    DatagramQueue queue(pressesAndReleases);
     EXPECT_EQ(pushUntilRefused(queue, "MOVE,1,2,3;"), 57'344u);
     EXPECT_EQ(pushUntilRefused(queue, "UP,1,2,3;"), 65'536u - 57'344u);
 }
 
-TEST(DatagramQueueTest, RefusesOnlyMovesAfterSevenEighthsOfTheBytes)
+TEST(DatagramQueueTest, RubbishAfter57344RecordsLeavesRoomForAReleaseToo)
 {
-    DatagramQueue queue("MOVE", {.records = 65'536, .bytes = 1024});
+    DatagramQueue queue(pressesAndReleases);
+    EXPECT_EQ(pushUntilRefused(queue, "xyzzy"), 57'344u);
+    EXPECT_FALSE(queue.push({}, ""));
+    EXPECT_FALSE(queue.push({}, "UPPER,1,2,3;"));
+    EXPECT_TRUE(queue.push({}, "UP,1,2,3;"));
+}
+
+TEST(DatagramQueueTest, RefusesMovesAfterSevenEighthsOfTheBytesAndKeepsAPress)
+{
+    DatagramQueue queue(pressesAndReleases, {.records = 65'536, .bytes = 1024});
     const std::string move = "MOVE" + std::string(104, 'x'); // 128 bytes with its head
     EXPECT_EQ(pushUntilRefused(queue, move), 7u);
-    EXPECT_TRUE(queue.push({}, "DOWN" + std::string(104, 'x')));
+    EXPECT_TRUE(queue.push({}, "DOWN," + std::string(103, 'x')));
     EXPECT_FALSE(queue.push({}, ""));
 }
 
 TEST(DatagramQueueTest, ARefusedRecordLeavesNoTrace)
 {
-    DatagramQueue queue("MOVE", {.records = 2, .bytes = 256});
+    DatagramQueue queue(everything, {.records = 2, .bytes = 256});
     EXPECT_TRUE(queue.push({}, "a"));
     EXPECT_TRUE(queue.push({}, "b"));
     EXPECT_FALSE(queue.push({}, "c"));
@@ -102,7 +114,7 @@ TEST(DatagramQueueTest, ARefusedRecordLeavesNoTrace)
 
 TEST(DatagramQueueTest, KeepsEveryByteWhenItsMemoryGoesRoundAThousandTimes)
 {
-    DatagramQueue queue("MOVE", {.records = 64, .bytes = 1024});
+    DatagramQueue queue(everything, {.records = 64, .bytes = 1024});
     std::deque<std::string> expected;
     unsigned random = 12345;
     for (int i = 0; i < 20'000; ++i) {
@@ -122,7 +134,7 @@ TEST(DatagramQueueTest, KeepsEveryByteWhenItsMemoryGoesRoundAThousandTimes)
 TEST(DatagramQueueTest, TwoThreadsPass200000RecordsWithoutLossOrDisorder)
 {
     constexpr std::uint32_t count = 200'000;
-    DatagramQueue queue("MOVE", {.records = 512, .bytes = 8192});
+    DatagramQueue queue(everything, {.records = 512, .bytes = 8192});
     std::thread writer([&] {
         for (std::uint32_t i = 0; i < count; ++i) {
             const std::string data = std::to_string(i) + std::string(i % 50, '.');

@@ -153,7 +153,7 @@ void PosixAsyncUdpSocket::askForReceiveBuffer()
     if (granted < wantedReceiveBuffer)
         m_log.log(m_queueLabel + ": receive buffer of " + std::to_string(granted)
             + " bytes; with net.core.rmem_max=" + std::to_string(wantedReceiveBuffer)
-            + " bursts lose nothing");
+            + " bursts of 10,000 touches fit");
 }
 
 std::optional<AsyncUdpSocket::Error> PosixAsyncUdpSocket::unusable() const
@@ -175,7 +175,7 @@ std::optional<AsyncUdpSocket::Error> PosixAsyncUdpSocket::startReceiver()
         return std::nullopt;
     m_delivery = std::make_shared<DatagramDelivery>(*this, m_delegate, m_mainQueue, m_afterSlice);
     try {
-        m_receiver = std::make_unique<UdpReceiver>(m_socket, *m_delivery, m_log, m_queueLabel);
+        m_receiver = std::make_unique<UdpReceiver>(m_socket, m_delivery, m_mainQueue, m_log, m_queueLabel);
     } catch (const std::system_error& noThread) {
         return noThread.what();
     }

@@ -14,7 +14,7 @@ namespace companion {
 class DatagramDelivery;
 class UdpReceiver;
 
-/// A UDP socket for IPv6 and IPv4 with a receive thread of its own. A port is never shared: no address-reuse flag
+/// A UDP socket for IPv6 and IPv4 that loses nothing while the main thread is busy. A port is never shared: no address-reuse flag
 /// is set, so a port that somebody has is an error, and nobody can take ours.
 class PosixAsyncUdpSocket : public AsyncUdpSocket {
 public:

@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <poll.h>
 #include <pthread.h>
 #include <system_error>
 #include <utility>
@@ -16,6 +17,14 @@ namespace {
 
 constexpr auto refusalLineInterval = 1s;
 constexpr auto pauseAfterError = 1s;
+constexpr auto forever = -1ms; // poll(2)
+
+/// How often the receive thread looks in while touches come, and the least time that it reads. Without a larger buffer
+/// the kernel holds 256 touches: as many as come in this time at 12,800 a second.
+constexpr auto guardInterval = 20ms;
+
+/// A main thread that finds more than so many batches waiting is behind.
+constexpr std::size_t mostBatchesAtOnce = 8;
 
 DatagramSource sourceOf(const sockaddr_storage& sender)
 {
@@ -54,30 +63,51 @@ bool isPassing(int error)
 
 } // namespace
 
-UdpReceiver::UdpReceiver(int socket, DatagramDelivery& delivery, SystemLog& log, std::string label)
+UdpReceiver::UdpReceiver(int socket, std::shared_ptr<DatagramDelivery> delivery, MainQueue& mainQueue,
+    SystemLog& log, std::string label)
     : m_socket(socket)
-    , m_delivery(delivery)
+    , m_delivery(std::move(delivery))
+    , m_mainQueue(mainQueue)
     , m_log(log)
     , m_label(std::move(label))
     , m_slots(std::make_unique_for_overwrite<char[]>(batchSize * slotBytes))
 {
     prepareSlots();
-    const BlockedSignals blockedSignals;
-    m_thread = std::thread([this] { run(); });
+    {
+        const BlockedSignals blockedSignals;
+        m_thread = std::thread([this] { run(); });
+    }
+    watch();
 }
 
 UdpReceiver::~UdpReceiver()
 {
-    {
-        const std::lock_guard lock(m_pauseMutex);
-        m_isStopping = true;
-    }
-    m_pauseEnd.notify_all();
-    // Linux wakes a blocked reader of a datagram socket that is shut down, although it reports ENOTCONN: this
-    // saves the receive thread a poll before every read.
-    shutdown(m_socket, SHUT_RD);
+    m_watch.reset();
+    m_isStopping = true;
+    m_wakeUp.ring();
     m_thread.join();
     tellRefusals();
+}
+
+void UdpReceiver::watch()
+{
+    m_watch = m_mainQueue.whenReadable(m_socket, [this] { readOnMainThread(); });
+}
+
+void UdpReceiver::readOnMainThread()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        ++m_mainThreadsReads;
+        if (m_reader == Reader::mainThread && readBatches(mostBatchesAtOnce) != Outcome::emptied) {
+            m_reader = Reader::receiveThread;
+            m_wakeUp.ring();
+        }
+        if (m_reader == Reader::receiveThread)
+            m_watch.reset();
+    }
+    const auto delivery = m_delivery; // the delegate may destroy this
+    delivery->deliverNow();
 }
 
 void UdpReceiver::prepareSlots()
@@ -96,26 +126,111 @@ void UdpReceiver::run()
 {
     pthread_setname_np(pthread_self(), m_label.substr(0, 15).c_str());
     while (!m_isStopping) {
-        const int count = recvmmsg(m_socket, m_messages.data(), batchSize, MSG_WAITFORONE, nullptr);
-        const int error = errno;
-        if (m_isStopping)
-            return;
-        if (count < 0)
-            handleError(error);
+        if (isReader(Reader::mainThread))
+            standGuard();
         else
-            takeBatch(static_cast<std::size_t>(count));
+            readWhileMainThreadIsBehind();
     }
 }
 
-void UdpReceiver::takeBatch(std::size_t count)
+/// Until nothing comes any more, or the receive thread is to read.
+void UdpReceiver::standGuard()
 {
-    for (std::size_t i = 0; i < count; ++i) {
-        takeDatagram(m_messages[i].msg_hdr, m_messages[i].msg_len);
-        m_messages[i].msg_hdr.msg_namelen = sizeof m_senders[i];
+    waitForDatagram(forever);
+    while (!m_isStopping && isReader(Reader::mainThread)) {
+        const std::uint64_t reads = m_mainThreadsReads;
+        pauseFor(guardInterval);
+        if (m_mainThreadsReads != reads)
+            continue;
+        if (!waitForDatagram(0ms))
+            return;
+        takeOver();
     }
-    m_delivery.wake();
-    if (m_refusedSpare + m_refusedOthers > 0 && std::chrono::steady_clock::now() >= m_nextRefusalLine)
-        tellRefusals();
+}
+
+void UdpReceiver::readWhileMainThreadIsBehind()
+{
+    const auto start = std::chrono::steady_clock::now();
+    while (!m_isStopping) {
+        if (!waitForDatagram(forever))
+            continue;
+        if (m_delivery->isEmpty() && std::chrono::steady_clock::now() - start >= guardInterval) {
+            handBack();
+            return;
+        }
+        std::unique_lock lock(m_mutex);
+        const Outcome outcome = readBatches(mostBatchesAtOnce);
+        const int error = m_error;
+        lock.unlock();
+        m_delivery->wake();
+        if (outcome == Outcome::failed) {
+            m_log.log(m_label + ": cannot receive: " + std::generic_category().message(error));
+            pauseFor(pauseAfterError);
+        }
+    }
+}
+
+bool UdpReceiver::isReader(Reader reader)
+{
+    const std::lock_guard lock(m_mutex);
+    return m_reader == reader;
+}
+
+void UdpReceiver::takeOver()
+{
+    const std::lock_guard lock(m_mutex);
+    m_reader = Reader::receiveThread;
+}
+
+void UdpReceiver::handBack()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_reader = Reader::mainThread;
+    }
+    m_mainQueue.async([self = std::weak_ptr(m_self)] {
+        const auto receiver = self.lock();
+        if (receiver && !(*receiver)->m_watch)
+            (*receiver)->watch();
+    });
+}
+
+/// Whether there is one, or an error to be read; not for long when the thread has been rung for.
+bool UdpReceiver::waitForDatagram(std::chrono::milliseconds timeout)
+{
+    std::array<pollfd, 2> descriptors{{{m_socket, POLLIN, 0}, {m_wakeUp.descriptor(), POLLIN, 0}}};
+    poll(descriptors.data(), descriptors.size(), static_cast<int>(timeout.count()));
+    if (descriptors[1].revents != 0 && !m_isStopping)
+        m_wakeUp.quiet();
+    return descriptors[0].revents != 0;
+}
+
+/// Sleeps, unless the thread is rung for.
+void UdpReceiver::pauseFor(std::chrono::milliseconds duration)
+{
+    pollfd descriptor{m_wakeUp.descriptor(), POLLIN, 0};
+    poll(&descriptor, 1, static_cast<int>(duration.count()));
+}
+
+/// Brings in what there is, in so many batches at most. The mutex must be held.
+UdpReceiver::Outcome UdpReceiver::readBatches(std::size_t most)
+{
+    for (std::size_t batch = 0; batch < most; ++batch) {
+        const int count = recvmmsg(m_socket, m_messages.data(), batchSize, MSG_DONTWAIT, nullptr);
+        if (count < 0) {
+            m_error = errno;
+            return isPassing(m_error) ? Outcome::emptied : Outcome::failed;
+        }
+        for (std::size_t i = 0; i < static_cast<std::size_t>(count); ++i) {
+            takeDatagram(m_messages[i].msg_hdr, m_messages[i].msg_len);
+            m_messages[i].msg_hdr.msg_namelen = sizeof m_senders[i];
+        }
+        if (m_refusedMoves + m_refusedOthers > 0 && std::chrono::steady_clock::now() >= m_nextRefusalLine)
+            tellRefusals();
+        if (count < static_cast<int>(batchSize))
+            return Outcome::emptied;
+    }
+    return Outcome::moreIsLeft;
 }
 
 void UdpReceiver::takeDatagram(const msghdr& header, std::size_t size)
@@ -123,39 +238,24 @@ void UdpReceiver::takeDatagram(const msghdr& header, std::size_t size)
     sockaddr_storage sender;
     std::memcpy(&sender, header.msg_name, sizeof sender);
     const std::string_view data(static_cast<const char*>(header.msg_iov->iov_base), size);
-    if (!m_delivery.offer(sourceOf(sender), data))
-        noteRefusal(m_delivery.isSpare(data));
+    if (!m_delivery->offer(sourceOf(sender), data))
+        noteRefusal(DatagramDelivery::isMove(data));
 }
 
-void UdpReceiver::noteRefusal(bool wasSpare)
+void UdpReceiver::noteRefusal(bool wasMove)
 {
-    ++(wasSpare ? m_refusedSpare : m_refusedOthers);
+    ++(wasMove ? m_refusedMoves : m_refusedOthers);
 }
 
 void UdpReceiver::tellRefusals()
 {
-    if (m_refusedSpare + m_refusedOthers == 0)
+    if (m_refusedMoves + m_refusedOthers == 0)
         return;
-    m_log.log(m_label + ": the main thread is behind, dropped " + std::to_string(m_refusedSpare)
+    m_log.log(m_label + ": the main thread is behind, dropped " + std::to_string(m_refusedMoves)
         + " moves and " + std::to_string(m_refusedOthers) + " other datagrams");
-    m_refusedSpare = 0;
+    m_refusedMoves = 0;
     m_refusedOthers = 0;
     m_nextRefusalLine = std::chrono::steady_clock::now() + refusalLineInterval;
-}
-
-void UdpReceiver::handleError(int error)
-{
-    if (isPassing(error))
-        return;
-    m_log.log(m_label + ": cannot receive: " + std::generic_category().message(error));
-    pauseFor(pauseAfterError);
-}
-
-/// Sleeps, unless the thread is to end.
-void UdpReceiver::pauseFor(std::chrono::milliseconds duration)
-{
-    std::unique_lock lock(m_pauseMutex);
-    m_pauseEnd.wait_for(lock, duration, [this] { return m_isStopping.load(); });
 }
 
 } // namespace companion

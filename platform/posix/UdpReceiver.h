@@ -1,12 +1,13 @@
 #pragma once
 
 #include "platform/Log.h"
+#include "platform/MainQueue.h"
 #include "platform/posix/DatagramDelivery.h"
+#include "platform/posix/WakeUp.h"
 
 #include <array>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -17,14 +18,21 @@
 
 namespace companion {
 
-/// The receive thread of a bound socket: takes datagrams out of the kernel's buffer as they come, however busy
-/// the main thread is. The socket, the delivery and the log must outlive it.
+/// Takes datagrams out of the kernel's buffer of a bound socket, however busy the main thread is.
+///
+/// A main thread that keeps up reads the socket itself, since the hand-over from another thread would take longer than
+/// all that it does with a touch. A receive thread stands guard meanwhile: it sleeps while nothing comes, looks in from
+/// time to time while something does, and reads for as long as the main thread is behind.
+///
+/// Made and destroyed on the main thread. The socket, the main queue and the log must outlive it.
 class UdpReceiver {
 public:
     /// `label` names the thread, cut to the 15 bytes that the system shows, and stands before its log lines.
-    UdpReceiver(int socket, DatagramDelivery& delivery, SystemLog& log, std::string label);
+    /// Throws std::system_error when there can be no further thread or descriptor.
+    UdpReceiver(int socket, std::shared_ptr<DatagramDelivery> delivery, MainQueue& mainQueue, SystemLog& log,
+        std::string label);
 
-    /// Ends the thread at once.
+    /// Ends the thread at once. May be called from within a delivery.
     ~UdpReceiver();
     UdpReceiver(const UdpReceiver&) = delete;
     UdpReceiver& operator=(const UdpReceiver&) = delete;
@@ -33,32 +41,52 @@ private:
     static constexpr std::size_t batchSize = 16;
     static constexpr std::size_t slotBytes = 65'536; // no datagram is longer
 
+    enum class Reader { mainThread, receiveThread };
+
+    /// What a look into the kernel's buffer brought.
+    enum class Outcome { emptied, moreIsLeft, failed };
+
+    void watch();
+    void readOnMainThread();
+
     void run();
-    void prepareSlots();
-    void takeBatch(std::size_t count);
-    void takeDatagram(const msghdr& header, std::size_t size);
-    void noteRefusal(bool wasSpare);
-    void tellRefusals();
-    void handleError(int error);
+    void standGuard();
+    void readWhileMainThreadIsBehind();
+    bool isReader(Reader reader);
+    void takeOver();
+    void handBack();
+    bool waitForDatagram(std::chrono::milliseconds timeout);
     void pauseFor(std::chrono::milliseconds duration);
 
+    void prepareSlots();
+    Outcome readBatches(std::size_t most);
+    void takeDatagram(const msghdr& header, std::size_t size);
+    void noteRefusal(bool wasMove);
+    void tellRefusals();
+
     const int m_socket;
-    DatagramDelivery& m_delivery;
+    const std::shared_ptr<DatagramDelivery> m_delivery;
+    MainQueue& m_mainQueue;
     SystemLog& m_log;
     const std::string m_label;
 
+    std::unique_ptr<ReadableWatch> m_watch; ///< Main thread only.
+    const std::shared_ptr<UdpReceiver*> m_self = std::make_shared<UdpReceiver*>(this);
+
+    std::mutex m_mutex; ///< Whoever reads has it, and so the slots and all up to the next blank line.
+    Reader m_reader = Reader::mainThread;
     const std::unique_ptr<char[]> m_slots;
     std::array<mmsghdr, batchSize> m_messages{};
     std::array<iovec, batchSize> m_vectors{};
     std::array<sockaddr_storage, batchSize> m_senders{};
-
-    std::uint64_t m_refusedSpare = 0;
+    std::uint64_t m_refusedMoves = 0;
     std::uint64_t m_refusedOthers = 0;
     std::chrono::steady_clock::time_point m_nextRefusalLine;
+    int m_error = 0; ///< Of the outcome `failed`.
 
+    std::atomic<std::uint64_t> m_mainThreadsReads = 0;
     std::atomic<bool> m_isStopping = false;
-    std::mutex m_pauseMutex;
-    std::condition_variable m_pauseEnd;
+    WakeUp m_wakeUp; ///< Rung for the receive thread.
     std::thread m_thread;
 };
 

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QLabel>
+#include <QLayout>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
@@ -12,15 +13,18 @@ namespace companion {
 
 namespace {
 
+constexpr int margin = 24;
+
 /// A message may quote what came from outside; it is text, never mark-up.
 void showAsPlainText(QMessageBox& box)
 {
     for (QLabel* label : box.findChildren<QLabel*>())
         label->setTextFormat(Qt::PlainText);
     if (auto* message = box.findChild<QLabel*>("qt_msgbox_label")) {
-        QFont bold = message->font();
-        bold.setBold(true);
-        message->setFont(bold);
+        QFont font = message->font();
+        // The boldest that is embedded: what lies above would be smeared from it.
+        font.setWeight(QFont::DemiBold);
+        message->setFont(font);
     }
 }
 
@@ -45,6 +49,8 @@ QMessageBox* makeBox(const QString& message, const QString& informativeText)
     box->setIconPixmap(QApplication::windowIcon().pixmap(64));
     showAsPlainText(*box);
     addOkButton(*box);
+    // Last, since the layout is made anew by all of the above.
+    box->layout()->setContentsMargins(margin, margin, margin, margin);
     return box;
 }
 
@@ -55,7 +61,7 @@ QtAlerts::QtAlerts(QtMainQueue& mainQueue)
 {
 }
 
-void QtAlerts::runModal(const std::string& message, const std::string& informativeText)
+bool QtAlerts::runModal(const std::string& message, const std::string& informativeText)
 {
     const QtMainQueue::Blocker blocker(m_mainQueue);
     // The window that it belongs to may be destroyed, and the box with it, while it is open.
@@ -63,6 +69,7 @@ void QtAlerts::runModal(const std::string& message, const std::string& informati
         makeBox(QString::fromStdString(message), QString::fromStdString(informativeText));
     box->exec();
     delete box;
+    return !m_doesProgramEnd;
 }
 
 } // namespace companion

@@ -11,10 +11,14 @@ public:
     /// `mainQueue` must outlive the alerts and stands still while one is open.
     explicit QtAlerts(QtMainQueue& mainQueue);
 
-    void runModal(const std::string& message, const std::string& informativeText) override;
+    bool runModal(const std::string& message, const std::string& informativeText) override;
+
+    /// The program ends: the toolkit closes what is open, which counts as no answer.
+    void programEnds() { m_doesProgramEnd = true; }
 
 private:
     QtMainQueue& m_mainQueue;
+    bool m_doesProgramEnd = false;
 };
 
 } // namespace companion

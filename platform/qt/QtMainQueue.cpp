@@ -78,6 +78,37 @@ private:
     QTimer m_timer;
 };
 
+/// While the queue is held, its descriptor would keep the event loop awake: it is left alone until the queue is free.
+class QtMainQueue::Watch : public ReadableWatch {
+public:
+    Watch(QtMainQueue& queue, int descriptor, Job job)
+        : m_queue(queue)
+        , m_job(std::make_shared<const Job>(std::move(job)))
+        , m_notifier(descriptor, QSocketNotifier::Read)
+    {
+        QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier, [this] { serve(); });
+    }
+    ~Watch() override { std::erase(m_queue.m_heldWatches, this); }
+
+    void lookAgain() { m_notifier.setEnabled(true); }
+
+private:
+    void serve()
+    {
+        if (m_queue.isHeld()) {
+            m_notifier.setEnabled(false);
+            m_queue.m_heldWatches.push_back(this);
+            return;
+        }
+        const auto job = m_job; // the job may destroy this watch
+        m_queue.runNow(*job);
+    }
+
+    QtMainQueue& m_queue;
+    const std::shared_ptr<const Job> m_job;
+    QSocketNotifier m_notifier;
+};
+
 QtMainQueue::Blocker::Blocker(QtMainQueue& queue)
     : m_queue(queue)
 {
@@ -129,6 +160,11 @@ std::unique_ptr<RepeatingTimer> QtMainQueue::repeat(std::chrono::nanoseconds int
     return std::make_unique<Timer>(*this, interval, std::move(tick));
 }
 
+std::unique_ptr<ReadableWatch> QtMainQueue::whenReadable(int descriptor, Job job)
+{
+    return std::make_unique<Watch>(*this, descriptor, std::move(job));
+}
+
 bool QtMainQueue::isLater(const DelayedJob& a, const DelayedJob& b)
 {
     return std::tie(a.due, a.serial) > std::tie(b.due, b.serial);
@@ -156,10 +192,13 @@ bool QtMainQueue::addDelayed(SteadyClock::time_point due, Job job)
 
 void QtMainQueue::serve()
 {
-    m_wakeUp.quiet();
-    armDelayTimer();
-    if (!isHeld())
+    if (isHeld())
+        m_wakeUp.quiet(); // `resume` rings again
+    else
         runSlice();
+    if (!isHeld())
+        lookAtHeldWatches();
+    armDelayTimer();
 }
 
 /// Runs jobs for at most one slice. What is left then is served at the event loop's next turn, after whatever else
@@ -192,6 +231,9 @@ bool QtMainQueue::refillBatch()
     const std::lock_guard lock(m_mutex);
     m_batch.swap(m_incoming);
     m_isWakePending = !m_batch.empty();
+    // Not before the jobs, which a touch is among: it need not wait for this. Whoever comes next rings again.
+    if (!m_isWakePending)
+        m_wakeUp.quiet();
     return m_isWakePending;
 }
 
@@ -200,10 +242,17 @@ void QtMainQueue::resume()
 {
     if (isHeld())
         return;
+    lookAtHeldWatches();
     const std::lock_guard lock(m_mutex);
     m_isWakePending = m_next < m_batch.size() || !m_incoming.empty();
     if (m_isWakePending)
         m_wakeUp.ring();
+}
+
+void QtMainQueue::lookAtHeldWatches()
+{
+    for (Watch* const watch : std::exchange(m_heldWatches, {}))
+        watch->lookAgain();
 }
 
 /// What a job holds may hand in another job when it goes.
@@ -243,11 +292,15 @@ void QtMainQueue::armDelayTimer()
 
 void QtMainQueue::runTick(const Job& tick)
 {
-    if (isHeld() || (m_isTracking && m_isTracking()))
-        return;
+    if (!isHeld() && !(m_isTracking && m_isTracking()))
+        runNow(tick);
+}
+
+void QtMainQueue::runNow(const Job& job)
+{
     {
         const Running running(*this);
-        tick();
+        job();
     }
     resume();
 }

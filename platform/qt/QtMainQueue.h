@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/MainQueue.h"
-#include "platform/qt/WakeUp.h"
+#include "platform/posix/WakeUp.h"
 
 #include <cstdint>
 #include <mutex>
@@ -30,6 +30,7 @@ public:
     void async(Job job) override;
     void after(std::chrono::nanoseconds delay, Job job) override;
     std::unique_ptr<RepeatingTimer> repeat(std::chrono::nanoseconds interval, Job tick) override;
+    std::unique_ptr<ReadableWatch> whenReadable(int descriptor, Job job) override;
 
     /// Destroys the jobs that have not run, and what they hold on to, while that can still go in good order.
     void dropAllJobs();
@@ -51,6 +52,7 @@ private:
 
     class Running;
     class Timer;
+    class Watch;
 
     struct DelayedJob {
         SteadyClock::time_point due;
@@ -72,6 +74,8 @@ private:
     void moveDueJobs();
     void armDelayTimer();
     void runTick(const Job& tick);
+    void runNow(const Job& job);
+    void lookAtHeldWatches();
 
     TrackingPredicate m_isTracking;
 
@@ -86,6 +90,8 @@ private:
     std::size_t m_next = 0;
     bool m_isRunning = false;
     int m_blockers = 0;
+    std::vector<Watch*>
+        m_heldWatches; ///< They have something to read, and are not looked at until the queue is free.
 
     WakeUp m_wakeUp;
     QSocketNotifier m_notifier;

@@ -38,15 +38,32 @@ std::optional<ScreenMapping> QtScreen::mapping() const
         screen->devicePixelRatio(), sizeOf(*screen)};
 }
 
+bool QtScreen::isFound() const
+{
+    return m_screenName.isEmpty() || namedScreen();
+}
+
+std::vector<std::string> QtScreen::names()
+{
+    std::vector<std::string> names;
+    for (const QScreen* screen : QGuiApplication::screens())
+        names.push_back(screen->name().toStdString());
+    return names;
+}
+
+QScreen* QtScreen::namedScreen() const
+{
+    for (QScreen* screen : QGuiApplication::screens()) {
+        if (screen->name() == m_screenName)
+            return screen;
+    }
+    return nullptr;
+}
+
 QScreen* QtScreen::mainScreen() const
 {
-    if (!m_screenName.isEmpty()) {
-        for (QScreen* screen : QGuiApplication::screens()) {
-            if (screen->name() == m_screenName)
-                return screen;
-        }
-    }
-    return QGuiApplication::primaryScreen();
+    QScreen* named = m_screenName.isEmpty() ? nullptr : namedScreen();
+    return named ? named : QGuiApplication::primaryScreen();
 }
 
 } // namespace companion

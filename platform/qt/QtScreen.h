@@ -4,6 +4,7 @@
 #include "platform/ScreenMapping.h"
 
 #include <string>
+#include <vector>
 
 #include <QString>
 
@@ -17,12 +18,19 @@ class QtScreen : public Screen {
 public:
     explicit QtScreen(const std::optional<std::string>& screenName = std::nullopt);
 
+    /// Whether there is a screen of the given name, or none was given.
+    bool isFound() const;
+
+    /// Of the screens that there are, the primary one first.
+    static std::vector<std::string> names();
+
     std::optional<Size> mainScreenSize() const override;
 
     /// Where the screen lies in the window server's root window; nothing when there is no screen.
     std::optional<ScreenMapping> mapping() const;
 
 private:
+    QScreen* namedScreen() const;
     QScreen* mainScreen() const;
 
     QString m_screenName;

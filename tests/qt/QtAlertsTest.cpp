@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QLayout>
 #include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
@@ -74,6 +75,34 @@ TEST_F(QtAlertsTest, TheMessageIsBoldTheInformativeTextIsNotAndTheOnlyButtonSays
     });
     m_alerts.runModal("Network error", "Please retry.");
     EXPECT_EQ(m_shown, 1);
+}
+
+TEST_F(QtAlertsTest, TheMessageIsSemiBoldAndTheMarginsAre24Points)
+{
+    whenShown([](QMessageBox& box) {
+        EXPECT_EQ(box.findChild<QLabel*>("qt_msgbox_label")->font().weight(), QFont::DemiBold);
+        EXPECT_EQ(box.layout()->contentsMargins(), QMargins(24, 24, 24, 24));
+        EXPECT_GE(box.findChild<QLabel*>("qt_msgbox_label")->x(), 24);
+        pressOk(box);
+    });
+    m_alerts.runModal("Network error", "Please retry.");
+    EXPECT_EQ(m_shown, 1);
+}
+
+TEST_F(QtAlertsTest, AnAlertThatIsOpenWhenTheProgramEndsHasNoAnswer)
+{
+    whenShown([this](QMessageBox& box) {
+        m_alerts.programEnds();
+        box.close();
+    });
+    EXPECT_FALSE(m_alerts.runModal("Network error", ""));
+    EXPECT_EQ(m_shown, 1);
+}
+
+TEST_F(QtAlertsTest, AnAlertWhoseOkIsPressedHasItsAnswer)
+{
+    whenShown([](QMessageBox& box) { pressOk(box); });
+    EXPECT_TRUE(m_alerts.runModal("Network error", ""));
 }
 
 TEST_F(QtAlertsTest, TheButtonSaysOkAlsoWhereTheToolkitSpeaksAnotherLanguage)

@@ -1,5 +1,7 @@
 #include "tests/support/AvahiDaemon.h"
 
+#include "tests/support/NetworkNamespace.h"
+
 #include <csignal>
 #include <fstream>
 #include <stdexcept>
@@ -25,6 +27,11 @@ std::vector<std::string> inOwnRunFolder(std::vector<std::string> command)
     std::vector<std::string> whole{"unshare", "--mount", "sh", "-c", startScript, "sh"};
     whole.insert(whole.end(), command.begin(), command.end());
     return whole;
+}
+
+std::string firstLine(const std::string& text)
+{
+    return text.substr(0, text.find('\n'));
 }
 
 std::string yesOrNo(bool value)
@@ -57,7 +64,7 @@ std::optional<std::string> AvahiDaemon::reasonNotToRun()
             return std::string(program) + " is not installed";
     ChildProcess trial(inOwnRunFolder({"true"}));
     if (trial.waitForExit() != 0)
-        return "no mount namespace: " + trial.output();
+        return "no mount namespace: " + firstLine(trial.output()) + namespaceRemedy();
     return std::nullopt;
 }
 

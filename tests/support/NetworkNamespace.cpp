@@ -15,7 +15,15 @@ namespace {
 
 std::string because(const std::string& what)
 {
-    return what + ": " + std::strerror(errno);
+    const std::string words = std::strerror(errno); // looking for a remedy may change it
+    return what + ": " + words + namespaceRemedy();
+}
+
+std::string settingOf(const std::string& path)
+{
+    std::string value;
+    std::ifstream(path) >> value;
+    return value;
 }
 
 bool writeFile(const std::string& path, const std::string& text)
@@ -47,6 +55,16 @@ bool bringLoopbackUp()
 }
 
 } // namespace
+
+std::string namespaceRemedy(const std::string& kernelSettings)
+{
+    std::string remedy = " (works as root";
+    if (settingOf(kernelSettings + "/apparmor_restrict_unprivileged_userns") == "1")
+        remedy += ", or after \"sudo sysctl kernel.apparmor_restrict_unprivileged_userns=0\"";
+    else if (settingOf(kernelSettings + "/unprivileged_userns_clone") == "0")
+        remedy += ", or after \"sudo sysctl kernel.unprivileged_userns_clone=1\"";
+    return remedy + ")";
+}
 
 std::optional<std::string> enterNetworkNamespace()
 {

@@ -12,4 +12,8 @@ namespace companion::testing {
 /// Nothing on success, else the reason, for a test to skip with.
 std::optional<std::string> enterNetworkNamespace();
 
+/// What would let this user have namespaces of his own, for the end of a reason why he has none. `kernelSettings` is
+/// where the kernel shows its settings.
+std::string namespaceRemedy(const std::string& kernelSettings = "/proc/sys/kernel");
+
 } // namespace companion::testing

@@ -11,10 +11,12 @@
 #include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <gmock/gmock.h>
 #include <netinet/in.h>
+#include <stdexcept>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <thread>
@@ -61,6 +63,23 @@ std::vector<std::string> threadNames()
     }
     closedir(tasks);
     return names;
+}
+
+/// How often the receive thread has gone to sleep so far.
+std::size_t sleepsOfReceiveThread()
+{
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::ifstream status(task.path() / "status");
+        std::string line;
+        std::getline(status, line);
+        if (!line.ends_with("\tclient udp sock"))
+            continue;
+        while (std::getline(status, line)) {
+            if (line.starts_with("voluntary_ctxt_switches:"))
+                return std::stoul(line.substr(line.find('\t')));
+        }
+    }
+    throw std::runtime_error("there is no receive thread");
 }
 
 std::size_t residentBytes()
@@ -233,6 +252,87 @@ TEST_F(PosixAsyncUdpSocketTest, ABlockedMainThreadOf2SecondsLosesNoneOf2000AndOn
     EXPECT_EQ(m_delegate.received.back().data, "MOVE,1999");
 }
 
+TEST_F(PosixAsyncUdpSocketTest, AMainThreadThatKeepsUpReadsByItself)
+{
+    openOnFreePort();
+    m_queue.runFor(20ms);
+    const std::size_t before = m_queue.handedIn();
+    for (std::size_t i = 1; i <= 500; ++i) {
+        m_peer.send("MOVE," + std::to_string(i), m_port);
+        ASSERT_TRUE(waitForCount(i));
+    }
+    EXPECT_EQ(m_queue.handedIn(), before) << "no thread hands anything over";
+    EXPECT_EQ(m_slices, 500);
+}
+
+TEST_F(PosixAsyncUdpSocketTest, AMainThreadThatHasCaughtUpReadsByItselfAgain)
+{
+    openOnFreePort();
+    m_queue.runFor(20ms);
+    const std::size_t atRest = m_queue.handedIn();
+    for (int i = 0; i < 100; ++i)
+        m_peer.send("MOVE", m_port);
+    std::this_thread::sleep_for(100ms);
+    ASSERT_TRUE(waitForCount(100));
+    ASSERT_GT(m_queue.handedIn(), atRest) << "the receive thread has read";
+
+    std::size_t before = 0;
+    std::size_t count = 100;
+    do { // a few of them may still go through the receive thread
+        before = m_queue.handedIn();
+        m_peer.send("MOVE", m_port);
+        ASSERT_TRUE(waitForCount(++count));
+    } while (m_queue.handedIn() != before && count < 1'000);
+    for (const std::size_t end = count + 100; count < end;) {
+        m_peer.send("MOVE", m_port);
+        ASSERT_TRUE(waitForCount(++count));
+    }
+    EXPECT_EQ(m_queue.handedIn(), before);
+}
+
+TEST_F(PosixAsyncUdpSocketTest, NothingIsLostOrOvertakenWhereverTheMainThreadStops)
+{
+    openOnFreePort();
+    constexpr std::size_t count = 3'000;
+    std::thread sender([&] {
+        for (std::size_t i = 0; i < count; ++i) {
+            m_peer.send(std::to_string(i), m_port);
+            std::this_thread::sleep_for(200us);
+        }
+    });
+    unsigned pause = 1;
+    while (m_delegate.count < count && m_queue.runUntil([&] { return m_delegate.count % 37 == 36; }, 1s)) {
+        pause = pause * 75 % 65'537; // of no particular order
+        std::this_thread::sleep_for(std::chrono::milliseconds(pause % 60));
+        m_queue.runFor(std::chrono::milliseconds(pause % 11));
+    }
+    sender.join();
+    ASSERT_TRUE(waitForCount(count));
+    for (std::size_t i = 0; i < count; ++i)
+        ASSERT_EQ(m_delegate.received[i].data, std::to_string(i));
+}
+
+TEST_F(PosixAsyncUdpSocketTest, TheReceiveThreadSleepsWhileNothingComesAndLooksInAFewTimesWhileSomethingDoes)
+{
+    openOnFreePort();
+    m_queue.runFor(50ms);
+    const std::size_t atFirst = sleepsOfReceiveThread();
+    m_queue.runFor(300ms);
+    EXPECT_EQ(sleepsOfReceiveThread(), atFirst);
+
+    const auto start = SteadyClock::now();
+    for (std::size_t i = 1; i <= 1'000; ++i) {
+        m_peer.send("MOVE", m_port);
+        ASSERT_TRUE(waitForCount(i));
+    }
+    m_queue.runFor(100ms);
+    const std::size_t afterwards = sleepsOfReceiveThread();
+    const auto looks = static_cast<std::size_t>((SteadyClock::now() - start) / 10ms);
+    EXPECT_LE(afterwards - atFirst, 5 + looks) << "not once for each datagram";
+    m_queue.runFor(300ms);
+    EXPECT_EQ(sleepsOfReceiveThread(), afterwards);
+}
+
 TEST_F(PosixAsyncUdpSocketTest, APortThatSomebodyHasIsABindError)
 {
     UdpPeer holder;
@@ -326,9 +426,10 @@ TEST_F(PosixAsyncUdpSocketTest, ClosingASilentSocketTakesLessThanHalfASecond)
 TEST_F(PosixAsyncUdpSocketTest, TheReceiveThreadHasTheLabelsFirst15Bytes)
 {
     openOnFreePort();
-    m_peer.send("x", m_port);
-    ASSERT_TRUE(waitForCount(1));
-    EXPECT_THAT(threadNames(), ::testing::Contains("client udp sock"));
+    const ::testing::Matcher<std::vector<std::string>> named = ::testing::Contains("client udp sock");
+    for (int i = 0; i < 100 && !named.Matches(threadNames()); ++i)
+        m_queue.runFor(10ms); // it names itself
+    EXPECT_THAT(threadNames(), named);
 }
 
 TEST_F(PosixAsyncUdpSocketTest, AClosedOrUnboundSocketRefusesToReceive)

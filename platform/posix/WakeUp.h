@@ -5,6 +5,7 @@ namespace companion {
 /// A descriptor that becomes readable when it is rung, so that a thread which waits for events wakes up.
 class WakeUp {
 public:
+    /// Throws std::system_error when no descriptor is left.
     WakeUp();
     ~WakeUp();
     WakeUp(const WakeUp&) = delete;

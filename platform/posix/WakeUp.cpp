@@ -1,9 +1,9 @@
-#include "platform/qt/WakeUp.h"
+#include "platform/posix/WakeUp.h"
 
-#include "platform/FatalError.h"
-
+#include <cerrno>
 #include <cstdint>
 #include <sys/eventfd.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace companion {
@@ -12,7 +12,7 @@ WakeUp::WakeUp()
     : m_descriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
 {
     if (m_descriptor < 0)
-        fatalError("no descriptor is left to wake the main thread with");
+        throw std::system_error(errno, std::generic_category(), "No descriptor to wake a thread with");
 }
 
 WakeUp::~WakeUp()
