@@ -7,8 +7,9 @@
 
 namespace companion {
 
-/// Stands in where the desktop takes no synthesised events: touches are dropped, and the log says why at the first
-/// one. Everything else of the program works. Main thread only.
+/// Stands in where no X server takes synthesised events: touches are dropped, and the log says why at the first one.
+/// (That of a Wayland desktop takes them, for X11 programs alone.) Everything else of the program works. Main thread
+/// only.
 class UnavailableMouseEventPoster : public MouseEventPoster {
 public:
     /// The log must outlive this object.

@@ -2,7 +2,6 @@
 
 #include <cstdlib>
 #include <dlfcn.h>
-#include <unistd.h>
 
 namespace companion::cli {
 
@@ -16,53 +15,54 @@ std::string environmentText(const char* name)
     return value ? value : "";
 }
 
-/// Xlib ends the process after a lost connection unless its handler does not return.
-int waitForEver(void* /*display*/)
-{
-    for (;;)
-        pause();
-}
-
 template <typename Function> Function symbol(void* library, const char* name)
 {
     return reinterpret_cast<Function>(dlsym(library, name));
 }
 
-/// Signatures as in XOpenDisplay(3), XCloseDisplay(3), XSetIOErrorHandler(3) and XTestQueryExtension(3).
-struct Xlib {
-    void* x11 = dlopen("libX11.so.6", RTLD_NOW);
-    void* xtst = dlopen("libXtst.so.6", RTLD_NOW);
-    void* (*openDisplay)(const char*) = nullptr;
-    int (*closeDisplay)(void*) = nullptr;
-    void* (*setIOErrorHandler)(int (*)(void*)) = nullptr;
-    int (*queryXTest)(void*, int*, int*, int*, int*) = nullptr;
+/// libxcb as in its manual pages and xcb.h, found while the program runs: panelctl starts without it. A connection, an
+/// extension's name and what is known of an extension are only handed on here.
+struct Xcb {
+    void* xcb = dlopen("libxcb.so.1", RTLD_NOW);
+    void* xtest = dlopen("libxcb-xtest.so.0", RTLD_NOW);
+    void* (*connect)(const char*, int*) = nullptr;
+    void (*disconnect)(void*) = nullptr;
+    int (*hasError)(void*) = nullptr;
+    const unsigned char* (*extensionData)(void*, void*) = nullptr;
+    void* testId = nullptr;
 
     bool load()
     {
-        if (!x11 || !xtst)
+        if (!xcb || !xtest)
             return false;
-        openDisplay = symbol<decltype(openDisplay)>(x11, "XOpenDisplay");
-        closeDisplay = symbol<decltype(closeDisplay)>(x11, "XCloseDisplay");
-        setIOErrorHandler = symbol<decltype(setIOErrorHandler)>(x11, "XSetIOErrorHandler");
-        queryXTest = symbol<decltype(queryXTest)>(xtst, "XTestQueryExtension");
-        return openDisplay && closeDisplay && setIOErrorHandler && queryXTest;
+        connect = symbol<decltype(connect)>(xcb, "xcb_connect");
+        disconnect = symbol<decltype(disconnect)>(xcb, "xcb_disconnect");
+        hasError = symbol<decltype(hasError)>(xcb, "xcb_connection_has_error");
+        extensionData = symbol<decltype(extensionData)>(xcb, "xcb_get_extension_data");
+        testId = dlsym(xtest, "xcb_test_id");
+        return connect && disconnect && hasError && extensionData && testId;
+    }
+
+    bool hasXTest(void* connection) const
+    {
+        // The server's reply to QueryExtension; its ninth byte is "present" (X Window System Protocol, chapter 9).
+        constexpr int present = 8;
+        const unsigned char* const reply = extensionData(connection, testId);
+        return reply && reply[present] != 0;
     }
 };
 
-/// The libraries stay loaded: libXtst leaves hooks in libX11.
 X lookAtDisplay()
 {
-    Xlib xlib;
-    if (!xlib.load())
+    Xcb xcb;
+    if (!xcb.load())
         return X::noLibrary;
-    xlib.setIOErrorHandler(waitForEver);
-    void* display = xlib.openDisplay(nullptr);
-    if (!display)
-        return X::cannotOpen;
-    int ignored = 0;
-    const bool hasXTest = xlib.queryXTest(display, &ignored, &ignored, &ignored, &ignored) != 0;
-    xlib.closeDisplay(display);
-    return hasXTest ? X::usable : X::noXTest;
+    void* const connection = xcb.connect(nullptr, nullptr);
+    X found = X::cannotOpen;
+    if (xcb.hasError(connection) == 0)
+        found = xcb.hasXTest(connection) ? X::usable : X::noXTest;
+    xcb.disconnect(connection);
+    return found;
 }
 
 } // namespace

@@ -5,7 +5,7 @@
 
 namespace companion::cli {
 
-/// Opens the session's X display by libX11 and libXtst, loaded for this alone: the other commands start without
+/// Opens the session's X display by libxcb and libxcb-xtest, loaded for this alone: the other commands start without
 /// them, and a computer that has neither runs the program all the same.
 class XTestDisplayProbe : public DisplayProbe {
 public:

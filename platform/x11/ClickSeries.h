@@ -23,6 +23,9 @@ public:
     {
     }
 
+    /// Holds from now on, also between the last press and the next.
+    void setRules(ClickRules rules) { m_rules = rules; }
+
     /// A press that programs have been given. `scale` is root pixels for each point.
     void addPress(TimePoint time, RootPixel at, double scale);
 

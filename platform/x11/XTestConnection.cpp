@@ -1,161 +1,198 @@
 #include "platform/x11/XTestConnection.h"
 
-#include <X11/extensions/XTest.h>
-#include <X11/Xlib.h>
+#include <xcb/xcb.h>
+#include <xcb/xtest.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <span>
+#include <utility>
 
 namespace companion {
 
 namespace {
 
-constexpr unsigned leftButton = 1;
+constexpr std::uint8_t logicalLeftButton = 1;
 
-bool hasXTest(Display* display)
+struct Free {
+    void operator()(void* memory) const { std::free(memory); }
+};
+
+/// What libxcb gives away; null when the connection is lost, or there was an error.
+template <typename T> std::unique_ptr<T, Free> owned(T* memory)
 {
-    int eventBase = 0;
-    int errorBase = 0;
-    int major = 0;
-    int minor = 0;
-    return XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor);
+    return std::unique_ptr<T, Free>(memory);
 }
 
-// Xlib's own handlers end the process, and there is one of each for all connections of a process. Connections of
-// others still end it when they are lost, by their own exit handler.
-int reportError(Display* display, XErrorEvent* error)
+std::string resolvedName(const std::string& displayName)
 {
-    char text[128] = "";
-    XGetErrorText(display, error->error_code, text, sizeof text);
-    std::fprintf(
-        stderr, "X error ignored: %s (request %d.%d)\n", text, error->request_code, error->minor_code);
-    return 0;
+    if (!displayName.empty())
+        return displayName;
+    const char* const fromEnvironment = std::getenv("DISPLAY");
+    return fromEnvironment ? fromEnvironment : "";
 }
 
-int reportLoss(Display* display)
+xcb_window_t rootOfScreen(xcb_connection_t* connection, int number)
 {
-    std::fprintf(stderr, "The connection to the X display \"%s\" is lost\n", DisplayString(display));
-    return 0;
+    xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    for (; number > 0 && screens.rem > 1; --number)
+        xcb_screen_next(&screens);
+    return screens.data->root;
 }
 
 } // namespace
 
 std::unique_ptr<XTestConnection> XTestConnection::open(const std::string& displayName, std::string& whyNot)
 {
-    const char* name = displayName.empty() ? nullptr : displayName.c_str();
-    Display* display = XOpenDisplay(name);
-    if (!display) {
-        whyNot = "Cannot open the X display \"" + std::string(XDisplayName(name)) + "\"";
+    const std::string name = resolvedName(displayName);
+    int screen = 0;
+    std::unique_ptr<XTestConnection> connection(
+        new XTestConnection(xcb_connect(name.c_str(), &screen), name));
+    if (xcb_connection_has_error(connection->m_connection) != 0) {
+        connection->m_isLossTold = true;
+        whyNot = "Cannot open the X display \"" + name + "\"";
         return nullptr;
     }
-    std::unique_ptr<XTestConnection> connection(new XTestConnection(display));
-    if (!hasXTest(display)) {
-        whyNot = "The X display \"" + connection->displayName() + "\" has no XTEST extension";
+    const xcb_query_extension_reply_t* const xtest =
+        xcb_get_extension_data(connection->m_connection, &xcb_test_id);
+    if (!xtest || !xtest->present) {
+        whyNot = "The X display \"" + name + "\" has no XTEST extension";
         return nullptr;
     }
+    connection->m_root = rootOfScreen(connection->m_connection, screen);
+    connection->readPointerMapping();
     return connection;
 }
 
-XTestConnection::XTestConnection(_XDisplay* display)
-    : m_display(display)
-    , m_screen(DefaultScreen(display))
+XTestConnection::XTestConnection(xcb_connection_t* connection, std::string displayName)
+    : m_connection(connection)
+    , m_displayName(std::move(displayName))
 {
-    XSetErrorHandler(reportError);
-    XSetIOErrorHandler(reportLoss);
-    XSetIOErrorExitHandler(
-        display, [](Display*, void* self) { static_cast<XTestConnection*>(self)->m_isLost = true; }, this);
 }
 
 XTestConnection::~XTestConnection()
 {
-    XCloseDisplay(m_display);
+    flush();
+    xcb_disconnect(m_connection);
 }
 
-std::string XTestConnection::displayName() const
+bool XTestConnection::isLost() const
 {
-    return DisplayString(m_display);
+    return xcb_connection_has_error(m_connection) != 0;
 }
 
 void XTestConnection::move(RootPixel to)
 {
-    if (!m_isLost)
-        XTestFakeMotionEvent(m_display, m_screen, to.x, to.y, CurrentTime);
+    post(XCB_MOTION_NOTIFY, 0, m_root, to);
 }
 
-void XTestConnection::setLeftButtonDown(bool isDown)
+void XTestConnection::setButtonDown(unsigned button, bool isDown)
 {
-    if (!m_isLost)
-        XTestFakeButtonEvent(m_display, leftButton, isDown, CurrentTime);
+    post(isDown ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, button, XCB_NONE, {});
 }
 
 void XTestConnection::setKeyDown(unsigned keycode, bool isDown)
 {
-    if (!m_isLost)
-        XTestFakeKeyEvent(m_display, keycode, isDown, CurrentTime);
+    post(isDown ? XCB_KEY_PRESS : XCB_KEY_RELEASE, keycode, XCB_NONE, {});
+}
+
+void XTestConnection::post(std::uint8_t type, unsigned detail, std::uint32_t root, RootPixel at)
+{
+    xcb_test_fake_input(m_connection, type, static_cast<std::uint8_t>(detail), XCB_CURRENT_TIME, root,
+        static_cast<std::int16_t>(at.x), static_cast<std::int16_t>(at.y), /*deviceid=*/0);
 }
 
 void XTestConnection::flush()
 {
-    if (!m_isLost)
-        XFlush(m_display);
+    xcb_flush(m_connection);
+    noticeLoss();
 }
 
 void XTestConnection::sync()
 {
-    if (!m_isLost)
-        XSync(m_display, /*discard=*/False);
+    owned(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
+    noticeLoss();
 }
 
 std::optional<XTestConnection::Pointer> XTestConnection::pointer()
 {
-    if (m_isLost)
+    const auto reply =
+        owned(xcb_query_pointer_reply(m_connection, xcb_query_pointer(m_connection, m_root), nullptr));
+    handleEvents();
+    noticeLoss();
+    if (!reply || !reply->same_screen)
         return std::nullopt;
-    Window root = 0;
-    Window child = 0;
-    Pointer pointer;
-    int childX = 0;
-    int childY = 0;
-    unsigned state = 0;
-    const bool isOnOurScreen = XQueryPointer(m_display, RootWindow(m_display, m_screen), &root, &child,
-        &pointer.at.x, &pointer.at.y, &childX, &childY, &state);
-    discardEvents();
-    if (!isOnOurScreen || m_isLost)
-        return std::nullopt;
-    pointer.isLeftButtonDown = (state & Button1Mask) != 0;
-    return pointer;
+    return Pointer{{reply->root_x, reply->root_y}, (reply->mask & XCB_BUTTON_MASK_1) != 0};
 }
 
 RootPixel XTestConnection::reachablePixel(RootPixel pixel)
 {
-    if (m_isLost)
-        return pixel;
-    // Asked for each time: the root window grows and shrinks with the monitors, Xlib's copy of its size does not.
-    Window root = 0;
-    int x = 0;
-    int y = 0;
-    unsigned width = 0;
-    unsigned height = 0;
-    unsigned border = 0;
-    unsigned depth = 0;
-    if (!XGetGeometry(
-            m_display, RootWindow(m_display, m_screen), &root, &x, &y, &width, &height, &border, &depth))
-        return pixel;
-    return clampedTo(pixel, static_cast<int>(width), static_cast<int>(height));
+    // Asked for each time: the root window grows and shrinks with the monitors.
+    const auto root =
+        owned(xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, m_root), nullptr));
+    return root ? clampedTo(pixel, root->width, root->height) : pixel;
 }
 
-unsigned XTestConnection::keycodeOf(unsigned long keysym)
+unsigned XTestConnection::keycodeOf(std::uint32_t keysym)
 {
-    return m_isLost ? 0 : XKeysymToKeycode(m_display, keysym);
-}
-
-// Every client is told of a new keyboard layout, asked or not; they would pile up.
-void XTestConnection::discardEvents()
-{
-    while (!m_isLost && XEventsQueued(m_display, QueuedAlready) > 0) {
-        XEvent event;
-        XNextEvent(m_display, &event);
-        if (event.type == MappingNotify)
-            XRefreshKeyboardMapping(&event.xmapping);
+    const xcb_setup_t* const setup = xcb_get_setup(m_connection);
+    if (!setup)
+        return 0;
+    const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
+    const auto mapping = owned(xcb_get_keyboard_mapping_reply(
+        m_connection, xcb_get_keyboard_mapping(m_connection, setup->min_keycode, count), nullptr));
+    if (!mapping || mapping->keysyms_per_keycode == 0)
+        return 0;
+    const std::span keysyms(xcb_get_keyboard_mapping_keysyms(mapping.get()),
+        static_cast<std::size_t>(xcb_get_keyboard_mapping_keysyms_length(mapping.get())));
+    // Several for each key, one for each state of Shift and the like: what a key is without them counts first.
+    const std::size_t columns = mapping->keysyms_per_keycode;
+    for (std::size_t column = 0; column < columns; ++column) {
+        for (std::size_t key = 0; key * columns + column < keysyms.size(); ++key) {
+            if (keysyms[key * columns + column] == keysym)
+                return setup->min_keycode + static_cast<unsigned>(key);
+        }
     }
+    return 0;
+}
+
+// XTEST's buttons are those of the device: the server maps them as it does a real mouse's.
+void XTestConnection::readPointerMapping()
+{
+    const auto reply =
+        owned(xcb_get_pointer_mapping_reply(m_connection, xcb_get_pointer_mapping(m_connection), nullptr));
+    if (!reply)
+        return;
+    const std::span mapping(xcb_get_pointer_mapping_map(reply.get()),
+        static_cast<std::size_t>(xcb_get_pointer_mapping_map_length(reply.get())));
+    const auto left = std::find(mapping.begin(), mapping.end(), logicalLeftButton);
+    m_leftButton = left == mapping.end() ? 1 : static_cast<unsigned>(left - mapping.begin()) + 1;
+}
+
+// Every client is told of a new keyboard layout and of buttons mapped anew, asked or not, and of its errors; they would
+// pile up.
+void XTestConnection::handleEvents()
+{
+    while (const auto event = owned(xcb_poll_for_queued_event(m_connection))) {
+        constexpr unsigned sentByAnotherClient = 0x80;
+        const unsigned type = event->response_type & ~sentByAnotherClient;
+        if (type == 0) {
+            const auto* const error = reinterpret_cast<const xcb_generic_error_t*>(event.get());
+            std::fprintf(stderr, "X error %d ignored (request %d.%d)\n", error->error_code, error->major_code,
+                error->minor_code);
+        } else if (type == XCB_MAPPING_NOTIFY
+            && reinterpret_cast<const xcb_mapping_notify_event_t*>(event.get())->request
+                == XCB_MAPPING_POINTER) {
+            readPointerMapping();
+        }
+    }
+}
+
+void XTestConnection::noticeLoss()
+{
+    if (isLost() && !std::exchange(m_isLossTold, true))
+        std::fprintf(stderr, "The connection to the X display \"%s\" is lost\n", m_displayName.c_str());
 }
 
 } // namespace companion

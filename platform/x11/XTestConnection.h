@@ -2,11 +2,12 @@
 
 #include "platform/x11/RootPixel.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 
-struct _XDisplay;
+struct xcb_connection_t;
 
 namespace companion {
 
@@ -28,12 +29,12 @@ public:
     XTestConnection(const XTestConnection&) = delete;
     XTestConnection& operator=(const XTestConnection&) = delete;
 
-    std::string displayName() const;
-    bool isLost() const { return m_isLost; }
+    const std::string& displayName() const { return m_displayName; }
+    bool isLost() const;
 
     // These wait in a buffer until a call below sends them.
     void move(RootPixel to);
-    void setLeftButtonDown(bool isDown);
+    void setButtonDown(unsigned button, bool isDown); ///< The physical button, whatever it is mapped to.
     void setKeyDown(unsigned keycode, bool isDown);
 
     void flush(); ///< Sends what waits.
@@ -45,16 +46,25 @@ public:
     /// Where a move to `pixel` ends, which may lie off the screen: a round trip.
     RootPixel reachablePixel(RootPixel pixel);
 
-    /// 0 when no key of the keyboard has that symbol.
-    unsigned keycodeOf(unsigned long keysym);
+    /// The physical button that programs see as the left one, which left-handed people swap with the right one; 1 when
+    /// none is. As of the last `pointer()`.
+    unsigned leftButton() const { return m_leftButton; }
+
+    /// 0 when no key of the keyboard has that symbol: a round trip.
+    unsigned keycodeOf(std::uint32_t keysym);
 
 private:
-    explicit XTestConnection(_XDisplay* display);
-    void discardEvents();
+    XTestConnection(xcb_connection_t* connection, std::string displayName);
+    void post(std::uint8_t type, unsigned detail, std::uint32_t root, RootPixel at);
+    void readPointerMapping();
+    void handleEvents();
+    void noticeLoss();
 
-    _XDisplay* m_display;
-    int m_screen;
-    bool m_isLost = false;
+    xcb_connection_t* const m_connection;
+    const std::string m_displayName;
+    std::uint32_t m_root = 0; ///< The window that all others of the screen lie in.
+    bool m_isLossTold = false;
+    unsigned m_leftButton = 1;
 };
 
 } // namespace companion

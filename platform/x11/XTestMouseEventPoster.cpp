@@ -2,39 +2,45 @@
 
 #include <X11/keysym.h>
 
+#include <chrono>
+#include <thread>
 #include <utility>
 
 namespace companion {
 
+using namespace std::chrono_literals;
+
 namespace {
 
 constexpr std::uint16_t leftShiftKeyCode = 56;
+constexpr auto longestWaitForPress = 100ms;
 
 } // namespace
 
 std::unique_ptr<XTestMouseEventPoster> XTestMouseEventPoster::open(
-    const std::string& displayName, Mapping mapping, std::string& whyNot, ClickRules rules, Now now)
+    const std::string& displayName, Mapping mapping, std::string& whyNot, Rules rules, Now now)
 {
     std::unique_ptr<XTestConnection> connection = XTestConnection::open(displayName, whyNot);
     if (!connection)
         return nullptr;
-    return std::unique_ptr<XTestMouseEventPoster>(
-        new XTestMouseEventPoster(std::move(connection), std::move(mapping), rules, std::move(now)));
+    return std::unique_ptr<XTestMouseEventPoster>(new XTestMouseEventPoster(
+        std::move(connection), std::move(mapping), std::move(rules), std::move(now)));
 }
 
 XTestMouseEventPoster::XTestMouseEventPoster(
-    std::unique_ptr<XTestConnection> connection, Mapping mapping, ClickRules rules, Now now)
+    std::unique_ptr<XTestConnection> connection, Mapping mapping, Rules rules, Now now)
     : m_connection(std::move(connection))
     , m_displayName(m_connection->displayName())
     , m_mapping(std::move(mapping))
+    , m_rules(std::move(rules))
     , m_now(std::move(now))
-    , m_clicks(rules)
+    , m_clicks(m_rules())
 {
 }
 
 XTestMouseEventPoster::~XTestMouseEventPoster()
 {
-    releaseAll(*m_connection, m_held);
+    releaseAll(*m_connection, m_held, m_pressedButton);
 }
 
 std::optional<MouseEvent> XTestMouseEventPoster::makeMouseEvent(MouseEventType type, Point at)
@@ -89,8 +95,9 @@ void XTestMouseEventPoster::postFirstClick(RootPixel at, double scale)
     press(at, scale);
 }
 
-int XTestMouseEventPoster::missingPresses(RootPixel at, double scale) const
+int XTestMouseEventPoster::missingPresses(RootPixel at, double scale)
 {
+    m_clicks.setRules(m_rules());
     const bool isContinued = m_clicks.isContinuedBy(m_now(), at, scale);
     const int counted = holds(leftButton) || isContinued ? m_clicks.count() : 0;
     if (counted >= 2)
@@ -106,8 +113,9 @@ void XTestMouseEventPoster::press(RootPixel at, double scale)
     // Held, but not by us: either by a real mouse, which this release does not concern, or by a program that died
     // with the button down, because of which the server would ignore our press.
     if (before && before->isLeftButtonDown)
-        m_connection->setLeftButtonDown(false);
+        m_connection->setButtonDown(m_connection->leftButton(), false);
     setLeftButtonDown(true);
+    m_clicks.setRules(m_rules());
     m_clicks.addPress(m_now(), at, scale);
 }
 
@@ -146,12 +154,29 @@ void XTestMouseEventPoster::move(RootPixel to)
 // known to another thread in time, before a press and after a release.
 void XTestMouseEventPoster::setLeftButtonDown(bool isDown)
 {
-    if (isDown)
-        m_held |= leftButton;
-    m_connection->setLeftButtonDown(isDown);
-    m_connection->flush();
-    if (!isDown)
-        m_held &= ~static_cast<unsigned>(leftButton);
+    const auto send = [&] {
+        m_connection->setButtonDown(m_pressedButton, isDown);
+        m_connection->flush();
+    };
+    if (isDown) {
+        m_pressedButton = m_connection->leftButton();
+        pressUnlessEnded(leftButton, send);
+        return;
+    }
+    send();
+    m_held &= ~static_cast<unsigned>(leftButton);
+}
+
+// A press is on its way before the look at whether there may be one, and the other thread first says that there may
+// be none and then looks for one on its way: whichever comes first, one of the two sees the other.
+template <typename Send> void XTestMouseEventPoster::pressUnlessEnded(Held what, Send send)
+{
+    m_isPressing = true;
+    if (!m_hasEnded) {
+        m_held |= what;
+        send();
+    }
+    m_isPressing = false;
 }
 
 void XTestMouseEventPoster::post(const KeyEvent& event)
@@ -172,22 +197,35 @@ void XTestMouseEventPoster::setKeyDown(Held key, bool isDown)
     const unsigned keycode = keycodeFor(*m_connection, key);
     if (keycode == 0)
         return;
-    if (isDown)
-        m_held |= key;
-    m_connection->setKeyDown(keycode, isDown);
-    m_connection->flush();
-    if (!isDown)
-        m_held &= ~static_cast<unsigned>(key);
+    const auto send = [&] {
+        m_connection->setKeyDown(keycode, isDown);
+        m_connection->flush();
+    };
+    if (isDown) {
+        pressUnlessEnded(key, send);
+        return;
+    }
+    send();
+    m_held &= ~static_cast<unsigned>(key);
 }
 
-void XTestMouseEventPoster::releaseHeldButton() const
+void XTestMouseEventPoster::releaseHeldButton()
 {
+    m_hasEnded = true;
+    waitForPressOnItsWay();
     const unsigned held = m_held;
     if (held == 0)
         return;
     std::string whyNot;
     if (const auto connection = XTestConnection::open(m_displayName, whyNot))
-        releaseAll(*connection, held);
+        releaseAll(*connection, held, m_pressedButton);
+}
+
+// The release must not overtake it, being sent on another connection. Not for long: the server may hang.
+void XTestMouseEventPoster::waitForPressOnItsWay() const
+{
+    for (auto waited = 0ms; m_isPressing && waited < longestWaitForPress; waited += 1ms)
+        std::this_thread::sleep_for(1ms);
 }
 
 unsigned XTestMouseEventPoster::keycodeFor(XTestConnection& connection, Held key)
@@ -195,10 +233,10 @@ unsigned XTestMouseEventPoster::keycodeFor(XTestConnection& connection, Held key
     return connection.keycodeOf(key == shiftKey ? XK_Shift_L : XK_Control_L);
 }
 
-void XTestMouseEventPoster::releaseAll(XTestConnection& connection, unsigned held)
+void XTestMouseEventPoster::releaseAll(XTestConnection& connection, unsigned held, unsigned button)
 {
     if (held & leftButton)
-        connection.setLeftButtonDown(false);
+        connection.setButtonDown(button, false);
     for (const Held key : {shiftKey, controlKey}) {
         if (held & key)
             connection.setKeyDown(keycodeFor(connection, key), false);

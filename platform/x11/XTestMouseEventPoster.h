@@ -29,11 +29,14 @@ class XTestMouseEventPoster : public MouseEventPoster {
 public:
     /// Where the main screen lies now; nothing when there is none. Asked at every event.
     using Mapping = std::function<std::optional<ScreenMapping>()>;
+    /// As the desktop has them now. Asked at presses and releases, never at a move.
+    using Rules = std::function<ClickRules()>;
     using Now = std::function<ClickSeries::TimePoint()>;
 
     /// An empty name stands for $DISPLAY. Nothing, and why in one line, when events cannot be posted there.
-    static std::unique_ptr<XTestMouseEventPoster> open(const std::string& displayName, Mapping mapping,
-        std::string& whyNot, ClickRules rules = {}, Now now = std::chrono::steady_clock::now);
+    static std::unique_ptr<XTestMouseEventPoster> open(
+        const std::string& displayName, Mapping mapping, std::string& whyNot,
+        Rules rules = [] { return ClickRules(); }, Now now = std::chrono::steady_clock::now);
 
     ~XTestMouseEventPoster() override;
 
@@ -52,17 +55,16 @@ public:
     void sync() { m_connection->sync(); }
 
     /// Releases what this object holds down, on a short-lived connection. Any thread, also while the main thread
-    /// is stuck or posting; for the way out of a process that will post no more.
-    void releaseHeldButton() const;
+    /// is stuck or posting; for the way out of a process: nothing is pressed any more.
+    void releaseHeldButton();
 
 private:
     enum Held : unsigned { leftButton = 1, shiftKey = 2, controlKey = 4 };
 
-    XTestMouseEventPoster(
-        std::unique_ptr<XTestConnection> connection, Mapping mapping, ClickRules rules, Now now);
+    XTestMouseEventPoster(std::unique_ptr<XTestConnection> connection, Mapping mapping, Rules rules, Now now);
 
     void postFirstClick(RootPixel at, double scale);
-    int missingPresses(RootPixel at, double scale) const;
+    int missingPresses(RootPixel at, double scale);
     void press(RootPixel at, double scale);
     void release(RootPixel at);
     void drag(RootPixel to);
@@ -70,19 +72,26 @@ private:
     void move(RootPixel to);
     void setLeftButtonDown(bool isDown);
     void setKeyDown(Held key, bool isDown);
+    template <typename Send> void pressUnlessEnded(Held what, Send send);
+    void waitForPressOnItsWay() const;
     bool holds(Held what) const { return (m_held & what) != 0; }
 
     static unsigned keycodeFor(XTestConnection& connection, Held key);
-    static void releaseAll(XTestConnection& connection, unsigned held);
+    static void releaseAll(XTestConnection& connection, unsigned held, unsigned button);
 
     std::unique_ptr<XTestConnection> m_connection;
     const std::string m_displayName;
     Mapping m_mapping;
+    Rules m_rules;
     Now m_now;
     ClickSeries m_clicks;
     std::optional<RootPixel> m_lastMove;
     bool m_leavesOutSecondClick = false;
     std::atomic<unsigned> m_held = 0; ///< Never less than what the server holds down for us.
+    std::atomic<bool> m_isPressing = false;
+    std::atomic<bool> m_hasEnded = false;
+    std::atomic<unsigned> m_pressedButton =
+        1; ///< The physical one that stands for the left one while it is held.
 };
 
 } // namespace companion

@@ -55,6 +55,16 @@ TEST_F(HeldButtonTest, IsReleasedOnAFatalErrorInAnotherThread)
     EXPECT_EQ(recorder.takeText(), pressedAndReleased);
 }
 
+TEST_F(HeldButtonTest, IsReleasedWhenNobodyCatchesAnExceptionOfAnotherThread)
+{
+    start("exception");
+    EXPECT_EQ(program->waitForExit(), 128 + SIGABRT);
+    EXPECT_NE(
+        program->output().find("Fatal error: An exception was not caught: for the test"), std::string::npos)
+        << program->output();
+    EXPECT_EQ(recorder.takeText(), pressedAndReleased);
+}
+
 TEST_F(HeldButtonTest, StaysHeldAfterSigkillUntilTheNextProgramPresses)
 {
     start("hang");

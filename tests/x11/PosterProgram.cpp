@@ -1,12 +1,13 @@
 // A program that presses the left button at 100,200, says "held" and ends in the way that it is told: by returning
-// from main ("destroy"), by returning once a signal has come ("signal"), by a fatal error in another thread
-// ("fatal"), or never ("hang").
+// from main ("destroy"), by returning once a signal has come ("signal"), by a fatal error or an exception in another
+// thread ("fatal", "exception"), or never ("hang").
 #include "platform/FatalError.h"
 #include "platform/posix/SignalDescriptor.h"
 #include "platform/x11/XTestMouseEventPoster.h"
 
 #include <cstdio>
 #include <poll.h>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -16,6 +17,7 @@ using namespace companion;
 int main(int, char** argv)
 {
     const std::string way = argv[1];
+    makeUncaughtExceptionsFatal();
     SignalDescriptor signals;
     std::string whyNot;
     auto poster = XTestMouseEventPoster::open(
@@ -33,6 +35,8 @@ int main(int, char** argv)
 
     if (way == "fatal")
         std::thread([] { fatalError("for the test"); }).join();
+    if (way == "exception")
+        std::thread([] { throw std::runtime_error("for the test"); }).join();
     if (way == "signal") {
         pollfd waiting{signals.fd(), POLLIN, 0};
         poll(&waiting, 1, -1);

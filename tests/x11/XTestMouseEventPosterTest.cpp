@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cmath>
 #include <regex>
 #include <thread>
@@ -24,11 +25,14 @@ XvfbServer& server()
     return xvfb;
 }
 
-std::unique_ptr<XTestMouseEventPoster> openPoster(const std::string& display,
-    XTestMouseEventPoster::Mapping mapping, XTestMouseEventPoster::Now now = std::chrono::steady_clock::now)
+std::unique_ptr<XTestMouseEventPoster> openPoster(
+    const std::string& display, XTestMouseEventPoster::Mapping mapping,
+    XTestMouseEventPoster::Now now = std::chrono::steady_clock::now,
+    XTestMouseEventPoster::Rules rules = [] { return ClickRules(); })
 {
     std::string whyNot;
-    auto poster = XTestMouseEventPoster::open(display, std::move(mapping), whyNot, {}, std::move(now));
+    auto poster =
+        XTestMouseEventPoster::open(display, std::move(mapping), whyNot, std::move(rules), std::move(now));
     if (!poster)
         throw std::runtime_error(whyNot);
     return poster;
@@ -101,9 +105,10 @@ protected:
 
     std::optional<ScreenMapping> mapping = ScreenMapping{.size = {1366, 768}};
     ClickSeries::TimePoint now{71h};
+    ClickRules rules;
     XRecorder recorder{server().display()};
     std::unique_ptr<XTestMouseEventPoster> poster = openPoster(
-        server().display(), [this] { return mapping; }, [this] { return now; });
+        server().display(), [this] { return mapping; }, [this] { return now; }, [this] { return rules; });
 };
 
 TEST(XTestMouseEventPosterOpenTest, ADisplayThatIsNotThereIsToldByName)
@@ -261,6 +266,16 @@ TEST_F(XTestMouseEventPosterTest, TapsTooFarApartInTimeGetOneFurtherPress)
     now += 399ms;
     doubleClick({3, 4});
     EXPECT_EQ(recorded(), "press1 3,4 release1 3,4 press1 3,4 release1 3,4 press1 3,4 release1 3,4");
+}
+
+TEST_F(XTestMouseEventPosterTest, ALongerDoubleClickTimeThatIsSetWhileItRunsHoldsForTheNextTaps)
+{
+    rules.interval = 900ms;
+    tap({3, 4});
+    now += 700ms;
+    post(leftDown, {3, 4});
+    doubleClick({3, 4});
+    EXPECT_EQ(recorded(), "press1 3,4 release1 3,4 press1 3,4 release1 3,4");
 }
 
 TEST_F(XTestMouseEventPosterTest, TapsTooFarApartInSpaceGetOneFurtherPress)
@@ -429,6 +444,35 @@ TEST_F(XTestMouseEventPosterTest, AnotherThreadReleasesWhatIsHeld)
     poster.reset(); // the server takes no second release
 }
 
+TEST_F(XTestMouseEventPosterTest, OnceAnotherThreadHasReleasedWhatIsHeldNothingIsPressedAnyMore)
+{
+    poster->releaseHeldButton();
+    post(leftDown, {100, 200});
+    poster->post(KeyEvent{56, true, controlModifierFlag});
+    EXPECT_EQ(recorded(), "motion 100,200");
+}
+
+TEST_F(XTestMouseEventPosterTest, APressThatAnotherThreadsReleaseMeetsOnItsWayIsNotLeftHeldIn100Tries)
+{
+    for (int i = 0; i < 100; ++i) {
+        auto racer = openPoster(server().display(), [this] { return mapping; });
+        std::atomic<bool> isStarted = false;
+        std::thread other([&] {
+            while (!isStarted) { }
+            racer->releaseHeldButton();
+        });
+        isStarted = true;
+        racer->post(MouseEvent{leftDown, {100, 200}});
+        other.join();
+        racer->sync();
+        std::string whyNot;
+        const bool isHeld = XTestConnection::open(server().display(), whyNot)->pointer()->isLeftButtonDown;
+        racer.reset();
+        ASSERT_FALSE(isHeld) << "at try " << i;
+    }
+    recorder.take();
+}
+
 TEST_F(XTestMouseEventPosterTest, WithNothingHeldAnotherThreadReleasesNothing)
 {
     auto otherHand = openPoster(server().display(), [this] { return mapping; });
@@ -488,6 +532,109 @@ TEST(XTestMouseEventPosterMonitorsTest, ThePointsOfTheRightMonitorLieInTheRightH
     poster->post(MouseEvent{leftUp, {mapping.size.width, mapping.size.height}});
     poster->sync();
     EXPECT_EQ(recorder.takeText(), "motion 645,7 press1 645,7 motion 1279,799 release1 1279,799");
+}
+
+/// A server whose physical buttons are mapped as a left-handed person wants them. Seen is what programs are told that is
+/// held: what is recorded is the physical button.
+class XTestMouseEventPosterMappingTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        if (!isInstalled("xmodmap"))
+            GTEST_SKIP() << "xmodmap (package x11-xserver-utils) is missing";
+        std::string whyNot;
+        observer = XTestConnection::open(xvfb.display(), whyNot);
+        ASSERT_TRUE(observer) << whyNot;
+    }
+
+    void map(const std::string& buttons)
+    {
+        ChildProcess program({"xmodmap", "-e", "pointer = " + buttons}, {{"DISPLAY", xvfb.display()}});
+        ASSERT_EQ(program.waitForExit(), 0) << program.output();
+    }
+
+    void open()
+    {
+        poster = openPoster(xvfb.display(), [] { return ScreenMapping{}; });
+    }
+
+    void post(MouseEventType type)
+    {
+        poster->post(MouseEvent{type, {5, 7}});
+        poster->sync();
+    }
+
+    bool isLeftButtonDown() { return observer->pointer().value().isLeftButtonDown; }
+
+    void expectLeftClick()
+    {
+        post(leftDown);
+        EXPECT_TRUE(isLeftButtonDown());
+        post(leftUp);
+        EXPECT_FALSE(isLeftButtonDown());
+    }
+
+    XvfbServer xvfb;
+    std::unique_ptr<XTestConnection> observer;
+    std::unique_ptr<XTestMouseEventPoster> poster;
+};
+
+TEST_F(XTestMouseEventPosterMappingTest, WithButtons1And3SwappedATapIsStillALeftClick)
+{
+    map("3 2 1");
+    open();
+    expectLeftClick();
+}
+
+TEST_F(XTestMouseEventPosterMappingTest, ButtonsThatAreSwappedWhileItRunsAreFollowedFromTheNextPressOn)
+{
+    open();
+    expectLeftClick();
+    map("3 2 1");
+    expectLeftClick();
+    map("2 1 3");
+    expectLeftClick();
+    map("1 2 3");
+    expectLeftClick();
+}
+
+TEST_F(XTestMouseEventPosterMappingTest, AnotherThreadReleasesThePhysicalButtonThatWasPressed)
+{
+    map("2 1 3");
+    open();
+    post(leftDown);
+    ASSERT_TRUE(isLeftButtonDown());
+    std::thread([this] { poster->releaseHeldButton(); }).join();
+    EXPECT_FALSE(isLeftButtonDown());
+}
+
+TEST_F(XTestMouseEventPosterMappingTest, DestructionReleasesThePhysicalButtonThatWasPressed)
+{
+    map("3 2 1");
+    open();
+    post(leftDown);
+    ASSERT_TRUE(isLeftButtonDown());
+    poster.reset();
+    EXPECT_FALSE(isLeftButtonDown());
+}
+
+TEST_F(XTestMouseEventPosterMappingTest, APressFindsTheLeftButtonHeldByAProgramThatDiedAndHealsIt)
+{
+    map("3 2 1");
+    observer->setButtonDown(3, true);
+    ASSERT_TRUE(isLeftButtonDown());
+    open();
+    expectLeftClick();
+}
+
+TEST_F(XTestMouseEventPosterMappingTest, WhereNoButtonIsTheLeftOneTheFirstIsPressed)
+{
+    map("3 2 0");
+    open();
+    XRecorder recorder(xvfb.display());
+    post(leftDown);
+    post(leftUp);
+    EXPECT_EQ(recorder.takeText(), "motion 5,7 press1 5,7 release1 5,7");
 }
 
 TEST(XTestMouseEventPosterLossTest, AServerThatDiesMakesEveryCallANoOperationAndEndsNothing)
