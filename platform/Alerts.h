@@ -9,9 +9,10 @@ class Alerts {
 public:
     virtual ~Alerts() = default;
 
-    /// Shows `message` in bold, `informativeText` below it and one button "OK"; returns when it was pressed.
+    /// Shows `message` in bold, `informativeText` below it and one button "OK"; returns true when it was pressed,
+    /// false when the program ends with the alert open: what was to follow the answer must not happen then.
     /// The main queue stands still meanwhile.
-    virtual void runModal(const std::string& message, const std::string& informativeText) = 0;
+    virtual bool runModal(const std::string& message, const std::string& informativeText) = 0;
 };
 
 } // namespace companion

@@ -1,16 +1,14 @@
 #include "platform/posix/LineWriter.h"
 
-#include "platform/posix/StdoutConsole.h"
-#include "platform/posix/SyslogLog.h"
+#include "tests/support/Pipe.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <future>
 #include <memory>
 #include <mutex>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -18,6 +16,7 @@
 #include <gmock/gmock.h>
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 namespace companion::testing {
@@ -27,73 +26,6 @@ using namespace std::chrono_literals;
 using ::testing::EndsWith;
 using ::testing::StartsWith;
 
-class Pipe {
-public:
-    explicit Pipe(int flags = O_CLOEXEC)
-    {
-        if (pipe2(m_ends.data(), flags) != 0)
-            m_ends = {-1, -1};
-    }
-    ~Pipe()
-    {
-        closeReader();
-        closeWriter();
-    }
-    Pipe(const Pipe&) = delete;
-    Pipe& operator=(const Pipe&) = delete;
-
-    int reader() const { return m_ends[0]; }
-    int writer() const { return m_ends[1]; }
-    void closeReader() { closeEnd(0); }
-    void closeWriter() { closeEnd(1); }
-
-    /// All that comes until the last writer is gone.
-    std::string readAll() const
-    {
-        std::string text;
-        std::array<char, 65536> buffer{};
-        for (ssize_t count = 1; count > 0;) {
-            count = read(reader(), buffer.data(), buffer.size());
-            if (count > 0)
-                text.append(buffer.data(), static_cast<std::size_t>(count));
-        }
-        return text;
-    }
-
-private:
-    void closeEnd(std::size_t end)
-    {
-        if (m_ends[end] >= 0)
-            close(m_ends[end]);
-        m_ends[end] = -1;
-    }
-
-    std::array<int, 2> m_ends{};
-};
-
-/// Another descriptor in the place of standard output or standard error.
-class Redirected {
-public:
-    Redirected(int standard, int replacement)
-        : m_standard(standard)
-        , m_saved(dup(standard))
-    {
-        std::fflush(nullptr);
-        dup2(replacement, standard);
-    }
-    ~Redirected()
-    {
-        dup2(m_saved, m_standard);
-        close(m_saved);
-    }
-    Redirected(const Redirected&) = delete;
-    Redirected& operator=(const Redirected&) = delete;
-
-private:
-    int m_standard;
-    int m_saved;
-};
-
 /// A sink that hangs until it is let go.
 struct Gate {
     std::promise<void> entered;
@@ -101,15 +33,15 @@ struct Gate {
     std::string taken;
     std::once_flag once;
 
-    LineWriter::Sink sink(std::shared_ptr<Gate> self)
+    LineSink sink(std::shared_ptr<Gate> self)
     {
-        return [self = std::move(self)](std::string_view lines) {
+        return {[self = std::move(self)](std::string_view lines) {
             std::call_once(self->once, [&] {
                 self->entered.set_value();
                 self->open.get_future().wait();
             });
             self->taken += lines;
-        };
+        }};
     }
 };
 
@@ -118,7 +50,7 @@ TEST(LineWriterTest, LinesOfOneThreadComeOutInOrderBeforeTheWriterIsGone)
     std::string expected;
     const auto text = std::make_shared<std::string>();
     {
-        LineWriter writer([text](std::string_view lines) { *text += lines; });
+        LineWriter writer({[text](std::string_view lines) { *text += lines; }});
         for (int i = 0; i < 1000; ++i) {
             writer.write("line " + std::to_string(i));
             expected += "line " + std::to_string(i) + "\n";
@@ -131,7 +63,7 @@ TEST(LineWriterTest, FourThreadsDoNotBreakEachOthersLines)
 {
     const auto text = std::make_shared<std::string>();
     {
-        LineWriter writer([text](std::string_view lines) { *text += lines; });
+        LineWriter writer({[text](std::string_view lines) { *text += lines; }});
         std::vector<std::jthread> threads;
         for (const char letter : {'a', 'b', 'c', 'd'}) {
             threads.emplace_back([&writer, letter] {
@@ -149,7 +81,7 @@ TEST(LineWriterTest, ALineWithALineBreakIsOneLineAndOneOf100000BytesIsCutOff)
 {
     const auto text = std::make_shared<std::string>();
     {
-        LineWriter writer([text](std::string_view lines) { *text += lines; });
+        LineWriter writer({[text](std::string_view lines) { *text += lines; }});
         writer.write("one\ntwo");
         writer.write(std::string(100'000, 'x'));
     }
@@ -187,127 +119,99 @@ TEST(LineWriterTest, AWriterWhoseSinkHangsGoesAllTheSame)
     gate->open.set_value();
 }
 
-TEST(StdoutConsoleTest, PrintsLinesToStandardOutput)
-{
-    Pipe pipe;
+/// What was written in which way.
+struct TwoWays {
+    std::string atOnce;
+    std::string byThread;
+    std::thread::id thread;
+    std::size_t mostBytes = std::string::npos;
+
+    LineSink sink()
     {
-        const Redirected redirected(STDOUT_FILENO, pipe.writer());
-        StdoutConsole console;
-        console.print("::: Mouse Down");
-        console.print("::: Mouse Up");
+        return {[this](std::string_view lines) { byThread += lines; },
+            [this](std::string_view lines) {
+                const std::string_view taken = lines.substr(0, mostBytes);
+                atOnce += taken;
+                thread = std::this_thread::get_id();
+                return taken.size();
+            }};
     }
-    pipe.closeWriter();
-    EXPECT_EQ(pipe.readAll(), "::: Mouse Down\n::: Mouse Up\n");
+};
+
+TEST(LineWriterTest, ALineThatNeedsNoWaitingIsWrittenByWhoeverHasIt)
+{
+    TwoWays ways;
+    LineWriter writer(ways.sink());
+    writer.write("Pinging...");
+    EXPECT_EQ(ways.atOnce, "Pinging...\n");
+    EXPECT_EQ(ways.thread, std::this_thread::get_id());
 }
 
-TEST(StdoutConsoleTest, APipeThatNobodyReadsHoldsUpNobody)
+TEST(LineWriterTest, Of100LinesInARowNoMoreThan16In10MillisecondsAreWrittenAtOnceAndAllInOrder)
 {
-    Pipe pipe;
+    TwoWays ways;
+    std::string expected;
+    const auto start = std::chrono::steady_clock::now();
     {
-        const Redirected redirected(STDOUT_FILENO, pipe.writer());
-        StdoutConsole console;
-        const std::string line(1000, 'x');
-        for (int i = 0; i < 2000; ++i) // 2 MB: more than the pipe's 64 KiB and the buffer take
-            console.print(line);
-    }
-    pipe.closeReader(); // lets the thread go that hangs in its write
-}
-
-TEST(StdoutConsoleTest, WhatASlowReaderHasNotLostComesInWholeLines)
-{
-    Pipe pipe;
-    std::string text;
-    std::thread reader;
-    {
-        const Redirected redirected(STDOUT_FILENO, pipe.writer());
-        StdoutConsole console;
-        for (int i = 0; i < 2000; ++i)
-            console.print(std::string(999, 'x'));
-        reader = std::thread([&] { text = pipe.readAll(); });
-    }
-    pipe.closeWriter();
-    reader.join();
-    std::istringstream lines(text);
-    std::size_t come = 0;
-    std::size_t lost = 0;
-    for (std::string line; std::getline(lines, line);) {
-        if (line == std::string(999, 'x'))
-            ++come;
-        else
-            lost += std::stoul(line.substr(1)); // "(N lines lost)"; a broken line is no number
-    }
-    EXPECT_GT(lost, 0u);
-    EXPECT_EQ(come + lost, 2000u);
-}
-
-TEST(StdoutConsoleTest, AReaderThatWentAwayRaisesNoSignalAndNeitherDoesAClosedOutput)
-{
-    std::signal(SIGPIPE, SIG_DFL); // which would end the process
-    Pipe pipe;
-    pipe.closeReader();
-    {
-        const Redirected redirected(STDOUT_FILENO, pipe.writer());
-        StdoutConsole console;
-        console.print("nobody");
-    }
-    {
-        const int saved = dup(STDOUT_FILENO);
-        close(STDOUT_FILENO);
-        {
-            StdoutConsole console;
-            console.print("nowhere");
+        LineWriter writer(ways.sink());
+        for (int i = 0; i < 100; ++i) {
+            writer.write(std::to_string(i));
+            expected += std::to_string(i) + "\n";
         }
-        dup2(saved, STDOUT_FILENO);
-        close(saved);
+    }
+    const auto periods = (std::chrono::steady_clock::now() - start) / 10ms + 1;
+    EXPECT_EQ(ways.atOnce.substr(0, 5), "0\n1\n2");
+    EXPECT_LE(std::count(ways.atOnce.begin(), ways.atOnce.end(), '\n'), 16 * periods);
+    EXPECT_EQ(ways.atOnce.size() + ways.byThread.size(), expected.size());
+    if (periods == 1) {
+        EXPECT_EQ(ways.atOnce + ways.byThread, expected);
     }
 }
 
-TEST(StdoutConsoleTest, ANonBlockingOutputLosesNothingThatTheBufferHolds)
+TEST(LineWriterTest, WhatDoesNotGoAtOnceFollowsByTheThread)
 {
-    Pipe pipe;
-    fcntl(pipe.writer(), F_SETFL, O_NONBLOCK);
-    std::string text;
+    TwoWays ways;
+    ways.mostBytes = 4;
     {
-        const Redirected redirected(STDOUT_FILENO, pipe.writer());
-        StdoutConsole console;
-        for (int i = 0; i < 200; ++i) // 200 kB, three times what the pipe takes at once
-            console.print(std::string(999, 'x'));
-        std::thread([&] {
-            while (text.size() < 200'000) {
-                std::array<char, 4096> buffer{};
-                const ssize_t count = read(pipe.reader(), buffer.data(), buffer.size());
-                if (count <= 0)
-                    return;
-                text.append(buffer.data(), static_cast<std::size_t>(count));
-            }
-        }).join();
+        LineWriter writer(ways.sink());
+        writer.write("Socket Ready");
     }
-    EXPECT_EQ(text.size(), 200'000u);
+    EXPECT_EQ(ways.atOnce, "Sock");
+    EXPECT_EQ(ways.byThread, "et Ready\n");
 }
 
-TEST(SyslogLogTest, WritesItsLinesToStandardErrorToo)
+TEST(LineWriterTest, AFileIsNeverWrittenToAtOnceAndAPipeIs)
 {
+    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), std::fclose);
     Pipe pipe;
-    {
-        const Redirected redirected(STDERR_FILENO, pipe.writer());
-        SyslogLog log;
-        log.log("Socket Ready");
-        log.log("100% %s %n\x1b[2J");
-    }
+    EXPECT_FALSE(descriptorSink(fileno(file.get())).writeAtOnce);
+    EXPECT_EQ(descriptorSink(pipe.writer()).writeAtOnce("Socket Ready\n"), 13u);
     pipe.closeWriter();
-    EXPECT_EQ(pipe.readAll(), "Socket Ready\n100% %s %n\\x1b[2J\n");
+    EXPECT_EQ(pipe.readAll(), "Socket Ready\n");
 }
 
-TEST(SyslogLogTest, AStandardErrorThatNobodyReadsHoldsUpNobody)
+TEST(LineWriterTest, NothingIsWrittenAtOnceToAFullPipeOrOneThatNobodyReads)
 {
-    Pipe pipe;
-    {
-        const Redirected redirected(STDERR_FILENO, pipe.writer());
-        SyslogLog log;
-        for (int i = 0; i < 2000; ++i)
-            log.log(std::string(1000, 'x'));
-    }
+    Pipe pipe(O_CLOEXEC | O_NONBLOCK);
+    const LineSink sink = descriptorSink(pipe.writer());
+    while (write(pipe.writer(), "xxxx", 4) == 4) { }
+    EXPECT_EQ(sink.writeAtOnce("no room\n"), 0u);
     pipe.closeReader();
+    EXPECT_EQ(sink.writeAtOnce("nobody\n"), 0u);
+}
+
+TEST(LineWriterTest, NothingIsWrittenAtOnceToAFullSocketOrOneThatNobodyReads)
+{
+    std::array<int, 2> ends{};
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
+    const LineSink sink = descriptorSink(ends[0]);
+    std::size_t written = 0;
+    while (const std::size_t count = sink.writeAtOnce(std::string(99, 'x') + "\n"))
+        written += count;
+    EXPECT_GT(written, 1000u);
+    close(ends[1]);
+    EXPECT_EQ(sink.writeAtOnce("nobody\n"), 0u);
+    close(ends[0]);
 }
 
 } // namespace

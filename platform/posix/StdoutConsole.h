@@ -5,7 +5,7 @@
 
 namespace companion {
 
-/// Standard output, by a thread of its own. Any thread.
+/// Standard output; a reader that is slow holds up nobody. Any thread.
 class StdoutConsole : public Console {
 public:
     StdoutConsole();

@@ -1,6 +1,9 @@
 #include "platform/posix/SyslogLog.h"
 
+#include "platform/posix/SystemLogSocket.h"
+
 #include <algorithm>
+#include <memory>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -17,10 +20,24 @@ void sendToSystemLog(std::string_view lines)
     }
 }
 
-LineWriter::Sink systemLogSink(const char* identity)
+/// Tells how many bytes of whole lines went out.
+std::size_t sendWithoutWaiting(SystemLogSocket& socket, std::string_view lines)
+{
+    std::size_t sent = 0;
+    while (sent < lines.size()) {
+        const std::size_t length = std::min(lines.find('\n', sent), lines.size()) - sent;
+        if (!socket.send(lines.substr(sent, length)))
+            break;
+        sent = std::min(sent + length + 1, lines.size());
+    }
+    return sent;
+}
+
+LineSink systemLogSink(const char* identity)
 {
     openlog(identity, LOG_PID, LOG_USER);
-    return sendToSystemLog;
+    const auto socket = std::make_shared<SystemLogSocket>(identity);
+    return {sendToSystemLog, [socket](std::string_view lines) { return sendWithoutWaiting(*socket, lines); }};
 }
 
 } // namespace

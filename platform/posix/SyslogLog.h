@@ -7,8 +7,7 @@ namespace companion {
 
 /// The system's log by syslog(3), and standard error as well. Any thread.
 ///
-/// Each has a thread of its own: neither a log daemon that hangs nor a pipe that nobody reads holds up the caller or
-/// the other one.
+/// Neither a log daemon that hangs nor a pipe that nobody reads holds up the caller or the other one.
 class SyslogLog : public SystemLog {
 public:
     /// `identity` is what the lines in the system's log begin with; it must stay for good, like a literal.

@@ -8,7 +8,7 @@
 
 namespace companion::testing {
 
-/// Shows nothing and returns at once, after `whileShown`; writes "alert Message". It does not pump the main queue.
+/// Shows nothing and returns `answer` at once, after `whileShown`; writes "alert Message". It does not pump the main queue.
 class FakeAlerts : public Alerts {
 public:
     struct Shown {
@@ -21,16 +21,18 @@ public:
     {
     }
 
-    void runModal(const std::string& message, const std::string& informativeText) override
+    bool runModal(const std::string& message, const std::string& informativeText) override
     {
         shown.push_back({message, informativeText});
         m_transcript.add("alert " + message);
         if (whileShown)
             whileShown();
+        return answer;
     }
 
     std::vector<Shown> shown;
     std::function<void()> whileShown;
+    bool answer = true;
 
 private:
     Transcript& m_transcript;

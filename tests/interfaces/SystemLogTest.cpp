@@ -4,7 +4,9 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <string>
+#include <utility>
 
 #include <gmock/gmock.h>
 
@@ -31,13 +33,27 @@ protected:
             GTEST_SKIP() << *reason;
         if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0
             || mount("tmpfs", "/dev", "tmpfs", 0, nullptr) != 0)
-            GTEST_SKIP() << "no mount namespace: " << std::strerror(errno);
+            GTEST_SKIP() << "no mount namespace: " << std::strerror(errno) << namespaceRemedy();
+        startDaemon();
+    }
+    ~SystemLogTest() override { stopDaemon(); }
+
+    void startDaemon()
+    {
+        m_daemon = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         std::strcpy(address.sun_path, "/dev/log");
         ASSERT_EQ(bind(m_daemon, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     }
-    ~SystemLogTest() override { close(m_daemon); }
+
+    void stopDaemon()
+    {
+        if (m_daemon < 0)
+            return; // the real one must stay
+        close(std::exchange(m_daemon, -1));
+        unlink("/dev/log");
+    }
 
     std::string nextMessage() const
     {
@@ -49,7 +65,7 @@ protected:
         return length > 0 ? std::string(buffer.data(), static_cast<std::size_t>(length)) : "";
     }
 
-    int m_daemon = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    int m_daemon = -1;
 };
 
 TEST_F(SystemLogTest, EachLineIsOneMessageOfThisProgramAsItWasGiven)
@@ -62,6 +78,33 @@ TEST_F(SystemLogTest, EachLineIsOneMessageOfThisProgramAsItWasGiven)
     EXPECT_THAT(nextMessage(),
         AllOf(StartsWith("<13>"), EndsWith(identity + "Resolved address for service 100%s %n")));
     EXPECT_THAT(nextMessage(), EndsWith(identity + "two\\nlines"));
+}
+
+TEST_F(SystemLogTest, ADaemonThatWasStartedAnewGetsTheNextLineAndOneThatIsGoneHarmsNobody)
+{
+    SyslogLog log;
+    log.log("before");
+    EXPECT_THAT(nextMessage(), EndsWith("before"));
+    stopDaemon();
+    log.log("into the void");
+    startDaemon();
+    log.log("after");
+    EXPECT_THAT(nextMessage(), EndsWith("after"));
+}
+
+TEST_F(SystemLogTest, TheTimeOfAMessageIsTheUsersAndInEnglish)
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm local{};
+    localtime_r(&now, &local);
+    SyslogLog log;
+    log.log("now");
+    const std::string message = nextMessage();
+    std::tm told{};
+    ASSERT_THAT(strptime(message.c_str(), "<13>%b %d %H:%M:%S ", &told), ::testing::NotNull()) << message;
+    EXPECT_EQ(told.tm_mon, local.tm_mon);
+    EXPECT_EQ(told.tm_mday, local.tm_mday);
+    EXPECT_EQ(told.tm_hour, local.tm_hour);
 }
 
 TEST_F(SystemLogTest, ADaemonThatTakesNothingHoldsUpNobody)
