@@ -63,6 +63,7 @@ std::optional<std::string> CurlTransfer::prepare(TimePoint now)
     if (auto fault = faultOf(m_request))
         return fault;
     m_lastActivity = now;
+    m_idleDeadline = now + m_request.timeout;
     setOptions();
     setCallbacks();
     setMethodAndBody();
@@ -183,20 +184,26 @@ void CurlTransfer::reportProgress()
 /// waits in the socket's buffer.
 bool CurlTransfer::hasBeenIdleTooLong(TimePoint now)
 {
-    if (now < idleDeadline())
+    if (now < m_idleDeadline)
         return false;
     std::uint64_t bytes = 0;
     auto sinceLast = std::chrono::milliseconds::max();
+    bool isHeldBack = false;
     for (const curl_socket_t socket : m_sockets) {
         const TcpActivity activity = tcpActivity(socket);
         bytes += activity.bytes;
         sinceLast = std::min(sinceLast, activity.sinceLast);
+        isHeldBack = isHeldBack || activity.isHeldBack;
     }
     if (bytes != m_bytesSeen && !m_sockets.empty()) {
         m_bytesSeen = bytes;
         m_lastActivity = std::max(m_lastActivity, now - sinceLast);
     }
-    return now >= idleDeadline();
+    m_idleDeadline = m_lastActivity + m_request.timeout;
+    if (now >= m_idleDeadline && isHeldBack) // and it is looked again whether the other side still lives
+        m_idleDeadline =
+            std::min(now + m_request.timeout, m_lastActivity + idleTimesHeldBack * m_request.timeout);
+    return now >= m_idleDeadline;
 }
 
 void CurlTransfer::fail(std::string error)
@@ -220,13 +227,15 @@ void CurlTransfer::finish(CURLcode result)
     m_completion({m_reply.takeBodyOut(), std::move(response), std::nullopt});
 }
 
-/// Whether the reply, by its own account, has nothing more to come (RFC 9112, section 6.3).
+/// Whether the reply has nothing more to come by its status or the length that it told (RFC 9112, section 6.3). One in
+/// chunks never has: libcurl keeps their end to itself. It counts only if libcurl is content, which it is with early
+/// answers of status 400 and above, as it then stops sending.
 bool CurlTransfer::hasWholeReply() const
 {
     if (!m_reply.hasFinalHeaders())
         return false;
     const int status = m_reply.statusCode();
-    if (status == 204 || status == 304 || m_request.method == "HEAD")
+    if (m_reply.isSwitchingProtocols() || status == 204 || status == 304 || m_request.method == "HEAD")
         return true;
     curl_off_t length = -1;
     curl_easy_getinfo(m_handle.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
@@ -248,7 +257,7 @@ std::size_t CurlTransfer::readBody(char* target, std::size_t size, std::size_t c
     const std::size_t room = size * count;
     std::size_t filled = 0;
     while (self.m_request.body && filled < room && self.m_bodyPiece < self.m_request.body->size()) {
-        const std::string& piece = *(*self.m_request.body)[self.m_bodyPiece];
+        const std::string_view piece = *(*self.m_request.body)[self.m_bodyPiece];
         const std::size_t length = std::min(room - filled, piece.size() - self.m_bodyOffset);
         std::memcpy(target + filled, piece.data() + self.m_bodyOffset, length);
         filled += length;
@@ -264,10 +273,11 @@ std::size_t CurlTransfer::readBody(char* target, std::size_t size, std::size_t c
 std::size_t CurlTransfer::takeHeaderLine(char* data, std::size_t size, std::size_t count, void* transfer)
 {
     auto& self = *static_cast<CurlTransfer*>(transfer);
-    if (self.m_reply.takeHeaderLine({data, size * count}))
-        return size * count;
-    self.m_refusal = "The reply's header fields are too long";
-    return 0;
+    if (!self.m_reply.takeHeaderLine({data, size * count})) {
+        self.m_refusal = "The reply's header fields are too long";
+        return 0;
+    }
+    return self.m_reply.isSwitchingProtocols() ? 0 : size * count; // what follows a switch is not HTTP
 }
 
 std::size_t CurlTransfer::takeBody(char* data, std::size_t size, std::size_t count, void* transfer)

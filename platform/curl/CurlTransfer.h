@@ -20,6 +20,11 @@ class CurlTransfer {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
+    /// A server that has no room for more of the body, and says so, is waited for so many idle times. Its window opens
+    /// again by whole segments only: one that reads a byte a second needs 25 idle times of a minute for the 1,460 bytes
+    /// of an Ethernet segment, in which not a byte flows, and cannot be told from one that reads no more.
+    static constexpr int idleTimesHeldBack = 30;
+
     CurlTransfer(HttpRequest request, HttpCompletion completion);
     ~CurlTransfer();
     CurlTransfer(const CurlTransfer&) = delete;
@@ -36,7 +41,7 @@ public:
     void reportProgress();
 
     /// When the idle time is over at the earliest: only then need `hasBeenIdleTooLong` be asked.
-    TimePoint idleDeadline() const { return m_lastActivity + m_request.timeout; }
+    TimePoint idleDeadline() const { return m_idleDeadline; }
     bool hasBeenIdleTooLong(TimePoint now);
 
     void fail(std::string error);
@@ -82,6 +87,7 @@ private:
 
     ReplyCollector m_reply;
     TimePoint m_lastActivity;
+    TimePoint m_idleDeadline;
     std::uint64_t m_bytesSeen = 0;
     std::unique_ptr<CURL, HandleDeleter> m_handle; ///< Last, since it uses the others until it is gone.
 };

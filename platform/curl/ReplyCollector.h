@@ -11,7 +11,8 @@ namespace companion {
 
 /// Puts together one HTTP reply from header lines and pieces of body, in bounded memory.
 ///
-/// Interim responses (1xx) come before the final one and are forgotten; trailer fields are left out.
+/// Interim responses (1xx) come before the final one and are forgotten; trailer fields are left out. A 101 is final:
+/// after it the connection would speak another protocol (RFC 9110, section 15.2.2), for which nobody here has asked.
 class ReplyCollector {
 public:
     static constexpr std::size_t maximumBody = 16 << 20;
@@ -25,7 +26,10 @@ public:
     bool takeBody(std::string_view piece);
 
     /// Whether the final response's header section came to its end.
-    bool hasFinalHeaders() const { return m_isComplete && m_statusCode >= 200; }
+    bool hasFinalHeaders() const { return isSwitchingProtocols() || (m_isComplete && m_statusCode >= 200); }
+
+    /// Whether the final response is a 101.
+    bool isSwitchingProtocols() const { return m_isComplete && m_statusCode == 101; }
 
     int statusCode() const { return m_statusCode; }
     const std::vector<HttpHeader>& headers() const { return m_headers; }

@@ -28,6 +28,16 @@ TEST(ReplyCollectorTest, InterimResponsesAndTrailersLeaveNothing)
     EXPECT_EQ(reply.headers(), (std::vector<HttpHeader>{{"X-B", "2"}}));
 }
 
+TEST(ReplyCollectorTest, Status101IsFinal)
+{
+    ReplyCollector reply;
+    reply.takeHeaderLine("HTTP/1.1 101 Switching Protocols\r\n");
+    EXPECT_FALSE(reply.hasFinalHeaders());
+    reply.takeHeaderLine("\r\n");
+    EXPECT_TRUE(reply.hasFinalHeaders());
+    EXPECT_EQ(reply.statusCode(), 101);
+}
+
 TEST(ReplyCollectorTest, AFoldedLineContinuesTheOneBefore)
 {
     ReplyCollector reply;

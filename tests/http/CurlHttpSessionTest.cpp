@@ -8,10 +8,15 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
 #include <future>
 #include <gmock/gmock.h>
 #include <mutex>
+#include <net/if.h>
 #include <netinet/in.h>
+#include <sched.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -28,7 +33,7 @@ HttpBody bodyOf(const std::vector<std::string>& pieces)
 {
     HttpBody body;
     for (const std::string& piece : pieces)
-        body.push_back(std::make_shared<const std::string>(piece));
+        body.push_back(sharedBytes(piece));
     return body;
 }
 
@@ -40,6 +45,43 @@ RawServer::Handler answering(std::string reply)
         connection.write(reply);
     };
 }
+
+/// Moves this thread, and those that it starts, into a network of its own, as long as it lives.
+class NetworkOfItsOwn {
+public:
+    NetworkOfItsOwn()
+        : m_before(open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC))
+        , m_isThere(m_before >= 0 && unshare(CLONE_NEWNET) == 0)
+    {
+        if (m_isThere)
+            setUp(true);
+    }
+    ~NetworkOfItsOwn()
+    {
+        if (m_isThere && setns(m_before, CLONE_NEWNET) != 0)
+            std::abort();
+        close(m_before);
+    }
+    NetworkOfItsOwn(const NetworkOfItsOwn&) = delete;
+    NetworkOfItsOwn& operator=(const NetworkOfItsOwn&) = delete;
+
+    /// False where that takes rights which this user has not.
+    bool isThere() const { return m_isThere; }
+
+    static void setUp(bool isUp)
+    {
+        const int fd = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+        ifreq request{};
+        std::strcpy(request.ifr_name, "lo");
+        request.ifr_flags = isUp ? IFF_UP : 0;
+        EXPECT_EQ(ioctl(fd, SIOCSIFFLAGS, &request), 0);
+        close(fd);
+    }
+
+private:
+    const int m_before;
+    const bool m_isThere;
+};
 
 } // namespace
 
@@ -373,6 +415,41 @@ TEST_F(CurlHttpSessionTest, AnEndlessBodyAndEndlessHeadersEndInAnError)
     EXPECT_EQ(reply(requestTo(headers.url())).error, "The reply's header fields are too long");
 }
 
+TEST_F(CurlHttpSessionTest, A101IsTheReplyAtOnceThoughTheConnectionStaysOpen)
+{
+    RawServer server([](RawConnection& connection) {
+        connection.readRequest();
+        connection.write(
+            "HTTP/1.1 101 Switching Protocols\r\nUpgrade: x\r\nConnection: Upgrade\r\n\r\nnot HTTP");
+        EXPECT_TRUE(connection.waitForClose());
+    });
+    const auto start = SteadyClock::now();
+    expectReply(reply(requestTo(server.url())), 101, "");
+    EXPECT_LT(SteadyClock::now() - start, 2s);
+    expectReply(replyTo("HTTP/1.1 101 Switching Protocols\r\n\r\n"), 101, "");
+}
+
+TEST_F(CurlHttpSessionTest, OfAnswersInChunksThatComeBeforeTheBodyIsSentErrorsAreReplies)
+{
+    for (const int status : {200, 413}) {
+        RawServer server([status](RawConnection& connection) {
+            connection.readHead();
+            connection.write("HTTP/1.1 " + std::to_string(status)
+                + " Any\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nfull\r\n0\r\n\r\n");
+            std::this_thread::sleep_for(50ms);
+            connection.reset();
+        });
+        HttpRequest request = requestTo(server.url());
+        request.method = "POST";
+        request.body = bodyOf({std::string(24 << 20, 'f')});
+        const HttpReply answer = reply(request);
+        if (status == 413)
+            expectReply(answer, 413, "full");
+        else
+            expectError(answer); // it may have been cut off
+    }
+}
+
 TEST_F(CurlHttpSessionTest, A413ThatComesBeforeTheBodyIsSentIsTheReply)
 {
     for (const std::string fields : {"", "Connection: close\r\n"}) {
@@ -502,13 +579,61 @@ TEST_F(CurlHttpSessionTest, AServerThatReadsSlowlyOutlivesTheIdleTime)
     expectReply(reply(request), 200, "");
 }
 
-TEST_F(CurlHttpSessionTest, AServerThatStopsReadingTimesOut)
+TEST_F(CurlHttpSessionTest, AServerThatReads60BytesInAnIdleTimeIsWaitedForHoweverLongItTakes)
+{
+    // As one that reads a byte a second is to an idle time of a minute. The smallest buffer that there is opens its
+    // window again once 1,152 bytes have been read, which is every 19 idle times.
+    constexpr auto idleTime = 100ms;
+    constexpr int idleTimes = 50;
+    const auto readSlowly = [=](RawConnection& connection) {
+        const auto start = SteadyClock::now();
+        for (int count = 1; count <= 60 * idleTimes && connection.readByte(); ++count)
+            std::this_thread::sleep_until(start + count * idleTime / 60);
+        connection.write("HTTP/1.1 413 Enough\r\nContent-Length: 0\r\n\r\n");
+    };
+    RawServer server(readSlowly, /*receiveBuffer=*/1);
+    HttpRequest request = requestTo(server.url());
+    request.method = "POST";
+    request.body = bodyOf({std::string(24 << 20, 'f')});
+    request.timeout = idleTime;
+    const auto start = SteadyClock::now();
+    expectReply(reply(request), 413, "");
+    EXPECT_GE(SteadyClock::now() - start, idleTimes * idleTime);
+}
+
+TEST_F(CurlHttpSessionTest, AServerThatStopsReadingIsGivenUpAfter30IdleTimes)
 {
     std::promise<void> end;
     const std::shared_future<void> isOver = end.get_future().share();
     RawServer server([isOver](RawConnection& connection) {
         connection.readHead();
-        isOver.wait_for(10s);
+        isOver.wait_for(20s);
+    });
+    HttpRequest request = requestTo(server.url());
+    request.method = "POST";
+    request.body = bodyOf({std::string(24 << 20, 'f')});
+    request.timeout = 100ms;
+    const auto start = SteadyClock::now();
+    EXPECT_EQ(reply(request).error, "The request timed out");
+    const auto duration = SteadyClock::now() - start;
+    EXPECT_GE(duration, 2'900ms);
+    EXPECT_LT(duration, 5s);
+    end.set_value();
+}
+
+TEST_F(CurlHttpSessionTest, AServerThatStopsReadingAndThenVanishesIsNotWaitedForThatLong)
+{
+    const NetworkOfItsOwn network;
+    if (!network.isThere())
+        GTEST_SKIP() << "no network namespace";
+    m_session = std::make_unique<CurlHttpSession>(m_log);
+    std::promise<void> end;
+    const std::shared_future<void> isOver = end.get_future().share();
+    RawServer server([isOver](RawConnection& connection) {
+        connection.readHead();
+        std::this_thread::sleep_for(1s); // its window is closed, and its system says so
+        NetworkOfItsOwn::setUp(false);
+        isOver.wait_for(20s);
     });
     HttpRequest request = requestTo(server.url());
     request.method = "POST";
@@ -516,8 +641,25 @@ TEST_F(CurlHttpSessionTest, AServerThatStopsReadingTimesOut)
     request.timeout = 300ms;
     const auto start = SteadyClock::now();
     EXPECT_EQ(reply(request).error, "The request timed out");
-    EXPECT_LT(SteadyClock::now() - start, 5s);
+    const auto duration = SteadyClock::now() - start;
+    EXPECT_GE(duration, 1s);
+    EXPECT_LT(duration, 6s); // and not nine
     end.set_value();
+}
+
+TEST_F(CurlHttpSessionTest, AServerThatTakesTheWholeBodyAndNeverAnswersTimesOutAfterOneIdleTime)
+{
+    RawServer server([](RawConnection& connection) {
+        connection.readRequest();
+        connection.waitForClose();
+    });
+    HttpRequest request = requestTo(server.url());
+    request.method = "POST";
+    request.body = bodyOf({std::string(1 << 20, 'f')});
+    request.timeout = 300ms;
+    const auto start = SteadyClock::now();
+    EXPECT_EQ(reply(request).error, "The request timed out");
+    EXPECT_LT(SteadyClock::now() - start, 2s);
 }
 
 TEST_F(CurlHttpSessionTest, ARefusedPortAndAConnectionClosedAtOnceAreErrors)

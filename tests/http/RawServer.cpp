@@ -53,6 +53,13 @@ std::string RawConnection::readOnce()
     return bytes;
 }
 
+bool RawConnection::readByte()
+{
+    pollfd waiting{m_socket, POLLIN, 0};
+    char byte = 0;
+    return poll(&waiting, 1, 10'000) > 0 && recv(m_socket, &byte, 1, 0) == 1;
+}
+
 bool RawConnection::write(std::string_view bytes)
 {
     while (!bytes.empty()) {

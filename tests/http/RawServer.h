@@ -32,6 +32,9 @@ public:
     /// Reads once, up to 64 KiB.
     std::string readOnce();
 
+    /// Reads the next byte; false when none comes for ten seconds.
+    bool readByte();
+
     /// False when the client has closed.
     bool write(std::string_view bytes);
 
