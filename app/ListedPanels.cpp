@@ -1,5 +1,6 @@
 #include "app/ListedPanels.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace companion {
@@ -38,7 +39,7 @@ private:
     ServiceDelegate* m_delegate = nullptr;
 };
 
-class ListedPanelsBrowser : public ServiceBrowser {
+class ListedPanelsBrowser : public ServiceBrowser, private ServiceBrowserDelegate {
 public:
     ListedPanelsBrowser(
         std::vector<std::string> names, std::unique_ptr<ServiceBrowser> others, MainQueue& mainQueue)
@@ -51,7 +52,7 @@ public:
     void setDelegate(ServiceBrowserDelegate* delegate) override
     {
         *m_delegate = delegate;
-        m_others->setDelegate(delegate);
+        m_others->setDelegate(delegate ? this : nullptr);
     }
 
     void searchForServices(const std::string& type, const std::string& domain) override
@@ -67,6 +68,23 @@ public:
     }
 
 private:
+    void netServiceBrowserDidFindService(std::shared_ptr<Service> service, bool moreComing) override
+    {
+        if (!isListed(*service))
+            (*m_delegate)->netServiceBrowserDidFindService(std::move(service), moreComing);
+    }
+
+    void netServiceBrowserDidRemoveService(std::shared_ptr<Service> service, bool moreComing) override
+    {
+        if (!isListed(*service))
+            (*m_delegate)->netServiceBrowserDidRemoveService(std::move(service), moreComing);
+    }
+
+    bool isListed(const Service& service) const
+    {
+        return std::find(m_names.begin(), m_names.end(), service.name()) != m_names.end();
+    }
+
     std::vector<std::string> m_names;
     std::unique_ptr<ServiceBrowser> m_others;
     MainQueue& m_mainQueue;

@@ -40,45 +40,55 @@ private:
     std::vector<std::shared_ptr<Service>> m_services;
 };
 
-} // namespace
+/// A search with one panel listed, from its start on.
+class ListedPanelsTest : public ::testing::Test {
+protected:
+    ListedPanelsTest()
+    {
+        m_browser->setDelegate(&m_listener);
+        m_browser->searchForServices("_airplay._tcp", "local.");
+    }
 
-TEST(ListedPanelsTest, ListedPanelIsFoundAndResolvedBesideAnnouncedOnes)
+    Transcript m_transcript;
+    FakeMainQueue m_queue;
+    FakeServiceBrowserFactory m_announced{m_transcript};
+    ListedPanels m_factory{{"Meridian 65|Room 204|0A00020F"}, m_announced, m_queue};
+    Listener m_listener{m_transcript};
+    std::unique_ptr<ServiceBrowser> m_browser = m_factory.makeServiceBrowser();
+};
+
+TEST_F(ListedPanelsTest, ListedPanelIsFoundAndResolvedBesideAnnouncedOnes)
 {
-    Transcript transcript;
-    FakeMainQueue queue;
-    FakeServiceBrowserFactory announced(transcript);
-    ListedPanels factory({"Meridian 65|Room 204|0A00020F"}, announced, queue);
-    Listener listener(transcript);
-
-    const auto browser = factory.makeServiceBrowser();
-    browser->setDelegate(&listener);
-    browser->searchForServices("_airplay._tcp", "local.");
-    EXPECT_EQ(transcript.take(), "browse _airplay._tcp local.")
+    EXPECT_EQ(m_transcript.take(), "browse _airplay._tcp local.")
         << "nothing is reported before the main queue's turn";
-    queue.runPending();
-    EXPECT_EQ(transcript.take(),
+    m_queue.runPending();
+    EXPECT_EQ(m_transcript.take(),
         "found Meridian 65|Room 204|0A00020F _airplay._tcp local.\nresolved Meridian 65|Room 204|0A00020F");
 
-    announced.findAndResolve("Tandem|Hall|C0A80105");
-    EXPECT_EQ(
-        transcript.take(), "found Tandem|Hall|C0A80105 _airplay._tcp local.\nresolved Tandem|Hall|C0A80105");
+    m_announced.findAndResolve("Tandem|Hall|C0A80105");
+    EXPECT_EQ(m_transcript.take(),
+        "found Tandem|Hall|C0A80105 _airplay._tcp local.\nresolved Tandem|Hall|C0A80105");
 }
 
-TEST(ListedPanelsTest, NothingIsReportedOnceTheBrowserIsGone)
+TEST_F(ListedPanelsTest, AListedPanelThatIsAnnouncedAndWithdrawnAsWellStays)
 {
-    Transcript transcript;
-    FakeMainQueue queue;
-    FakeServiceBrowserFactory announced(transcript);
-    ListedPanels factory({"Meridian 65|Room 204|0A00020F"}, announced, queue);
-    Listener listener(transcript);
+    m_queue.runPending();
+    m_transcript.clear();
 
-    auto browser = factory.makeServiceBrowser();
-    browser->setDelegate(&listener);
-    browser->searchForServices("_airplay._tcp", "local.");
-    transcript.clear();
-    browser.reset();
-    queue.runPending();
-    EXPECT_EQ(transcript.take(), "");
+    m_announced.find("Meridian 65|Room 204|0A00020F");
+    m_announced.remove("Meridian 65|Room 204|0A00020F");
+    EXPECT_EQ(m_transcript.take(), "") << "it was found before";
+    m_announced.remove("Tandem|Hall|C0A80105");
+    EXPECT_EQ(m_transcript.take(), "removed");
 }
 
+TEST_F(ListedPanelsTest, NothingIsReportedOnceTheBrowserIsGone)
+{
+    m_transcript.clear();
+    m_browser.reset();
+    m_queue.runPending();
+    EXPECT_EQ(m_transcript.take(), "");
+}
+
+} // namespace
 } // namespace companion::testing

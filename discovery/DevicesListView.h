@@ -16,8 +16,8 @@ public:
     /// Asks the controller anew for the number of rows and for the texts of those on screen.
     virtual void reloadData() = 0;
 
-    /// "radioIcon" or "connectedChain" for a cell that is on screen; nothing happens when there is none at that
-    /// place, negative numbers included.
+    /// "radioIcon" or "connectedChain" for the cell of a row, scrolled out of sight or gone for the moment included;
+    /// nothing happens when there never was one at that place, as for negative numbers.
     virtual void setIconOfCell(std::int64_t column, std::int64_t row, const std::string& imageName) = 0;
 
     /// Points; 0 hides the button, which is there otherwise.

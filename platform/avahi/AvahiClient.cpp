@@ -1,6 +1,8 @@
 #include "platform/avahi/AvahiClient.h"
 
+#include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <limits>
 #include <QDBusError>
 #include <QDBusObjectPath>
@@ -17,7 +19,7 @@ const QString daemonName = QStringLiteral("org.freedesktop.Avahi");
 const QString serverInterface = QStringLiteral("org.freedesktop.Avahi.Server");
 const QString busName = QStringLiteral("org.freedesktop.DBus");
 
-constexpr auto busRetryInterval = 2s;
+constexpr std::chrono::milliseconds longestBusRetry = 30s;
 
 // An answer that came after a time-out would leave an object behind in the daemon that nobody frees; the bus itself
 // answers when the daemon dies.
@@ -74,7 +76,6 @@ AvahiClient::AvahiClient(SystemLog& log)
     : m_log(log)
 {
     m_busRetry.setSingleShot(true);
-    m_busRetry.setInterval(busRetryInterval);
     connect(&m_busRetry, &QTimer::timeout, this, &AvahiClient::connectToBus);
 }
 
@@ -112,9 +113,10 @@ void AvahiClient::connectToBus()
     if (!m_bus->isConnected()) {
         closeBus();
         setAvailability(Availability::noBus);
-        m_busRetry.start();
+        retryLater();
         return;
     }
+    m_untilBusRetry = shortestBusRetry;
     m_bus->connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
         QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this, SLOT(loseBus()));
     watchDaemon();
@@ -136,7 +138,14 @@ void AvahiClient::loseBus()
     setAvailability(Availability::noBus);
     setOwner(QString());
     closeBus();
-    m_busRetry.start();
+    retryLater();
+}
+
+// A computer without a bus may never get one, and is not to be woken for it all day.
+void AvahiClient::retryLater()
+{
+    m_busRetry.start(m_untilBusRetry);
+    m_untilBusRetry = std::min(m_untilBusRetry * 2, longestBusRetry);
 }
 
 void AvahiClient::watchDaemon()

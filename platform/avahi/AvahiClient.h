@@ -2,6 +2,7 @@
 
 #include "platform/Log.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -48,7 +49,8 @@ private:
 ///
 /// Calls are asynchronous. Connecting to the bus is not: it is over at once when nobody listens at the bus's address,
 /// but a bus that takes the connection and then keeps silent holds the caller up. While there is no bus it is tried
-/// every two seconds; a daemon that is missing costs no wake-ups, since the bus tells when it comes.
+/// after two seconds, then after four, and so on up to half a minute; a daemon that is missing costs no wake-ups, since
+/// the bus tells when it comes.
 class AvahiClient : public QObject {
     Q_OBJECT
 
@@ -75,9 +77,11 @@ private Q_SLOTS:
 
 private:
     friend class AvahiObject;
+    static constexpr std::chrono::milliseconds shortestBusRetry = std::chrono::seconds(2);
     enum class Availability { unknown, noBus, noDaemon, running };
 
     void connectToBus();
+    void retryLater();
     void closeBus();
     void watchDaemon();
     void askForOwner();
@@ -96,6 +100,7 @@ private:
 
     SystemLog& m_log;
     QTimer m_busRetry;
+    std::chrono::milliseconds m_untilBusRetry = shortestBusRetry;
     std::optional<QDBusConnection> m_bus;
     std::unique_ptr<QDBusServiceWatcher> m_watcher;
     QString m_owner;             ///< the daemon's unique name on the bus, empty while there is none

@@ -3,7 +3,13 @@
 #include "tests/avahi/ServiceBrowsing.h"
 #include "tests/avahi/ServicePublisher.h"
 
+#include <atomic>
 #include <gmock/gmock.h>
+#include <stdexcept>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
 
 // One Avahi looks at another: the computer's daemon on the computer's bus, the panel's on a bus of its own, both on
 // "lo".
@@ -16,6 +22,50 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::Not;
 using ::testing::UnorderedElementsAre;
+
+namespace {
+
+/// Counts who connects to a bus's address, and sends everybody away.
+class ClosedDoor {
+public:
+    explicit ClosedDoor(const std::string& busAddress)
+    {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const std::string path = busAddress.substr(std::string("unix:path=").size());
+        path.copy(address.sun_path, sizeof address.sun_path - 1);
+        unlink(path.c_str());
+        if (bind(m_socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0
+            || listen(m_socket, 8) != 0)
+            throw std::runtime_error("cannot listen at " + path);
+        m_thread = std::thread([this] { sendAway(); });
+    }
+
+    ~ClosedDoor()
+    {
+        shutdown(m_socket, SHUT_RDWR);
+        m_thread.join();
+        close(m_socket);
+    }
+
+    ClosedDoor(const ClosedDoor&) = delete;
+    ClosedDoor& operator=(const ClosedDoor&) = delete;
+
+    int knocks() const { return m_knocks; }
+
+private:
+    void sendAway()
+    {
+        for (int guest = 0; (guest = accept(m_socket, nullptr, nullptr)) >= 0; ++m_knocks)
+            close(guest);
+    }
+
+    int m_socket = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    std::atomic<int> m_knocks = 0;
+    std::thread m_thread;
+};
+
+} // namespace
 
 class AvahiServiceBrowserTest : public ServiceBrowsing {
 protected:
@@ -117,6 +167,18 @@ TEST_F(AvahiServiceBrowserTest, BusMissingAtTheStartMayComeLater)
     computerBus->start();
     computerDaemon.start();
     EXPECT_TRUE(waitFor("resolved late"));
+}
+
+TEST_F(AvahiServiceBrowserTest, ABusThatStaysMissingIsTriedAfter2AndThenAfter4Seconds)
+{
+    computerBus->stop();
+    const ClosedDoor door(computerBus->address());
+    browse();
+    EXPECT_EQ(door.knocks(), 1);
+    run(5s);
+    EXPECT_EQ(door.knocks(), 2);
+    run(2s);
+    EXPECT_EQ(door.knocks(), 3);
 }
 
 TEST_F(AvahiServiceBrowserTest, RestartOfTheDaemonReportsOnlyWhatChanged)
