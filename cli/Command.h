@@ -6,6 +6,10 @@
 
 namespace companion::cli {
 
+/// What a command does about SIGINT, SIGTERM or SIGHUP: nothing of its own, finish with a result, or finish what it owes
+/// a panel and be gone soon.
+enum class Interruption { endAtOnce, endWithResult, endSoon };
+
 /// One run of a command. Main thread only.
 class Command {
 public:
@@ -16,8 +20,8 @@ public:
 
     virtual void start(Finished finished) = 0;
 
-    /// SIGINT, SIGTERM or SIGHUP has come. False when the command has no way of its own to end.
-    virtual bool interrupt() { return false; }
+    /// One of these signals has come. With `endSoon` it finishes within a few seconds, and the result is not told.
+    virtual Interruption interrupt() { return Interruption::endAtOnce; }
 };
 
 } // namespace companion::cli

@@ -6,6 +6,7 @@
 #include "cli/PingCommand.h"
 #include "cli/PosixTcpProbe.h"
 #include "cli/ProcUdpPortHolder.h"
+#include "cli/QueuedOutput.h"
 #include "cli/StdioOutput.h"
 #include "cli/TouchbackCommand.h"
 #include "cli/TouchesCommand.h"
@@ -83,9 +84,12 @@ private:
     PanelRequestOptions requestOptions() const { return {choice(), m_options.timeout}; }
     PanelRequestHost host() { return {m_observedSession, m_interfaceAddresses, m_interfaceName, m_log}; }
     void takeSignals();
+    int endStatus(int status) const;
 
     const Options m_options;
-    StdioOutput m_output;
+    StdioOutput m_stdio;
+    std::optional<QueuedOutput> m_queuedOutput; ///< For touches, whose times printing must not change.
+    Output& m_output;
     VerboseLog m_log;
     BoundedCalls m_calls;
     QtMainQueue m_mainQueue;
@@ -103,12 +107,15 @@ private:
     ObservedHttpSession m_observedSession;
 
     std::unique_ptr<Command> m_command;
+    std::optional<int> m_statusOfSignal; ///< While the command tidies up.
     SignalDescriptor m_signals;
     QSocketNotifier m_signalNotifier;
 };
 
 Composition::Parts::Parts(const Options& options)
     : m_options(options)
+    , m_output(m_options.command == CommandName::touches ? m_queuedOutput.emplace(m_stdio)
+                                                         : static_cast<Output&>(m_stdio))
     , m_log(m_output, options.isVerbose)
     , m_interfaceName(options.interfaceName)
     , m_httpSession(std::make_unique<CurlHttpSession>(m_log))
@@ -131,21 +138,39 @@ int Composition::Parts::run()
     int status = 0;
     m_mainQueue.async([this, &status] {
         m_command->start([this, &status](const Result& result) {
+            if (m_statusOfSignal) {
+                QCoreApplication::exit(*m_statusOfSignal);
+                return;
+            }
             status = static_cast<int>(result.status);
             report(result, entryOf(m_options.command).name, m_options.isJson, m_output);
             QCoreApplication::quit();
         });
     });
     const int signal = QCoreApplication::exec();
-    return signal != 0 ? signal : status;
+    if (m_queuedOutput)
+        m_queuedOutput->flush();
+    return endStatus(signal != 0 ? signal : status);
 }
 
-/// A command that has no end of its own ends as the signal would have ended it.
+/// Results that nobody could read are no success.
+int Composition::Parts::endStatus(int status) const
+{
+    const bool isLost = status == static_cast<int>(ExitStatus::done) && m_stdio.hasFailed();
+    return isLost ? static_cast<int>(ExitStatus::badUsage) : status;
+}
+
+/// A command that has no end of its own ends as the signal would have ended it, and so does one that needs a moment for
+/// that when a second signal comes.
 void Composition::Parts::takeSignals()
 {
     while (const auto signal = m_signals.take()) {
-        if (!m_command->interrupt())
-            QCoreApplication::exit(128 + *signal);
+        const int status = 128 + *signal;
+        const auto interruption = m_statusOfSignal ? Interruption::endAtOnce : m_command->interrupt();
+        if (interruption == Interruption::endAtOnce)
+            QCoreApplication::exit(status);
+        else if (interruption == Interruption::endSoon)
+            m_statusOfSignal = status;
     }
 }
 

@@ -60,8 +60,8 @@ Check displayCheck(const DisplayFacts& facts)
                 "touches need an X display: log in to an X11 session"};
         return {"display", Mark::warn, "none", "panel-companion needs one; panelctl does not"};
     case DisplayFacts::X::noLibrary:
-        return {"display", Mark::warn, which + ", not checked, since libX11 or libXtst is missing",
-            "install libx11-6 and libxtst6"};
+        return {"display", Mark::warn, which + ", not checked, since libxcb or libxcb-xtest is missing",
+            "install libxcb1 and libxcb-xtest0"};
     case DisplayFacts::X::cannotOpen:
         return {"display", Mark::fail, xDisplay + " cannot be opened",
             "run it as the user who is logged in there (DISPLAY, XAUTHORITY)"};

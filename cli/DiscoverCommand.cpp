@@ -55,10 +55,11 @@ void DiscoverCommand::start(Finished finished)
     });
 }
 
-bool DiscoverCommand::interrupt()
+Interruption DiscoverCommand::interrupt()
 {
+    m_isInterrupted = true;
     end();
-    return true;
+    return Interruption::endWithResult;
 }
 
 void DiscoverCommand::hearOf(const PanelName& panel)
@@ -89,9 +90,9 @@ Result DiscoverCommand::result() const
     if (!found.empty())
         return result;
     result.status = ExitStatus::noPanel;
-    result.text = "no panel announced itself within " + secondsText(m_request.time);
-    if (m_request.choice.isMade())
-        result.text = "that panel did not announce itself within " + secondsText(m_request.time);
+    result.text =
+        (m_request.choice.isMade() ? "that panel did not announce itself " : "no panel announced itself ")
+        + (m_isInterrupted ? "so far" : "within " + secondsText(m_request.time));
     return result;
 }
 

@@ -17,7 +17,7 @@ public:
     DiscoverCommand(PanelSearch search, Output& output, Request request);
 
     void start(Finished finished) override;
-    bool interrupt() override; ///< With what was found so far.
+    Interruption interrupt() override; ///< With what was found so far.
 
 private:
     void hearOf(const PanelName& panel);
@@ -28,6 +28,7 @@ private:
     Output& m_output;
     Request m_request;
     Finished m_finished;
+    bool m_isInterrupted = false;
     PanelBrowse m_browse;
     std::shared_ptr<DiscoverCommand*> m_self = std::make_shared<DiscoverCommand*>(this);
 };

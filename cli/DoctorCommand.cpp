@@ -127,6 +127,17 @@ void DoctorCommand::touchesDone(
     checkDisplay();
 }
 
+Interruption DoctorCommand::interrupt()
+{
+    if (std::exchange(m_isAwaitingTouches, false)) {
+        m_socket->close();
+        switchTouchback(/*isOn=*/false);
+        m_isComplete = true;
+        later(stepTime(), &DoctorCommand::finish);
+    }
+    return m_unansweredRequests > 0 ? Interruption::endSoon : Interruption::endAtOnce;
+}
+
 void DoctorCommand::checkDisplay()
 {
     tell(displayCheck(m_tools.displayProbe.look(stepTime())));

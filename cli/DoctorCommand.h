@@ -46,6 +46,9 @@ public:
 
     void start(Finished finished) override;
 
+    /// A panel that was asked for touches is told to send no more.
+    Interruption interrupt() override;
+
 private:
     void udpSocketDidReceiveData(
         AsyncUdpSocket& socket, std::string_view data, const UdpSender& from) override;

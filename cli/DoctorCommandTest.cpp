@@ -165,6 +165,39 @@ TEST_F(DoctorTouchesTest, NoTouchWithin15SecondsFailsAndSilentPanelDoesNotHoldUp
     EXPECT_EQ(result->status, ExitStatus::refused);
 }
 
+TEST_F(DoctorTouchesTest, InterruptedWaitTellsThePanelToStopAndEndsWithItsAnswer)
+{
+    inner.completeWithHttp(0, 200, "");
+    queue.runPending();
+    EXPECT_EQ(command.interrupt(), Interruption::endSoon);
+    ASSERT_EQ(inner.sent().size(), 2U);
+    EXPECT_THAT(inner.request(1).url.text, HasSubstr("enable=false"));
+    EXPECT_FALSE(sockets.deliver("DOWN,1,1,1", {"192.168.1.20", 5000})) << "the port is given back";
+    EXPECT_EQ(resultText(), "none yet") << "the panel has not yet been told to stop";
+    inner.completeWithHttp(1, 200, "");
+    queue.runPending();
+    EXPECT_NE(resultText(), "none yet");
+    queue.advance(60s);
+    EXPECT_EQ(inner.sent().size(), 2U) << "it is told once";
+}
+
+TEST_F(DoctorTouchesTest, InterruptedWaitEndsAfter3SecondsWhenThePanelIsSilent)
+{
+    EXPECT_EQ(command.interrupt(), Interruption::endSoon);
+    queue.advance(2999ms);
+    EXPECT_EQ(resultText(), "none yet");
+    queue.advance(1ms);
+    EXPECT_NE(resultText(), "none yet");
+}
+
+TEST_F(DoctorCommandTest, InterruptedBeforeAnyPanelIsAskedItEndsAtOnce)
+{
+    DoctorCommand command(tools(), about({}, /*awaitsTouches=*/true));
+    start(command);
+    EXPECT_EQ(command.interrupt(), Interruption::endAtOnce);
+    EXPECT_THAT(inner.sent(), IsEmpty());
+}
+
 TEST_F(DoctorCommandTest, PortThatIsTakenLeavesTouchesOut)
 {
     sockets.bindError = "Address already in use";

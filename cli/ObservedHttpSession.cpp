@@ -14,11 +14,9 @@ bool isUnreadable(const HttpReply& reply)
         && !isValidUtf8(*reply.data);
 }
 
-HttpReply readable(HttpReply reply)
+HttpReply refused(HttpReply unreadable)
 {
-    if (isUnreadable(reply))
-        return {std::nullopt, std::move(reply.response), "the text of its answer is not UTF-8"};
-    return reply;
+    return {std::nullopt, std::move(unreadable.response), "the text of its answer is not UTF-8"};
 }
 
 Outcome outcomeOf(const HttpReply& reply)
@@ -47,11 +45,13 @@ void ObservedHttpSession::send(HttpRequest request, HttpCompletion completion)
     ++m_sentRequests;
     if (m_timeout)
         request.timeout = *m_timeout;
-    m_inner.send(
-        std::move(request), [observer = m_observer, completion = std::move(completion)](HttpReply reply) {
-            HttpReply seen = readable(std::move(reply));
-            const Outcome outcome = outcomeOf(seen);
-            completion(std::move(seen));
+    m_inner.send(std::move(request),
+        [observer = m_observer, refuses = m_refusesUnreadableAnswers, completion = std::move(completion)](
+            HttpReply reply) {
+            if (refuses && isUnreadable(reply))
+                reply = refused(std::move(reply));
+            const Outcome outcome = outcomeOf(reply);
+            completion(std::move(reply));
             if (observer)
                 observer(outcome);
         });

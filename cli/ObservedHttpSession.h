@@ -18,9 +18,6 @@ struct Outcome {
 };
 
 /// Lets its owner see how requests end that report little by themselves.
-///
-/// An answer of status 200 whose body is no UTF-8 becomes an error before the request's own completion sees it, since
-/// a heartbeat takes such an answer for a fatal one.
 class ObservedHttpSession : public HttpSession {
 public:
     /// Delivery thread, once for each request, after its own completion.
@@ -32,6 +29,10 @@ public:
 
     /// To be set before requests are sent.
     void setObserver(Observer observer) { m_observer = std::move(observer); }
+
+    /// From the next request on an answer of status 200 whose body is no UTF-8 becomes an error before the request's own
+    /// completion sees it: for heartbeats, which take such an answer for a fatal one. Other requests take any bytes.
+    void refuseUnreadableAnswers() { m_refusesUnreadableAnswers = true; }
 
     /// The requests that were sent so far.
     int sentRequests() const { return m_sentRequests; }
@@ -46,6 +47,7 @@ private:
     HttpSession& m_inner;
     const std::optional<std::chrono::milliseconds> m_timeout;
     Observer m_observer;
+    bool m_refusesUnreadableAnswers = false;
     std::atomic<int> m_sentRequests = 0;
 };
 

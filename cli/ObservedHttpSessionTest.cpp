@@ -46,9 +46,18 @@ TEST_F(ObservedHttpSessionTest, ErrorIsObserved)
     EXPECT_THAT(heard, ElementsAre("request - refused", "observer - refused "));
 }
 
-TEST_F(ObservedHttpSessionTest, BodyOfStatus200ThatIsNotUtf8BecomesAnError)
+TEST_F(ObservedHttpSessionTest, BodyMayBeAnything)
 {
     ObservedHttpSession session(inner);
+    send(session);
+    inner.completeWithHttp(0, 200, "ok \xff");
+    EXPECT_THAT(heard, ElementsAre("request ok \xff -", "observer 200 - ok \xff"));
+}
+
+TEST_F(ObservedHttpSessionTest, BodyOfStatus200ThatIsNotUtf8BecomesAnErrorWhereThatIsAskedFor)
+{
+    ObservedHttpSession session(inner);
+    session.refuseUnreadableAnswers();
     send(session);
     inner.completeWithHttp(0, 200, "ok \xff");
     EXPECT_THAT(heard,
@@ -56,9 +65,10 @@ TEST_F(ObservedHttpSessionTest, BodyOfStatus200ThatIsNotUtf8BecomesAnError)
             "observer 200 the text of its answer is not UTF-8 "));
 }
 
-TEST_F(ObservedHttpSessionTest, BodyOfAnotherStatusMayBeAnything)
+TEST_F(ObservedHttpSessionTest, BodyOfAnotherStatusMayBeAnythingEvenThen)
 {
     ObservedHttpSession session(inner);
+    session.refuseUnreadableAnswers();
     send(session);
     inner.completeWithHttp(0, 404, "\xff");
     EXPECT_THAT(heard, ElementsAre("request \xff -", "observer 404 - \xff"));

@@ -167,8 +167,17 @@ TEST_F(DiscoverCommandTest, InterruptEndsTheSearchWithWhatThereIs)
 {
     DiscoverCommand command(search(), output, {{"10.0.0.9", std::nullopt}, 5s, false});
     start(command);
-    EXPECT_TRUE(command.interrupt());
-    EXPECT_EQ(resultText(), "3 that panel did not announce itself within 5 s");
+    EXPECT_EQ(command.interrupt(), Interruption::endWithResult);
+    EXPECT_EQ(resultText(), "3 that panel did not announce itself so far");
+}
+
+TEST_F(DiscoverCommandTest, InterruptedBeforeItsTimeIsOverItDoesNotSayThatItWas)
+{
+    DiscoverCommand command(search(), output, {{}, 5s, false});
+    start(command);
+    queue.advance(1s);
+    command.interrupt();
+    EXPECT_EQ(resultText(), "3 no panel announced itself so far");
 }
 
 TEST_F(DiscoverCommandTest, MissingDaemonIsToldAtOnce)

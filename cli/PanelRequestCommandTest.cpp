@@ -172,6 +172,15 @@ TEST_F(TouchbackCommandTest, OffIsAskedForAndARefusalIsTold)
     EXPECT_EQ(resultText(), "1 192.168.1.20 answered with status 404: no such thing");
 }
 
+TEST_F(TouchbackCommandTest, AnswerThatIsNotUtf8IsDone)
+{
+    TouchbackCommand command(tools(), options(), host(), {.isOn = true, .isHDMI = true});
+    start(command);
+    answer(200, "ok \xff");
+    EXPECT_EQ(resultText(), "0 192.168.1.20 sends its touches to 192.168.1.5");
+    EXPECT_THAT(result->json.text(), HasSubstr("\"status\":200,\"answer\":\"ok \xEF\xBF\xBD\""));
+}
+
 TEST_F(TouchbackCommandTest, WithoutALocalAddressNothingIsSent)
 {
     addresses.entries.reset();
@@ -199,6 +208,14 @@ TEST_F(TriggerCommandTest, RefusalIsReadLeniently)
     EXPECT_EQ(resultText(), "1 192.168.1.20 answered with status 503: no\xEF\xBF\xBD");
 }
 
+TEST_F(TriggerCommandTest, AnswerThatIsNotUtf8IsDoneAndReadLeniently)
+{
+    TriggerCommand command(tools(), options(), host());
+    start(command);
+    answer(200, "ok \xff");
+    EXPECT_EQ(resultText(), "0 192.168.1.20 was asked to open its receiver: ok \xEF\xBF\xBD");
+}
+
 class UploadCommandTest : public PanelRequestCommandTest {
 protected:
     UploadCommand::Tools uploadTools()
@@ -211,7 +228,7 @@ protected:
 
 TEST_F(UploadCommandTest, FileIsSentUnderItsNameAndTheAlertsWordsAreTold)
 {
-    files.files["/home/me/a.b.png"] = std::make_shared<const std::string>(std::string(1300, 'p'));
+    files.files["/home/me/a.b.png"] = sharedBytes(std::string(1300, 'p'));
     UploadCommand command(tools(), options(), uploadTools(), "/home/me/a.b.png");
     start(command);
     EXPECT_EQ(inner.request(0).url.text, "http://192.168.1.20:5505/uploadfile");
@@ -222,9 +239,18 @@ TEST_F(UploadCommandTest, FileIsSentUnderItsNameAndTheAlertsWordsAreTold)
     EXPECT_THAT(result->json.text(), HasSubstr(R"("file":"/home/me/a.b.png","size":1300)"));
 }
 
+TEST_F(UploadCommandTest, AnswerThatIsNotUtf8IsDone)
+{
+    files.files["a.txt"] = sharedBytes("x");
+    UploadCommand command(tools(), options(), uploadTools(), "a.txt");
+    start(command);
+    answer(200, "ok \xff");
+    EXPECT_EQ(resultText(), "0 a.txt (1 byte): File Uploaded successfully.");
+}
+
 TEST_F(UploadCommandTest, RefusalIsStatus1)
 {
-    files.files["a.txt"] = std::make_shared<const std::string>("x");
+    files.files["a.txt"] = sharedBytes("x");
     UploadCommand command(tools(), options(), uploadTools(), "a.txt");
     start(command);
     answer(201, "");
@@ -241,7 +267,7 @@ TEST_F(UploadCommandTest, FileThatCannotBeReadIsStatus2)
 
 TEST_F(UploadCommandTest, NameWithALineBreakIsNotSent)
 {
-    files.files["a\nb"] = std::make_shared<const std::string>("x");
+    files.files["a\nb"] = sharedBytes("x");
     UploadCommand command(tools(), options(), uploadTools(), "a\nb");
     start(command);
     EXPECT_EQ(resultText(), "2 cannot send a\nb: a line break in its name cannot be sent");
@@ -250,7 +276,7 @@ TEST_F(UploadCommandTest, NameWithALineBreakIsNotSent)
 
 TEST_F(UploadCommandTest, UploadMayTakeLongerThanItMayStandStill)
 {
-    files.files["a.txt"] = std::make_shared<const std::string>("x");
+    files.files["a.txt"] = sharedBytes("x");
     UploadCommand command(tools(), {{panel, std::nullopt}, 250ms}, uploadTools(), "a.txt");
     start(command);
     queue.advance(1h);
@@ -261,7 +287,7 @@ TEST_F(UploadCommandTest, UploadMayTakeLongerThanItMayStandStill)
 
 TEST_F(UploadCommandTest, BarIsShownOnATerminalOnly)
 {
-    files.files["a.txt"] = std::make_shared<const std::string>("x");
+    files.files["a.txt"] = sharedBytes("x");
     UploadCommand quiet(tools(), options(), uploadTools(), "a.txt");
     start(quiet);
     EXPECT_FALSE(inner.request(0).progress);

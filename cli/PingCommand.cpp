@@ -10,6 +10,7 @@ PingCommand::PingCommand(PanelRequestTools tools, PanelRequestOptions options, P
     : PanelRequestCommand(tools, std::move(options))
     , m_host(host)
 {
+    tools.httpSession.refuseUnreadableAnswers();
 }
 
 std::optional<Result> PingCommand::send(const std::string& address)

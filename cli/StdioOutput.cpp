@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -39,7 +40,7 @@ void StdioOutput::print(std::string_view line)
 {
     const std::lock_guard lock(m_mutex);
     removeProgress();
-    write(STDOUT_FILENO, harmlessLine(line, longestLine) + "\n");
+    toStandardOutput(harmlessLine(line, longestLine) + "\n");
 }
 
 void StdioOutput::printCheck(Mark mark, std::string_view line)
@@ -49,7 +50,7 @@ void StdioOutput::printCheck(Mark mark, std::string_view line)
     const std::string blanks(longestMark + 2 - text.size(), ' ');
     const std::lock_guard lock(m_mutex);
     removeProgress();
-    write(STDOUT_FILENO,
+    toStandardOutput(
         (m_isColoured ? coloured(mark, text) : text) + blanks + harmlessLine(line, longestLine) + "\n");
 }
 
@@ -83,7 +84,20 @@ void StdioOutput::removeProgress()
     m_showsProgress = false;
 }
 
-void StdioOutput::write(int descriptor, const std::string& text)
+void StdioOutput::printText(const std::string& text)
+{
+    const std::lock_guard lock(m_mutex);
+    toStandardOutput(text);
+}
+
+void StdioOutput::toStandardOutput(const std::string& text)
+{
+    const int error = write(STDOUT_FILENO, text);
+    if (error != 0 && !m_hasFailed.exchange(true))
+        write(STDERR_FILENO, std::string("panelctl: standard output: ") + std::strerror(error) + "\n");
+}
+
+int StdioOutput::write(int descriptor, const std::string& text)
 {
     std::string_view left = text;
     while (!left.empty()) {
@@ -96,8 +110,9 @@ void StdioOutput::write(int descriptor, const std::string& text)
         if (count < 0 && errno == EAGAIN)
             poll(&waiting, 1, -1); // somebody else made the terminal or pipe non-blocking
         else if (count < 0 && errno != EINTR)
-            return;
+            return errno;
     }
+    return 0;
 }
 
 } // namespace companion::cli

@@ -144,10 +144,10 @@ void TouchesCommand::printTouch(
         m_request.isJson ? touchJson(milliseconds, datagram, from) : touchLine(milliseconds, datagram, from));
 }
 
-bool TouchesCommand::interrupt()
+Interruption TouchesCommand::interrupt()
 {
     end();
-    return true;
+    return Interruption::endWithResult;
 }
 
 void TouchesCommand::timeIsOver()

@@ -44,7 +44,7 @@ public:
     TouchesCommand(const Tools& tools, Request request);
 
     void start(Finished finished) override;
-    bool interrupt() override;
+    Interruption interrupt() override;
 
 private:
     void udpSocketDidReceiveData(

@@ -35,7 +35,7 @@ TEST_F(TouchesCommandTest, TouchesArePrintedAndAnInterruptEndsWithASummary)
     deliver("DOWN,1,2,10;");
     deliver("MOVE,3,4,26;", 16204us);
     deliver("UP,3,4,42;", 16ms);
-    EXPECT_TRUE(command.interrupt());
+    EXPECT_EQ(command.interrupt(), Interruption::endWithResult);
     EXPECT_EQ(resultText(), "0 3 touches in 0.032 s (62 a second), longest gap in a press 16 ms");
     EXPECT_THAT(output.lines,
         ElementsAre("err listening for touches on UDP port 41863",

@@ -30,9 +30,10 @@ private:
     /// Nobody is there to press "OK": the words of the alert go into the result.
     class NotedAlert : public Alerts {
     public:
-        void runModal(const std::string&, const std::string& informativeText) override
+        bool runModal(const std::string&, const std::string& informativeText) override
         {
             words = informativeText;
+            return true;
         }
 
         std::string words;

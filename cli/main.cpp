@@ -1,6 +1,7 @@
 #include "cli/Composition.h"
 #include "cli/ExitStatus.h"
 #include "cli/Options.h"
+#include "cli/StdioOutput.h"
 
 #include <cstdio>
 #include <QCoreApplication>
@@ -12,8 +13,9 @@ namespace {
 
 int print(const std::string& text)
 {
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    return 0;
+    StdioOutput output;
+    output.printText(text);
+    return static_cast<int>(output.hasFailed() ? ExitStatus::badUsage : ExitStatus::done);
 }
 
 /// The process's exit status when the arguments ask for no command to be run.

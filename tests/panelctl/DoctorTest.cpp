@@ -2,6 +2,7 @@
 #include "tests/support/AvahiDaemon.h"
 #include "tests/support/XvfbServer.h"
 
+#include <csignal>
 #include <cstring>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -9,6 +10,7 @@
 
 namespace companion::testing {
 
+using ::testing::ContainsRegex;
 using ::testing::EndsWith;
 using ::testing::HasSubstr;
 using ::testing::Not;
@@ -104,8 +106,37 @@ TEST_F(PanelctlDoctorTest, TouchesThatArriveAreTold)
     for (int round = 0; round < 100 && panel->post("/simulator/touch", "DOWN 1 1\n").status != 200; ++round)
         usleep(20'000);
     ASSERT_TRUE(process.waitForExit());
-    EXPECT_THAT(process.output(), HasSubstr("ok    touches: arrive from 127.0.0.1, the first after 0."));
+    // In whole milliseconds, of which there may be none.
+    EXPECT_THAT(process.output(),
+        ContainsRegex("ok    touches: arrive from 127\\.0\\.0\\.1, the first after 0(\\.[0-9]+)? s\n"));
     EXPECT_FALSE(panel->state()["touchTarget"].toObject()["enabled"].toBool(true)) << "switched off again";
+}
+
+TEST_F(PanelctlDoctorTest, CtrlCWhileItWaitsForTouchesSwitchesTouchbackOff)
+{
+    startPanel();
+    ChildProcess process(command({"doctor", "--touches", "--panel-address", "127.0.0.1"}), environment);
+    const auto isEnabled = [this] { return panel->state()["touchTarget"].toObject()["enabled"].toBool(); };
+    ASSERT_TRUE(process.waitForOutput("touch the panel now\n"));
+    for (int round = 0; round < 100 && !isEnabled(); ++round)
+        usleep(20'000);
+    ASSERT_TRUE(isEnabled());
+    process.sendSignal(SIGINT);
+    EXPECT_EQ(process.waitForExit(), 128 + SIGINT);
+    EXPECT_FALSE(isEnabled());
+}
+
+TEST_F(PanelctlDoctorTest, SecondCtrlCEndsItAtOnce)
+{
+    startPanel();
+    ChildProcess process(
+        command({"doctor", "--touches", "--panel-address", "127.0.0.1", "--timeout", "60"}), environment);
+    ASSERT_TRUE(process.waitForOutput("touch the panel now\n"));
+    panel->post("/simulator/reply", "touchback silence");
+    process.sendSignal(SIGINT);
+    EXPECT_FALSE(process.waitForExit(500ms));
+    process.sendSignal(SIGINT);
+    EXPECT_EQ(process.waitForExit(), 128 + SIGINT);
 }
 
 TEST_F(PanelctlDoctorTest, TouchesThatDoNotArriveNameTheFirewallCommands)

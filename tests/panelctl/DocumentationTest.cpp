@@ -5,6 +5,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <set>
@@ -17,6 +19,8 @@ using ::testing::IsEmpty;
 using Names = std::set<std::string>;
 
 namespace {
+
+constexpr auto remedy = " (./test --with-optional installs it)";
 
 std::string contentOf(const std::string& path)
 {
@@ -124,7 +128,7 @@ TEST(DocumentationTest, ManualPageListsTheExitStatuses)
 TEST(DocumentationTest, ManualPagesHaveNoMistakesOfForm)
 {
     if (!isInstalled("man") || !isInstalled("groff"))
-        GTEST_SKIP() << "man or groff is not installed";
+        GTEST_SKIP() << "man or groff is not installed" << remedy;
     for (const char* page : {"panelctl.1", "panel-companion.1", "panel-simulator.1"})
         EXPECT_EQ(
             outputOf({"bash", "-c",
@@ -183,16 +187,43 @@ TEST(DocumentationTest, ZshAndFishKnowTheSameCommandsAndOptions)
     }
 }
 
-TEST(DocumentationTest, CompletionScriptsParse)
+class CompletionScriptTest : public ::testing::Test {
+protected:
+    /// What the shell says of its script when it only reads it.
+    static std::string complaintsOf(const std::string& shell, const std::string& script)
+    {
+        return outputOf({shell, "-n", PROJECT_FOLDER "/packaging/completion/" + script});
+    }
+};
+
+TEST_F(CompletionScriptTest, ParsesInBash)
 {
-    const std::string folder = PROJECT_FOLDER "/packaging/completion/";
-    EXPECT_EQ(outputOf({"bash", "-n", folder + "panelctl.bash"}), "");
-    if (isInstalled("zsh")) {
-        EXPECT_EQ(outputOf({"zsh", "-n", folder + "_panelctl"}), "");
-    }
-    if (isInstalled("fish")) {
-        EXPECT_EQ(outputOf({"fish", "-n", folder + "panelctl.fish"}), "");
-    }
+    EXPECT_EQ(complaintsOf("bash", "panelctl.bash"), "");
+}
+
+TEST_F(CompletionScriptTest, ParsesInZsh)
+{
+    if (!isInstalled("zsh"))
+        GTEST_SKIP() << "zsh is not installed" << remedy;
+    EXPECT_EQ(complaintsOf("zsh", "_panelctl"), "");
+}
+
+TEST_F(CompletionScriptTest, ParsesInFish)
+{
+    if (!isInstalled("fish"))
+        GTEST_SKIP() << "fish is not installed" << remedy;
+    EXPECT_EQ(complaintsOf("fish", "panelctl.fish"), "");
+}
+
+TEST(DocumentationTest, WhatTheManualPagesReferToIsInstalledWithThePrograms)
+{
+    char folder[] = "/tmp/panel-companion-install.XXXXXX";
+    ASSERT_TRUE(mkdtemp(folder));
+    const std::string log = outputOf({"sh", "-c", std::string(INSTALL_COMMAND " ") + folder});
+    for (const char* file : {"bin/panel-companion", "bin/panel-simulator", "bin/panelctl",
+             "/panel-protocol.md", "man1/panel-companion.1", "man1/panel-simulator.1", "man1/panelctl.1"})
+        EXPECT_THAT(log, HasSubstr(file));
+    std::filesystem::remove_all(folder);
 }
 
 TEST(DocumentationTest, PanelctlLoadsNoGraphicalLibrary)

@@ -53,12 +53,35 @@ TEST_F(PanelctlRequestsTest, PanelThatSaysNoIsStatus1)
     EXPECT_EQ(error.status, 1);
 }
 
-TEST_F(PanelctlRequestsTest, AnswerThatIsNotUtf8IsStatus4)
+TEST_F(PanelctlRequestsTest, OutputThatCannotBeWrittenIsStatus2AndOneLine)
+{
+    for (const char* arguments :
+        {"ping", "ping --json", "doctor --json", "--help", "--version", "ping --help"}) {
+        ChildProcess process(
+            {"sh", "-c",
+                std::string("exec \"$0\" ") + arguments + " --panel-address 127.0.0.1 --timeout 1 >/dev/full",
+                PANELCTL},
+            environment);
+        const auto status = process.waitForExit();
+        EXPECT_THAT(process.output(), HasSubstr("panelctl: standard output: No space left on device\n"))
+            << arguments;
+        EXPECT_NE(status, 0) << arguments;
+        if (std::string_view(arguments) != "doctor --json") {
+            EXPECT_EQ(status, 2) << arguments;
+        }
+    }
+}
+
+TEST_F(PanelctlRequestsTest, AnswerThatIsNotUtf8IsStatus4ForAHeartbeatOnly)
 {
     panelAnswers("invalid");
     const Ending ending = runAtPanel({"ping"});
     EXPECT_EQ(ending.output, "panelctl: 127.0.0.1: the text of its answer is not UTF-8\n");
     EXPECT_EQ(ending.status, 4);
+    panel->post("/simulator/reply", "trigger invalid");
+    EXPECT_EQ(runAtPanel({"trigger"}).status, 0);
+    panel->post("/simulator/reply", "touchback invalid");
+    EXPECT_EQ(runAtPanel({"touchback", "on"}).status, 0);
 }
 
 TEST_F(PanelctlRequestsTest, SilenceEndsWithTheTimeout)

@@ -69,6 +69,50 @@ TEST_F(PanelctlTouchesTest, TenThousandTouchesArePrintedInOrder)
     EXPECT_EQ(ending.json()["exitStatus"].toInt(), 0);
 }
 
+TEST_F(PanelctlTouchesTest, ReaderThatStandsStillMakesNoGaps)
+{
+    const std::string file = folder / "recording.txt";
+    // Its pipe holds about a thousand touches, and for the first three seconds it reads none.
+    ChildProcess process(
+        {"sh", "-c", "\"$0\" touches --timeout 5 --record \"$1\" | { sleep 3; wc -l; }", PANELCTL, file},
+        environment);
+    ASSERT_TRUE(process.waitForOutput(listening));
+    std::string gesture = "DOWN 0 0\n";
+    for (int i = 1; i < 3999; ++i)
+        gesture += "MOVE " + std::to_string(i) + " 0" + (i % 2 == 0 ? " 1" : "") + "\n";
+    touch(gesture + "UP 3999 0\n");
+    EXPECT_TRUE(process.waitForOutput("4001\n", 20s))
+        << "every touch and the summary are printed: " << process.output();
+
+    std::ifstream recording(file);
+    long longestGap = 0;
+    long last = 0;
+    long count = 0;
+    for (std::string line; std::getline(recording, line);) {
+        if (line.find(';') == std::string::npos)
+            continue;
+        const long time = std::stol(line);
+        longestGap = std::max(longestGap, time - last);
+        last = time;
+        ++count;
+    }
+    EXPECT_EQ(count, 4000);
+    EXPECT_LT(longestGap, 500);
+}
+
+TEST_F(PanelctlTouchesTest, ReaderThatIsGoneEndsIt)
+{
+    ChildProcess process(
+        {"bash", "-c", "\"$0\" touches | head -n 1; echo \"status ${PIPESTATUS[0]}\"", PANELCTL},
+        environment);
+    ASSERT_TRUE(process.waitForOutput(listening));
+    touch("DOWN 1 2\n");
+    ASSERT_TRUE(process.waitForOutput("DOWN,1,2,"));
+    for (int round = 0; round < 100 && !process.waitForOutput("status ", 50ms); ++round)
+        touch("MOVE 3 4\n");
+    EXPECT_TRUE(process.waitForOutput("status " + std::to_string(128 + SIGPIPE))) << process.output();
+}
+
 TEST_F(PanelctlTouchesTest, RecordingHoldsEveryDatagram)
 {
     const std::string file = folder / "recording.txt";
