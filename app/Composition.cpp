@@ -28,9 +28,11 @@
 #include "views/qt/QtDashboardView.h"
 #include "views/qt/QtDevicesListView.h"
 #include "views/qt/QtSplashView.h"
+#include "views/qt/Theme.h"
 
 #include <chrono>
 #include <QApplication>
+#include <QPointer>
 #include <QSocketNotifier>
 #include <QStyleHints>
 
@@ -47,27 +49,52 @@ ClickRules desktopClickRules()
     return rules;
 }
 
+/// XTEST works there, too, but what it posts reaches X11 programs only, and nothing fails.
+bool isWaylandSession()
+{
+    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"))
+        || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+}
+
+void logLastWords(std::string_view what)
+{
+    logFatalError(what);
+}
+
+std::string joined(const std::vector<std::string>& names)
+{
+    std::string text;
+    for (const std::string& name : names)
+        text += (text.empty() ? "" : ", ") + name;
+    return text;
+}
+
 } // namespace
 
-class Composition::Parts {
+/// What works behind the dashboard. It is made with it, when the splash screen has been seen: the first paint waits
+/// for none of it.
+class Composition::Works {
 public:
-    explicit Parts(const Options& options);
-    ~Parts();
+    Works(const Options& options, QtMainQueue& mainQueue, MainWindow& window);
+    ~Works();
 
-    void start();
+    void showDashboard();
+    void programEnds() { m_alerts.programEnds(); }
 
 private:
+    void tellUnknownScreen();
     void openPoster();
-    void showDashboard();
+    void connectView();
     DashboardDependencies dashboardDependencies(QtDashboardView& view);
-    void endOnSignal();
 
-    const Options m_options;
+    const Options& m_options;
+    QtMainQueue& m_mainQueue;
+    MainWindow& m_window;
+
     SyslogLog m_log{"panel-companion"};
     StdoutConsole m_console;
     SystemClock m_clock;
     ThreadPause m_threadPause;
-    QtMainQueue m_mainQueue{isTrackingWidgets};
     QtAlerts m_alerts{m_mainQueue};
     QtScreen m_screen;
 
@@ -82,83 +109,85 @@ private:
     PosixAsyncUdpSocketFactory m_sockets;
     PosixFileReader m_fileReader;
     QtFileChooser m_fileChooser{m_mainQueue, m_log};
-
-    MainWindow m_window;
     QtApplicationActivation m_application{m_window};
     std::unique_ptr<CurlHttpSession> m_httpSession = std::make_unique<CurlHttpSession>(m_log);
+    QPointer<QtDashboardView> m_view;
     std::shared_ptr<DashboardViewController> m_dashboard;
-
-    SignalDescriptor m_signals;
-    QSocketNotifier m_signalNotifier;
 };
 
-Composition::Parts::Parts(const Options& options)
+Composition::Works::Works(const Options& options, QtMainQueue& mainQueue, MainWindow& window)
     : m_options(options)
+    , m_mainQueue(mainQueue)
+    , m_window(window)
     , m_screen(options.screenName)
     , m_interfaceName(options.interfaceName)
     , m_panels(options.panels, m_announcedPanels, m_mainQueue)
-    , m_sockets(m_mainQueue, m_log,
-          [this] {
-              if (m_xtestPoster)
-                  m_xtestPoster->flush();
-          })
-    , m_signalNotifier(m_signals.fd(), QSocketNotifier::Read)
+    , m_sockets(m_mainQueue, m_log, [this] {
+        if (m_xtestPoster)
+            m_xtestPoster->flush();
+    })
 {
+    tellUnknownScreen();
     openPoster();
     setLastWish([this](std::string_view what) {
         if (m_xtestPoster)
             m_xtestPoster->releaseHeldButton();
-        logFatalError(what);
+        logLastWords(what);
     });
-    QObject::connect(&m_signalNotifier, &QSocketNotifier::activated, qApp, [this] { endOnSignal(); });
 }
 
 /// Requests go first: a completion may hold the last reference to the dashboard, which needs the rest to be there.
-Composition::Parts::~Parts()
+Composition::Works::~Works()
 {
     m_httpSession.reset();
     m_dashboard.reset();
+    delete m_view; // the window, whose it is, outlives what it uses
     m_mainQueue.dropAllJobs();
-    setLastWish({});
+    setLastWish(logLastWords);
 }
 
-void Composition::Parts::openPoster()
+void Composition::Works::tellUnknownScreen()
+{
+    if (!m_screen.isFound())
+        m_log.log("There is no screen \"" + *m_options.screenName + "\" among " + joined(QtScreen::names())
+            + "; until it is there touches go to the primary one");
+}
+
+void Composition::Works::openPoster()
 {
     std::string whyNot;
     m_xtestPoster = XTestMouseEventPoster::open(
-        "", [this] { return m_screen.mapping(); }, whyNot, desktopClickRules());
+        "", [this] { return m_screen.mapping(); }, whyNot, desktopClickRules);
+    if (m_xtestPoster && isWaylandSession())
+        m_log.log("On Wayland touches reach X11 programs only; an X11 session has no such limit");
     if (m_xtestPoster)
         m_flushingPause = std::make_unique<FlushingPause>(m_threadPause, *m_xtestPoster);
     else
         m_unavailablePoster = std::make_unique<UnavailableMouseEventPoster>(m_log, whyNot);
 }
 
-void Composition::Parts::start()
+void Composition::Works::showDashboard()
 {
-    m_window.setContentView(new QtSplashView);
-    std::make_shared<SplashScreenViewController>(m_mainQueue, [this] { showDashboard(); })->viewDidLoad();
-    m_window.show();
-}
-
-void Composition::Parts::showDashboard()
-{
-    auto* view = new QtDashboardView(m_alerts, m_log);
-    m_dashboard = DashboardViewController::make(dashboardDependencies(*view));
+    m_view = new QtDashboardView(m_alerts, m_log);
+    m_dashboard = DashboardViewController::make(dashboardDependencies(*m_view));
     m_dashboard->viewDidLoad();
-
-    DashboardViewController& dashboard = *m_dashboard;
-    QObject::connect(
-        view, &QtDashboardView::devicesListIconClicked, view, [&] { dashboard.devicesListIconClicked(); });
-    QObject::connect(
-        view, &QtDashboardView::connectButtonClicked, view, [&] { dashboard.connectButtonClicked(); });
-    QObject::connect(
-        view, &QtDashboardView::settingsIconClicked, view, [&] { dashboard.settingsIconClicked(); });
-    QObject::connect(view, &QtDashboardView::castButtonClicked, view, [&] { dashboard.castButtonClicked(); });
-    QObject::connect(view, &QtDashboardView::uploadFileAction, view, [&] { dashboard.uploadFileAction(); });
-    m_window.setContentView(view);
+    connectView();
+    m_window.setContentView(m_view);
 }
 
-DashboardDependencies Composition::Parts::dashboardDependencies(QtDashboardView& view)
+void Composition::Works::connectView()
+{
+    using View = QtDashboardView;
+    const View* view = m_view;
+    DashboardViewController& dashboard = *m_dashboard;
+    QObject::connect(view, &View::devicesListIconClicked, view, [&] { dashboard.devicesListIconClicked(); });
+    QObject::connect(view, &View::connectButtonClicked, view, [&] { dashboard.connectButtonClicked(); });
+    QObject::connect(view, &View::settingsIconClicked, view, [&] { dashboard.settingsIconClicked(); });
+    QObject::connect(view, &View::castButtonClicked, view, [&] { dashboard.castButtonClicked(); });
+    QObject::connect(view, &View::uploadFileAction, view, [&] { dashboard.uploadFileAction(); });
+}
+
+DashboardDependencies Composition::Works::dashboardDependencies(QtDashboardView& view)
 {
     Pause& pause = m_flushingPause ? static_cast<Pause&>(*m_flushingPause) : m_threadPause;
     MouseEventPoster& poster =
@@ -187,14 +216,58 @@ DashboardDependencies Composition::Parts::dashboardDependencies(QtDashboardView&
     };
 }
 
-void Composition::Parts::endOnSignal()
+/// The window and what it takes to show the splash screen in it.
+class Composition::Shell {
+public:
+    explicit Shell(const Options& options);
+
+    void start();
+
+private:
+    void showDashboard();
+    void endOnSignal();
+
+    const Options m_options;
+    QtMainQueue m_mainQueue{isTrackingWidgets};
+    MainWindow m_window;
+    std::unique_ptr<Works> m_works;
+
+    SignalDescriptor m_signals;
+    QSocketNotifier m_signalNotifier;
+};
+
+Composition::Shell::Shell(const Options& options)
+    : m_options(options)
+    , m_signalNotifier(m_signals.fd(), QSocketNotifier::Read)
 {
-    while (m_signals.take())
+    QObject::connect(&m_signalNotifier, &QSocketNotifier::activated, qApp, [this] { endOnSignal(); });
+}
+
+void Composition::Shell::start()
+{
+    m_window.setContentView(new QtSplashView);
+    std::make_shared<SplashScreenViewController>(m_mainQueue, [this] { showDashboard(); })->viewDidLoad();
+    m_window.show();
+}
+
+void Composition::Shell::showDashboard()
+{
+    Theme::applyBaseFont();
+    m_works = std::make_unique<Works>(m_options, m_mainQueue, m_window);
+    m_works->showDashboard();
+}
+
+void Composition::Shell::endOnSignal()
+{
+    while (m_signals.take()) {
+        if (m_works)
+            m_works->programEnds();
         QApplication::quit();
+    }
 }
 
 Composition::Composition(const Options& options)
-    : m_parts(std::make_unique<Parts>(options))
+    : m_shell(std::make_unique<Shell>(options))
 {
 }
 
@@ -202,7 +275,7 @@ Composition::~Composition() = default;
 
 void Composition::start()
 {
-    m_parts->start();
+    m_shell->start();
 }
 
 } // namespace companion

@@ -19,9 +19,10 @@ public:
     void start();
 
 private:
-    class Parts;
+    class Shell;
+    class Works;
 
-    std::unique_ptr<Parts> m_parts;
+    std::unique_ptr<Shell> m_shell;
 };
 
 } // namespace companion

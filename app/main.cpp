@@ -1,6 +1,8 @@
 #include "app/AppDelegate.h"
 #include "app/Composition.h"
 #include "app/Options.h"
+#include "platform/FatalError.h"
+#include "platform/posix/FatalErrorLog.h"
 #include "views/qt/Accessibility.h"
 #include "views/qt/Theme.h"
 
@@ -33,6 +35,8 @@ std::optional<int> answerWithoutWindow(const ParsedOptions& parsed)
 
 int main(int argc, char** argv)
 {
+    makeUncaughtExceptionsFatal();
+    setLastWish([](std::string_view what) { logFatalError(what); }); // until a button may be held
     const ParsedOptions parsed = parseOptions({argv + 1, argv + argc});
     if (const auto status = answerWithoutWindow(parsed))
         return *status;
@@ -44,7 +48,7 @@ int main(int argc, char** argv)
     QApplication::setDesktopFileName(QStringLiteral("panel-companion"));
     AppDelegate delegate;
     QApplication::setQuitOnLastWindowClosed(delegate.applicationShouldTerminateAfterLastWindowClosed());
-    Theme::apply(application);
+    Theme::applyColors(application);
     installAccessibility();
 
     Composition composition(std::get<Options>(parsed));

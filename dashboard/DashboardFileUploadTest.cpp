@@ -18,7 +18,7 @@ protected:
 
     FileUrl file(const std::string& path, const std::string& content = "content")
     {
-        fileReader.files[path] = std::make_shared<const std::string>(content);
+        fileReader.files[path] = sharedBytes(content);
         return FileUrl::fromPath(path);
     }
 
@@ -300,6 +300,14 @@ TEST_F(DashboardFileUploadTest, DropWithTheGateClosedIsAcceptedAndRefusedByAnAle
     };
     EXPECT_TRUE(view.fileUploadView().performDragOperation(FilePasteboard()));
     EXPECT_EQ(taken(), cannotUpload);
+}
+
+TEST_F(DashboardFileUploadTest, DropForLaterIsCarriedOutOnTheMainQueue)
+{
+    view.fileUploadView().carryOutLater({Drop::Kind::fileUrl, file("/home/ada/a.png")});
+    EXPECT_EQ(taken(), "");
+    queue.runPending();
+    EXPECT_EQ(taken(), std::string(cannotUpload) + "; log draggingEnded");
 }
 
 } // namespace companion::testing

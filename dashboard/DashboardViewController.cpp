@@ -77,6 +77,7 @@ void DashboardViewController::setupView()
     touchSwitch.setChecked(false);
     m_view.fileUploadView().init();
     m_view.fileUploadView().setDelegate(weak_from_this());
+    m_view.fileUploadView().setMainQueue(m_use.mainQueue);
     m_view.setHidden(Pane::hdmiToggle, true);
     m_view.setHidden(Pane::fileUpload, true);
     m_view.setHidden(Pane::castButton, true);
@@ -135,7 +136,8 @@ void DashboardViewController::deviceDisconnecetd()
 {
     if (m_isCastingInProgress) {
         stopScreenCast();
-        showScreenCastStoppedMessage();
+        if (!showScreenCastStoppedMessage())
+            return;
     }
     // The panel is told while its address is still known.
     initiateHDMITouchbackEnabled(/*enabled=*/false, /*isHDMI=*/false);
@@ -172,7 +174,8 @@ void DashboardViewController::beginScreenCast()
 
 void DashboardViewController::startScreenCast()
 {
-    showAlert(startAlert);
+    if (!showAlert(startAlert))
+        return;
     m_isCastingInProgress = true; // the touch port opens only while casting
     initiateHDMITouchbackEnabled(/*enabled=*/true, /*isHDMI=*/false);
     startServerPing();
@@ -189,14 +192,15 @@ void DashboardViewController::stopScreenCast()
     m_view.setCastButtonImage("castingInactive");
 }
 
-void DashboardViewController::showScreenCastStoppedMessage()
+bool DashboardViewController::showScreenCastStoppedMessage()
 {
-    showAlert(stopAlert);
+    return showAlert(stopAlert);
 }
 
-void DashboardViewController::showAlert(const AlertText& alert)
+/// False when the program ends with the alert open.
+bool DashboardViewController::showAlert(const AlertText& alert)
 {
-    m_use.alerts.runModal(alert.message, alert.informativeText);
+    return m_use.alerts.runModal(alert.message, alert.informativeText);
 }
 
 void DashboardViewController::startServerPing()
@@ -221,11 +225,13 @@ void DashboardViewController::inititateServerPing()
     m_use.log.log("Pinging...");
     if (m_serverPingFailedCount >= failuresThatEndASession)
         return;
+    // Nothing holds the controller any more while it waits on the main queue for its destruction.
+    const std::shared_ptr<DashboardViewController> self = weak_from_this().lock();
+    if (!self)
+        return;
     PingServer(m_use.panelRequestHost)
-        .pingServerHeartbeat(
-            m_selectedDeviceIPAddress, [self = shared_from_this()](bool success, const std::string& reply) {
-                self->handleHeartbeatReply(success, reply);
-            });
+        .pingServerHeartbeat(m_selectedDeviceIPAddress,
+            [self](bool success, const std::string& reply) { self->handleHeartbeatReply(success, reply); });
 }
 
 void DashboardViewController::handleHeartbeatReply(bool success, const std::string& reply)

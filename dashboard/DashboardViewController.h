@@ -62,7 +62,7 @@ public:
 
     /// Shows nothing and tells the panel nothing.
     void stopScreenCast();
-    void showScreenCastStoppedMessage();
+    bool showScreenCastStoppedMessage(); ///< False when the program ends meanwhile.
     void cleanUIAfterCastingOff();
 
     /// The first heartbeat comes 4.0 s after the start. A running heartbeat is left as it is.
@@ -134,7 +134,7 @@ private:
     void applyFileUploadRule();
     void handleHeartbeatReply(bool success, const std::string& reply);
     void endSessionOnMainQueue(const AlertText* alert);
-    void showAlert(const AlertText& alert);
+    bool showAlert(const AlertText& alert);
 
     bool passesUploadGate();
     void classifyUploadFile(const FileUrl& url);

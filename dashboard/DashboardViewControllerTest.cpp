@@ -170,6 +170,26 @@ TEST_F(DashboardViewControllerTest, CastingBeginsOnlyOnceTheInstructionsAreDismi
     EXPECT_TRUE(dashboard->isCastingInProgress());
 }
 
+TEST_F(DashboardViewControllerTest, AProgramThatEndsWithTheInstructionsOpenBeginsNoCasting)
+{
+    pickRoom204();
+    alerts.answer = false;
+    dashboard->castButtonClicked();
+    EXPECT_FALSE(dashboard->isCastingInProgress());
+    EXPECT_EQ(sockets.openSockets(), 0u);
+    EXPECT_THAT(http.sent(), IsEmpty());
+    EXPECT_EQ(queue.runningTimers(), 0u);
+}
+
+TEST_F(DashboardViewControllerTest, AProgramThatEndsWithTheStopAlertOfADropOpenSendsNothingMore)
+{
+    startCasting();
+    const std::size_t sent = http.sent().size();
+    alerts.answer = false;
+    dashboard->deviceDisconnecetd();
+    EXPECT_EQ(http.sent().size(), sent);
+}
+
 TEST_F(DashboardViewControllerTest, TheHeartbeatRunsOnlyBetweenTwoClicksOnTheCastButton)
 {
     startCasting();
@@ -466,6 +486,24 @@ TEST_F(DashboardViewControllerTest, AControllerWhoseLastReferenceDiesOnAnotherTh
     queue.runPending();
     EXPECT_EQ(transcript.take(), "destroy socket");
     EXPECT_EQ(queue.runningTimers(), 0u);
+}
+
+TEST_F(DashboardViewControllerTest, ATickThatComesBeforeThatDestructionSendsNothing)
+{
+    int ticks = 0;
+    const auto justBeforeTheHeartbeat = queue.repeat(4s, [&] {
+        if (++ticks < 2)
+            return;
+        dashboard.reset();
+        std::thread([&] { answer(0, "pong"); }).join();
+    });
+    startCasting();
+    queue.advance(4s);
+    const std::size_t sent = http.sent().size();
+    queue.advance(4s);
+    EXPECT_EQ(ticks, 2);
+    EXPECT_EQ(http.sent().size(), sent);
+    EXPECT_EQ(queue.runningTimers(), 1u);
 }
 
 TEST_F(DashboardViewControllerTest, OnTheMainThreadItIsDestroyedAtOnceAndTheSwitchActsNoMore)

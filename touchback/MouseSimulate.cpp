@@ -185,14 +185,20 @@ void MouseSimulate::postModifierKey(bool isDown)
     m_poster.post(*event);
 }
 
-/// In plain decimals, as few as tell this number from its neighbours; a whole number keeps its ".0", so that the
-/// line shows a floating-point number whatever the distance.
+/// As few digits as tell this number from its neighbours. Plain decimals where a float has every digit that they show;
+/// a whole number keeps its ".0", so that the line shows a floating-point number whatever the distance. With an exponent
+/// where plain decimals would be mostly zeros, or digits that the float does not have.
 void MouseSimulate::printDistance(float distance)
 {
-    char line[96] = "::: Double Click distance "; // the longest float has 48 characters
-    char* end =
-        std::to_chars(line + std::strlen(line), std::end(line), distance, std::chars_format::fixed).ptr;
-    if (std::isfinite(distance) && distance == std::trunc(distance))
+    constexpr float lowestPlain = 1e-4F;
+    constexpr float wholeNumbersEnd = 1 << 24; // from there on not every whole number is a float
+    const bool isPlain = distance == 0 || (distance >= lowestPlain && distance < wholeNumbersEnd);
+
+    char line[96] = "::: Double Click distance "; // the longest float has 15 characters
+    char* end = std::to_chars(line + std::strlen(line), std::end(line), distance,
+        isPlain ? std::chars_format::fixed : std::chars_format::scientific)
+                    .ptr;
+    if (isPlain && distance == std::trunc(distance))
         end = std::copy_n(".0", 2, end);
     m_console.print({line, static_cast<std::size_t>(end - line)});
 }

@@ -349,7 +349,10 @@ TEST_F(MouseSimulateTest, DistanceIsPrintedInTheFewestDecimalsOfASinglePrecision
     EXPECT_EQ(secondRelease(10, movedBy(somewhere, 0.25, 0)), doubleClick("0.25"));
     EXPECT_EQ(secondRelease(10, movedBy(somewhere, 100'000, 0)), "print ::: Double Click distance 100000.0");
     EXPECT_EQ(
-        secondRelease(10, movedBy(somewhere, 0, -1e10)), "print ::: Double Click distance 10000000000.0");
+        secondRelease(10, movedBy(somewhere, 0, -16'777'215)), "print ::: Double Click distance 16777215.0");
+    EXPECT_EQ(secondRelease(10, movedBy(somewhere, 16'777'216, 0)),
+        "print ::: Double Click distance 1.6777216e+07");
+    EXPECT_EQ(secondRelease(10, movedBy(somewhere, 0, -1e20)), "print ::: Double Click distance 1e+20");
 }
 
 TEST_F(MouseSimulateTest, DistanceIsTakenInSinglePrecision)

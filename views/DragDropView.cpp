@@ -1,5 +1,7 @@
 #include "views/DragDropView.h"
 
+#include "platform/FatalError.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -125,6 +127,19 @@ void DragDropView::carryOut(const Drop& drop)
     case Drop::Kind::other:
         break;
     }
+}
+
+void DragDropView::carryOutLater(const Drop& drop)
+{
+    if (!m_mainQueue)
+        fatalError("The drop area has no main queue");
+    m_mainQueue->async([weakSelf = std::weak_ptr<DragDropView>(m_checkedSelf), drop] {
+        const auto self = weakSelf.lock();
+        if (!self)
+            return;
+        self->carryOut(drop);
+        self->draggingEnded();
+    });
 }
 
 } // namespace companion

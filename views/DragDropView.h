@@ -3,6 +3,7 @@
 #include "platform/Alerts.h"
 #include "platform/FileUrl.h"
 #include "platform/Log.h"
+#include "platform/MainQueue.h"
 
 #include <memory>
 #include <optional>
@@ -70,6 +71,9 @@ public:
 
     void setDelegate(std::weak_ptr<DragDropViewDelegate> delegate);
 
+    /// Where drops are carried out later; it must outlive this object.
+    void setMainQueue(MainQueue& mainQueue) { m_mainQueue = &mainQueue; }
+
     /// Whether a drag is for this view at all; the other calls are for such drags only.
     bool takesDrag(const DragPasteboard& pasteboard) const;
 
@@ -91,13 +95,20 @@ public:
     Drop readDrop(const DragPasteboard& pasteboard) const;
     void carryOut(const Drop& drop);
 
+    /// Carries the drop out and ends its drag when the main queue comes to it, so not while an alert is open; never
+    /// when this object is gone by then.
+    void carryOutLater(const Drop& drop);
+
 private:
     bool hasData(const DragPasteboard& pasteboard) const;
 
     Alerts& m_alerts;
     SystemLog& m_log;
+    MainQueue* m_mainQueue = nullptr;
     std::vector<DragType> m_registeredDraggedTypes;
     std::weak_ptr<DragDropViewDelegate> m_delegate;
+    const std::shared_ptr<DragDropView> m_checkedSelf{
+        this, [](DragDropView*) {}}; ///< Only to be held weakly.
 };
 
 } // namespace companion

@@ -2,6 +2,7 @@
 
 #include "platform/testing/FakeAlerts.h"
 #include "platform/testing/FakeLog.h"
+#include "platform/testing/FakeMainQueue.h"
 
 #include <gtest/gtest.h>
 #include <utility>
@@ -71,6 +72,7 @@ protected:
     {
         view.init();
         view.setDelegate(delegate);
+        view.setMainQueue(queue);
     }
 
     /// What happened, and the answer.
@@ -83,9 +85,12 @@ protected:
     Transcript transcript;
     FakeAlerts alerts{transcript};
     FakeSystemLog log{transcript};
+    FakeMainQueue queue;
     std::shared_ptr<FakeDelegate> delegate = std::make_shared<FakeDelegate>(transcript);
     DragDropView view{alerts, log};
 };
+
+using DragDropViewDeathTest = DragDropViewTest;
 
 TEST_F(DragDropViewTest, OnlyInitRegistersTheFourTypesInOrder)
 {
@@ -207,6 +212,34 @@ TEST_F(DragDropViewTest, DropOfTypesThatAreNotRegisteredIsAPasteError)
     DragDropView unregistered(alerts, log);
     EXPECT_FALSE(unregistered.performDragOperation(FakePasteboard{file}));
     EXPECT_EQ(transcript.take("; "), "alert Paste Error");
+}
+
+TEST_F(DragDropViewTest, ADropForLaterIsCarriedOutInItsTurnOnTheMainQueue)
+{
+    queue.async([&] { transcript.add("earlier job"); });
+    view.carryOutLater(view.readDrop(FakePasteboard{file}));
+    view.carryOutLater(view.readDrop(FakePasteboard{}));
+    EXPECT_EQ(transcript.take("; "), "");
+    queue.runPending();
+    EXPECT_EQ(transcript.take("; "),
+        "earlier job; upload /home/ada/my plan.pdf; log draggingEnded; finished; alert Paste Error; "
+        "log draggingEnded; finished");
+}
+
+TEST_F(DragDropViewTest, ADropForLaterGoesWithItsView)
+{
+    auto shortLived = std::make_unique<DragDropView>(alerts, log);
+    shortLived->setMainQueue(queue);
+    shortLived->carryOutLater({Drop::Kind::pdf, std::nullopt});
+    shortLived.reset();
+    queue.runPending();
+    EXPECT_EQ(transcript.take("; "), "");
+}
+
+TEST_F(DragDropViewDeathTest, ADropForLaterWithoutAMainQueueIsFatal)
+{
+    DragDropView fresh(alerts, log);
+    EXPECT_DEATH(fresh.carryOutLater({}), "no main queue");
 }
 
 } // namespace companion::testing

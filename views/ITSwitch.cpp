@@ -142,6 +142,14 @@ void ITSwitch::mouseUp()
     reloadLayer();
 }
 
+void ITSwitch::cancelGesture()
+{
+    m_active = false;
+    m_dragged = false;
+    m_draggingTowardsOn = false;
+    reloadLayer();
+}
+
 void ITSwitch::moveLeft()
 {
     if (m_checked)

@@ -113,6 +113,10 @@ public:
     void mouseDragged(Point pointer);
     void mouseUp();
 
+    /// The gesture ends without its mouse-up, which an alert or a hidden window has kept away: the state stays as it
+    /// is, and the action is not sent.
+    void cancelGesture();
+
     /// acceptsFirstMouse:
     /// A click in an inactive window toggles too.
     bool acceptsFirstMouse() const { return true; }

@@ -292,6 +292,18 @@ TEST_F(ITSwitchTest, AReleaseOutsideStillTogglesAndClearsTheGesture)
     EXPECT_FALSE(control.isDraggingTowardsOn());
 }
 
+TEST_F(ITSwitchTest, AGestureThatIsCancelledChangesNothingAndSendsNoAction)
+{
+    control.mouseDown();
+    control.mouseDragged({40, 3});
+    control.cancelGesture();
+    EXPECT_FALSE(control.isActive());
+    EXPECT_FALSE(control.hasDragged());
+    EXPECT_FALSE(control.isDraggingTowardsOn());
+    EXPECT_FALSE(control.checked());
+    EXPECT_EQ(actions(), "");
+}
+
 TEST_F(ITSwitchTest, OnlyTheLastPlaceOfADragCounts)
 {
     control.mouseDown();

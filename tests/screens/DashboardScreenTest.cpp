@@ -1,3 +1,4 @@
+#include "tests/screens/Contrast.h"
 #include "tests/screens/ScreenTest.h"
 #include "views/qt/ColoredView.h"
 #include "views/qt/ImageView.h"
@@ -7,7 +8,9 @@
 #include "views/qt/Theme.h"
 
 #include <QFontInfo>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
 #include <QToolButton>
 
@@ -22,6 +25,25 @@ protected:
         EXPECT_EQ(font.weight(), weight) << label;
         EXPECT_EQ(font.pixelSize(), points) << label;
         EXPECT_EQ(font.family(), Theme::font(Theme::FontFace::regular, points).family()) << label;
+    }
+
+    /// What changes with the focus stands out from what was there by 3 to 1, as WCAG 2.2 has it, and has some size.
+    static void expectVisibleFocus(QWidget& control)
+    {
+        control.window()->activateWindow();
+        QCoreApplication::processEvents();
+        control.clearFocus();
+        const QRect place(control.mapTo(control.window(), QPoint()), control.size());
+        const QImage without = control.window()->grab(place).toImage();
+        control.setFocus(Qt::TabFocusReason);
+        const QImage with = control.window()->grab(place).toImage();
+        int changed = 0;
+        for (int y = 0; y < with.height(); ++y) {
+            for (int x = 0; x < with.width(); ++x)
+                changed += contrast(with.pixelColor(x, y), without.pixelColor(x, y)) >= 3;
+        }
+        EXPECT_GE(changed, 2 * (control.width() + control.height())) << control.objectName().toStdString();
+        control.clearFocus();
     }
 
     std::vector<Popover*> openPopovers()
@@ -176,6 +198,31 @@ TEST_F(DashboardScreenTest, TheSettingsOpenBelowTheirIcon)
     EXPECT_LE(openPopovers().front()->geometry().right(), m_window.geometry().right());
 }
 
+TEST_F(DashboardScreenTest, ThePopoverHasRoundCornersAndAnOutlineAroundItsArrow)
+{
+    openList();
+    ASSERT_EQ(openPopovers().size(), 1U);
+    Popover& popover = *openPopovers().front();
+    const QRegion shape = popover.mask();
+    EXPECT_FALSE(shape.contains(QPoint(0, 10)));
+    EXPECT_FALSE(shape.contains(QPoint(popover.width() - 1, popover.height() - 1)));
+    EXPECT_TRUE(shape.contains(QPoint(16, 10)));
+    EXPECT_FALSE(shape.contains(QPoint(popover.width() / 2, 9))); // above the body
+
+    const QImage image = popover.grab().toImage();
+    const auto lightness = [&](int x, int y) {
+        return image.pixelColor(QPoint(x, y) * image.devicePixelRatio()).lightness();
+    };
+    const int tip = popover.mapFromGlobal(popover.arrowTip()).x();
+    for (int y = 3; y < 9; ++y) { // below the tip the slopes go down by 45 degrees
+        EXPECT_LT(std::min(lightness(tip - y - 1, y), lightness(tip - y, y)), 200) << y;
+        EXPECT_LT(std::min(lightness(tip + y, y), lightness(tip + y - 1, y)), 200) << y;
+        EXPECT_EQ(lightness(tip, y), 255) << y;
+    }
+    EXPECT_EQ(lightness(tip, 10), 255); // no line between the arrow and the body
+    EXPECT_EQ(lightness(popover.width() / 2, 10), QColor(Theme::outline).lightness());
+}
+
 TEST_F(DashboardScreenTest, TheConnectButtonOpensTheListToo)
 {
     click(outlet("connectButton"));
@@ -256,6 +303,62 @@ TEST_F(DashboardScreenTest, ThePopoverFollowsItsWindow)
     EXPECT_EQ(openPopovers().front()->arrowTip(), before + QPoint(37, 23));
 }
 
+TEST_F(DashboardScreenTest, ThePopoverStaysAtItsIconWhenTheWindowIsResizedInOneStep)
+{
+    m_dashboard.view->setMinimumSize(0, 0); // the offscreen platform's screen leaves no room to grow
+    m_window.setMinimumSize(0, 0);
+    QTest::qWait(1);
+    click(outlet("settingsIcon"));
+    auto& icon = outlet("settingsIcon");
+    const QPoint before = icon.mapToGlobal(QPoint());
+    m_window.resize(700, m_window.height());
+    QCoreApplication::processEvents();
+    ASSERT_NE(icon.mapToGlobal(QPoint()), before);
+    ASSERT_EQ(openPopovers().size(), 1U);
+    EXPECT_EQ(openPopovers().front()->arrowTip(), icon.mapToGlobal(QPoint(icon.width() / 2, icon.height())));
+}
+
+TEST_F(DashboardScreenTest, AskingForAnOpenListLeavesItOpen)
+{
+    outlet<QPushButton>("connectButton").click();
+    ASSERT_EQ(openPopovers().size(), 1U);
+    outlet<QPushButton>("connectButton").click(); // as a screen reader does, without the mouse
+    EXPECT_EQ(openPopovers().size(), 1U);
+    click(outlet("devicesListIcon"));
+    EXPECT_TRUE(openPopovers().empty());
+}
+
+TEST_F(DashboardScreenTest, AReturnKeyThatIsHeldPressesTheCastButtonOnce)
+{
+    pair();
+    auto& button = outlet<RoundButton>("castButtonView");
+    int clicks = 0;
+    QObject::connect(&button, &RoundButton::clicked, [&clicks] { ++clicks; });
+    for (const bool isRepeat : {false, true, true, true}) {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier, "\r", isRepeat);
+        QApplication::sendEvent(&button, &press);
+    }
+    EXPECT_EQ(clicks, 1);
+}
+
+TEST_F(DashboardScreenTest, TheCastButtonsTipSaysWhatAPressDoes)
+{
+    pair();
+    EXPECT_EQ(outlet("castButtonView").toolTip(), "Cast the screen to the panel");
+    click(outlet("castButtonView"));
+    EXPECT_EQ(outlet("castButtonView").toolTip(), "Stop casting to the panel");
+    click(outlet("castButtonView"));
+    EXPECT_EQ(outlet("castButtonView").toolTip(), "Cast the screen to the panel");
+}
+
+TEST_F(DashboardScreenTest, OnTheHdmiPageTheHelpIsQuieterThanTheInstruction)
+{
+    const auto color = [this](
+                           const char* label) { return outlet(label).palette().color(QPalette::WindowText); };
+    EXPECT_EQ(color("facingProblemLabel"), QColor(Theme::secondaryText));
+    EXPECT_EQ(color("deviceHDMISubLabel"), QColor(Theme::text));
+}
+
 TEST_F(DashboardScreenTest, TheMaskLiesOverAllPanesAndNotOverTheToolbar)
 {
     pair();
@@ -283,16 +386,33 @@ TEST_F(DashboardScreenTest, TabGoesThroughTheControlsInReadingOrder)
 
 TEST_F(DashboardScreenTest, EveryControlLooksDifferentWithTheKeyboardOnIt)
 {
+    expectVisibleFocus(outlet("connectButton"));
     pair();
     for (const char* name :
-        {"devicesListIcon", "settingsIcon", "fileUploadButton", "castButtonView", "wirelessTouchSwitch"}) {
-        m_dashboard.view->setFocus();
-        if (QWidget* focus = QApplication::focusWidget())
-            focus->clearFocus();
-        const QImage without = outlet(name).grab().toImage();
-        outlet(name).setFocus(Qt::TabFocusReason);
-        EXPECT_NE(outlet(name).grab().toImage(), without) << name;
-    }
+        {"devicesListIcon", "settingsIcon", "fileUploadButton", "castButtonView", "wirelessTouchSwitch"})
+        expectVisibleFocus(outlet(name));
+}
+
+TEST_F(DashboardScreenTest, EveryControlOfThePopoversLooksDifferentWithTheKeyboardOnIt)
+{
+    openList();
+    expectVisibleFocus(table()); // empty
+    announce("Meridian 65|Room 204|0A00020F");
+    clickRow(0);
+    expectVisibleFocus(find(list(), "disconnectButton"));
+    click(outlet("settingsIcon"));
+    for (const char* name :
+        {"fpsButton", "sessionPresentButton", "switchDeviceButton", "switchAudioDeviceButton"})
+        expectVisibleFocus(find(m_window, name));
+}
+
+TEST_F(DashboardScreenTest, AnAlertsButtonLooksDifferentWithTheKeyboardOnIt)
+{
+    QMessageBox alert;
+    QPushButton* button = alert.addButton("OK", QMessageBox::AcceptRole);
+    alert.show();
+    alert.activateWindow();
+    expectVisibleFocus(*button);
 }
 
 } // namespace

@@ -1,8 +1,13 @@
+#include "tests/screens/EventCounter.h"
 #include "tests/screens/ScreenTest.h"
 #include "views/qt/ColoredView.h"
 #include "views/qt/Theme.h"
 
+#include <map>
+
 #include <QLabel>
+#include <QPaintEngine>
+#include <QPainter>
 #include <QPushButton>
 #include <QSignalSpy>
 
@@ -10,20 +15,6 @@ namespace companion::testing {
 namespace {
 
 using DevicesListScreenTest = ScreenTest;
-
-/// Counts how often the list is painted.
-class PaintCounter : public QObject {
-public:
-    explicit PaintCounter(QWidget& view) { view.installEventFilter(this); }
-
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        count += event->type() == QEvent::Paint;
-        return false;
-    }
-
-    int count = 0;
-};
 
 TEST_F(DevicesListScreenTest, AtStartThereAreNoRowsAndNoDisconnectButton)
 {
@@ -45,10 +36,83 @@ TEST_F(DevicesListScreenTest, ElementsHaveTheirStyles)
     EXPECT_EQ(find<QLabel>(list(), "headerMainLabel").font().weight(), QFont::ExtraLight);
     EXPECT_EQ(find<QLabel>(list(), "headerSubLabel").font().pixelSize(), 12);
     EXPECT_EQ(find<QLabel>(list(), "headerSubLabel").font().weight(), QFont::Normal);
-    EXPECT_EQ(DeviceTableCellView::nameFont().pixelSize(), 16);
-    EXPECT_EQ(DeviceTableCellView::nameFont().weight(), QFont::Normal);
-    EXPECT_EQ(DeviceTableCellView::addressFont().pixelSize(), 12);
-    EXPECT_EQ(DeviceTableCellView::addressFont().weight(), QFont::Medium);
+    const QString family = Theme::font(Theme::FontFace::regular, 16).family();
+    for (const char* name : {"disconnectButton", "headerMainLabel", "headerSubLabel"})
+        EXPECT_EQ(find(list(), name).font().family(), family) << name;
+}
+
+/// Notes which texts are painted on it, and in which fonts.
+class TextRecorder : public QPaintDevice {
+public:
+    explicit TextRecorder(QSize size)
+        : m_size(size)
+    {
+    }
+
+    QPaintEngine* paintEngine() const override { return &m_engine; }
+    const std::map<QString, QFont>& fonts() const { return m_engine.fonts; }
+
+protected:
+    int metric(PaintDeviceMetric metric) const override
+    {
+        switch (metric) {
+        case PdmWidth:
+            return m_size.width();
+        case PdmHeight:
+            return m_size.height();
+        case PdmDpiX:
+        case PdmDpiY:
+        case PdmPhysicalDpiX:
+        case PdmPhysicalDpiY:
+            return 96;
+        case PdmDepth:
+            return 32;
+        default:
+            return QPaintDevice::metric(metric);
+        }
+    }
+
+private:
+    class Engine : public QPaintEngine {
+    public:
+        Engine()
+            : QPaintEngine(AllFeatures)
+        {
+        }
+        bool begin(QPaintDevice*) override { return true; }
+        bool end() override { return true; }
+        void updateState(const QPaintEngineState&) override { }
+        void drawPixmap(const QRectF&, const QPixmap&, const QRectF&) override { }
+        void drawPolygon(const QPointF*, int, PolygonDrawMode) override { }
+        Type type() const override { return User; }
+        void drawTextItem(const QPointF&, const QTextItem& item) override
+        {
+            fonts[item.text()] = item.font();
+        }
+
+        std::map<QString, QFont> fonts;
+    };
+
+    const QSize m_size;
+    mutable Engine m_engine;
+};
+
+TEST_F(DevicesListScreenTest, ARowsTextsArePaintedInTheirFonts)
+{
+    const DeviceTableCellView cell{"radioIcon", "Room 204", "0A00020F"};
+    TextRecorder recorder({360, 60});
+    QPainter painter(&recorder);
+    cell.paint(painter, {0, 0, 360, 60}, /*isHovered=*/false, /*isCurrent=*/false);
+    painter.end();
+    const auto expectFont = [&](const char* text, QFont::Weight weight, int points) {
+        const QFont font = recorder.fonts().at(text);
+        EXPECT_EQ(font.family(), Theme::font(Theme::FontFace::regular, points).family()) << text;
+        EXPECT_EQ(font.pixelSize(), points) << text;
+        EXPECT_EQ(font.weight(), weight) << text;
+    };
+    ASSERT_EQ(recorder.fonts().size(), 2U);
+    expectFont("Room 204", QFont::Normal, 16);
+    expectFont("0A00020F", QFont::Medium, 12);
 }
 
 TEST_F(DevicesListScreenTest, OneThousandPanelsInATurnEachAreShownWholeWithFewerThan300Reloads)
@@ -158,6 +222,48 @@ TEST_F(DevicesListScreenTest, TheChainStaysWithTheRowNumberWhenAPanelAboveItGoes
     EXPECT_EQ(taken(), "");
 }
 
+TEST_F(DevicesListScreenTest, ARowThatWasLeftWhileItWasGoneComesBackWithoutTheChain)
+{
+    openListOfThree();
+    clickRow(2);
+    m_dashboard.browsers.remove("Meridian 65|Room 204|0A00020F");
+    QTest::qWait(20);
+    ASSERT_EQ(table().model()->rowCount(), 2);
+    clickRow(0);
+    announce("Meridian 65|Library|0A000212");
+    QTest::qWait(20);
+    EXPECT_EQ(icons(), "connectedChain radioIcon radioIcon");
+}
+
+TEST_F(DevicesListScreenTest, OnlyAPressAndAReleaseOnOneRowPickIt)
+{
+    openListOfThree();
+    const auto middleOf = [this](int row) {
+        return table().visualRect(table().model()->index(row, 0)).center();
+    };
+    const QPoint below(middleOf(0).x(), table().viewport()->rect().bottom() - 2);
+    QTest::mousePress(table().viewport(), Qt::LeftButton, {}, middleOf(0));
+    QTest::mouseRelease(table().viewport(), Qt::LeftButton, {}, middleOf(1));
+    EXPECT_EQ(icons(), "radioIcon radioIcon radioIcon");
+
+    clickRow(1);
+    QTest::mousePress(table().viewport(), Qt::LeftButton, {}, middleOf(1));
+    QTest::mouseRelease(table().viewport(), Qt::LeftButton, {}, below);
+    QTest::mousePress(table().viewport(), Qt::LeftButton, {}, below);
+    QTest::mouseRelease(table().viewport(), Qt::LeftButton, {}, middleOf(0));
+    EXPECT_EQ(icons(), "radioIcon connectedChain radioIcon");
+}
+
+TEST_F(DevicesListScreenTest, ThePressThatMakesADoubleClickCountsAsOne)
+{
+    openListOfThree();
+    clickRow(0);
+    const QPoint middle = table().visualRect(table().model()->index(1, 0)).center();
+    QTest::mouseDClick(table().viewport(), Qt::LeftButton, {}, middle); // the second press alone
+    QTest::mouseRelease(table().viewport(), Qt::LeftButton, {}, middle);
+    EXPECT_EQ(icons(), "radioIcon connectedChain radioIcon");
+}
+
 TEST_F(DevicesListScreenTest, ARowWithoutANameShowsItsAddressAndSurvives)
 {
     openList();
@@ -177,7 +283,7 @@ TEST_F(DevicesListScreenTest, ThousandPanelsInOneTurnOfTheEventLoopAreOneReloadA
 {
     openList();
     const QSignalSpy insertions(table().model(), &QAbstractItemModel::rowsInserted);
-    const PaintCounter paints(*table().viewport());
+    const EventCounter paints(*table().viewport(), QEvent::Paint);
     for (int i = 0; i < 1000; ++i) {
         char name[64];
         std::snprintf(name, sizeof name, "Meridian 65|Panel %d|0A%06X", i, i);
@@ -213,7 +319,8 @@ TEST_F(DevicesListScreenTest, AnEmptyListTellsWhatToCheck)
     blank.setDevicePixelRatio(empty.devicePixelRatio());
     EXPECT_NE(empty, blank);
     EXPECT_THAT(table().placeholder().toStdString(),
-        ::testing::AllOf(::testing::HasSubstr("No panel found yet"), ::testing::HasSubstr("same network")));
+        ::testing::AllOf(::testing::HasSubstr("No panel found yet"), ::testing::HasSubstr("same network"),
+            ::testing::HasSubstr("panelctl doctor")));
     EXPECT_EQ(table().accessibleDescription(), table().placeholder());
     announce("Meridian 65|Room 204|0A00020F");
     EXPECT_EQ(table().accessibleDescription(), "");

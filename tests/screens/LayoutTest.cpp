@@ -1,31 +1,14 @@
+#include "tests/screens/Contrast.h"
 #include "tests/screens/ScreenTest.h"
 #include "views/qt/ImageView.h"
 #include "views/qt/QtSplashView.h"
 #include "views/qt/Theme.h"
-
-#include <cmath>
 
 #include <QLabel>
 #include <QPushButton>
 
 namespace companion::testing {
 namespace {
-
-double luminance(const QColor& color)
-{
-    const auto linear = [](double channel) {
-        return channel <= 0.04045 ? channel / 12.92 : std::pow((channel + 0.055) / 1.055, 2.4);
-    };
-    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
-}
-
-/// As WCAG 2.1 defines it, from 1 to 21.
-double contrast(const QColor& one, const QColor& other)
-{
-    // A list: of two temporaries it would give references that dangle.
-    const auto [dark, light] = std::minmax({luminance(one), luminance(other)});
-    return (light + 0.05) / (dark + 0.05);
-}
 
 constexpr double enoughForText = 4.5;
 constexpr double enoughForShapes = 3;
@@ -148,6 +131,107 @@ TEST_F(LayoutTest, At2560By1440NothingIsCutOffAndTheDropAreaTakesTheRoom)
     EXPECT_EQ(outlet("castButtonView").size(), QSize(128, 128));
 }
 
+/// Where something is drawn in a band of the window, from its first to its last column.
+std::pair<int, int> inkIn(QWidget& window, QRect band)
+{
+    const QImage image = window.grab(band).toImage();
+    const QColor background = image.pixelColor(0, 1);
+    const auto isBlank = [&](int x) {
+        for (int y = 0; y < image.height(); ++y) {
+            if (image.pixelColor(x, y) != background)
+                return false;
+        }
+        return true;
+    };
+    int first = 0;
+    while (first < image.width() && isBlank(first))
+        ++first;
+    int last = image.width() - 1;
+    while (last > first && isBlank(last))
+        --last;
+    const double ratio = image.devicePixelRatio();
+    return {static_cast<int>(first / ratio), static_cast<int>(last / ratio)};
+}
+
+TEST_F(LayoutTest, EveryBandOfTheScreenBeginsAndEnds32PointsFromTheWindowsEdges)
+{
+    pair();
+    m_dashboard.view->setFocus();
+    for (const char* name : {"toolbarView", "panesView", "hdmiToggleView"}) {
+        const auto [first, last] = inkIn(*m_dashboard.view, inWindow(name));
+        EXPECT_NEAR(first, 32, 1) << name;
+        EXPECT_NEAR(last, 800 - 32 - 1, 1) << name;
+    }
+}
+
+TEST_F(LayoutTest, TextsBesideEachOtherStandOnOneLine)
+{
+    pair();
+    const auto baseline = [this](QLabel& label) {
+        return inWindow(label.objectName().toLatin1()).center().y() + QFontMetrics(label.font()).ascent()
+            - QFontMetrics(label.font()).height() / 2;
+    };
+    EXPECT_EQ(
+        baseline(outlet<QLabel>("enableHDMILabel")), baseline(outlet<QLabel>("wirelessTouchStatusLabel")));
+}
+
+TEST_F(LayoutTest, ThePatternOfTheDropAreaStaysClearOfWhatLiesInIt)
+{
+    pair();
+    auto& area = outlet("fileUploadView");
+    const QImage image = area.grab().toImage();
+    const QRect content = area.childrenRegion().boundingRect();
+    int inside = 0;
+    int outside = 0;
+    for (int y = 0; y < area.height(); ++y) {
+        for (int x = 0; x < area.width(); ++x) {
+            if (image.pixelColor(QPoint(x, y) * image.devicePixelRatio()) == QColor(0xd5, 0xdc, 0xe2))
+                ++(content.contains(x, y) ? inside : outside);
+        }
+    }
+    EXPECT_EQ(inside, 0);
+    EXPECT_GT(outside, 100);
+    EXPECT_LT(content.width(), area.width() / 2); // so that there is room for a pattern
+}
+
+TEST_F(LayoutTest, TheDropAreaHasNoSeamsAtAnySize)
+{
+    for (const QSize size : {QSize(441, 303), QSize(443, 307), QSize(577, 359)}) {
+        ImageView area;
+        area.setImageName("fileUploadGrid");
+        area.setTiled(true);
+        area.resize(size);
+        const QImage image = area.grab().toImage();
+        const int inset = qRound(6 * image.devicePixelRatio()); // within the dashes, and off the dots
+        for (int x = inset; x < image.width() - inset; ++x)
+            ASSERT_EQ(image.pixelColor(x, inset), QColor(0xf6, 0xf8, 0xfa)) << size.width() << " at " << x;
+        for (int y = inset; y < image.height() - inset; ++y)
+            ASSERT_EQ(image.pixelColor(inset, y), QColor(0xf6, 0xf8, 0xfa)) << size.height() << " at " << y;
+    }
+}
+
+TEST_F(LayoutTest, NothingMovesWhenCastingStartsAndThePaneOfTheCableGoes)
+{
+    pair();
+    const QRect button = inWindow("castButtonView");
+    const QRect area = inWindow("fileUploadView");
+    click(outlet("castButtonView"));
+    QTest::qWait(1); // the layout
+    EXPECT_FALSE(outlet("hdmiToggleView").isVisible());
+    EXPECT_EQ(inWindow("castButtonView"), button);
+    EXPECT_EQ(inWindow("fileUploadView"), area);
+}
+
+TEST_F(LayoutTest, TheEmptyStateHasTheWholeHeightAlsoAfterAPairing)
+{
+    EXPECT_EQ(inWindow("panesView").bottom(), m_dashboard.view->rect().bottom());
+    pair();
+    openList();
+    click(find(list(), "disconnectButton"));
+    QTest::qWait(1); // the layout
+    EXPECT_EQ(inWindow("panesView").bottom(), m_dashboard.view->rect().bottom());
+}
+
 TEST_F(LayoutTest, FromRightToLeftTheScreenIsMirrored)
 {
     const int iconLeft = inWindow("devicesListIcon").left();
@@ -160,15 +244,17 @@ TEST_F(LayoutTest, FromRightToLeftTheScreenIsMirrored)
     openList();
     const QRect row = table().visualRect(table().model()->index(0, 0));
     const QImage picture = table().viewport()->grab(row).toImage();
-    const auto isBlank = [&picture](int x) { // from the row's start the icon comes first
-        for (int y = 2; y < picture.height() - 2; ++y) {
-            if (picture.pixelColor(x, y) != QColor(Qt::white))
+    const QColor background = picture.pixelColor(2, 2); // that of a row under the pointer, maybe
+    const auto isBlank = [&](int x) {                   // from the row's start the icon comes first
+        for (int y = 2; y < picture.height() - 4; ++y) {
+            if (picture.pixelColor(x, y) != background)
                 return false;
         }
         return true;
     };
-    EXPECT_FALSE(isBlank(picture.width() - 28));
-    EXPECT_TRUE(isBlank(28));
+    const int iconFromEdge = qRound(28 * picture.devicePixelRatio());
+    EXPECT_FALSE(isBlank(picture.width() - iconFromEdge));
+    EXPECT_TRUE(isBlank(iconFromEdge));
 }
 
 TEST_F(LayoutTest, TheDropAreasPatternKeepsItsSizeAtAnyProportions)
@@ -192,13 +278,26 @@ TEST_F(LayoutTest, TheDropAreasPatternKeepsItsSizeAtAnyProportions)
 TEST_F(LayoutTest, TheSplashScreensTitlesHaveTheirFonts)
 {
     QtSplashView splash;
+    splash.show();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return find(splash, "subTitleLabel").isVisible(); }));
     EXPECT_EQ(find<QLabel>(splash, "mainTitleLabel").font().pixelSize(), 20);
     EXPECT_EQ(find<QLabel>(splash, "mainTitleLabel").font().weight(), QFont::Normal);
     EXPECT_EQ(find<QLabel>(splash, "subTitleLabel").font().pixelSize(), 20);
     EXPECT_EQ(find<QLabel>(splash, "subTitleLabel").font().weight(), QFont::ExtraLight);
-    splash.show();
     for (const char* name : {"mainTitleLabel", "subTitleLabel"})
         EXPECT_GE(contrastOf(find(splash, name)), enoughForText) << name;
+}
+
+TEST_F(LayoutTest, TheSplashScreensPictureStaysWhereItIsWhenItsTitlesCome)
+{
+    QtSplashView splash;
+    splash.resize(960, 640);
+    splash.show();
+    const QRect before = find(splash, "splashImage").geometry();
+    EXPECT_FALSE(find(splash, "mainTitleLabel").isVisible());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return find(splash, "mainTitleLabel").isVisible(); }));
+    QCoreApplication::sendPostedEvents();
+    EXPECT_EQ(find(splash, "splashImage").geometry(), before);
 }
 
 TEST_F(LayoutTest, TheWindowsContentsAreReplacedInPlace)
@@ -216,7 +315,7 @@ TEST_F(LayoutTest, TheWindowsContentsAreReplacedInPlace)
     EXPECT_EQ(window.winId(), id);
     EXPECT_EQ(window.geometry(), place);
     EXPECT_EQ(window.windowTitle(), "Panel Companion");
-    EXPECT_FALSE(window.windowIcon().isNull());
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !window.windowIcon().isNull(); }));
 }
 
 } // namespace

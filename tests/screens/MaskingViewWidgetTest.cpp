@@ -1,5 +1,6 @@
 #include "views/qt/MaskingViewWidget.h"
 #include "platform/testing/FakeLog.h"
+#include "tests/screens/EventCounter.h"
 #include "views/qt/ImageView.h"
 
 #include <gtest/gtest.h>
@@ -72,6 +73,17 @@ TEST_F(MaskingViewWidgetTest, AClickOnTheViewItselfIsLoggedAndGoesNoFurther)
 {
     clickAt({350, 250});
     EXPECT_EQ(m_transcript.take(), "log Mouse down");
+}
+
+TEST_F(MaskingViewWidgetTest, AClickOfAnotherButtonIsNotLoggedAndPassedOn)
+{
+    const EventCounter beneath(m_window, QEvent::MouseButtonPress);
+    QTest::mouseClick(m_mask, Qt::RightButton, {}, {350, 250});
+    QTest::mouseClick(m_mask, Qt::MiddleButton, {}, {350, 250});
+    EXPECT_EQ(m_transcript.take(), "");
+    EXPECT_EQ(beneath.count, 2);
+    QTest::mouseClick(m_mask, Qt::LeftButton, {}, {350, 250});
+    EXPECT_EQ(beneath.count, 2);
 }
 
 TEST_F(MaskingViewWidgetTest, WithoutMaskingItsEnabledButtonsTakeClicks)

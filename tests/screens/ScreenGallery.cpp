@@ -37,9 +37,9 @@ public:
     /// The main window with whatever is open over it.
     void take(const QString& name)
     {
+        QTest::qWait(600); // animations come to rest, also before the next state
         if (!m_names.isEmpty() && !m_names.contains(name))
             return;
-        QTest::qWait(600); // animations come to rest
         QPixmap picture = m_window.grab();
         QPainter painter(&picture);
         for (QWidget* window : QApplication::topLevelWidgets()) {
@@ -50,6 +50,14 @@ public:
         m_failed |= !picture.save(m_directory.filePath(name + ".png"));
     }
 
+    /// A picture that is not of what it says is worse than none.
+    void expect(bool condition, const char* what)
+    {
+        if (!condition)
+            std::fprintf(stderr, "%s\n", what);
+        m_failed |= !condition;
+    }
+
     MainWindow& window() { return m_window; }
     int status() const { return m_failed ? 1 : 0; }
 
@@ -58,8 +66,8 @@ private:
     void drawOver(QPainter& painter, QWidget& window)
     {
         const bool isAlert = qobject_cast<QMessageBox*>(&window);
-        const QPoint place =
-            isAlert ? m_window.rect().center() - window.rect().center() : window.pos() - m_window.pos();
+        const QPoint place = isAlert ? m_window.rect().center() - window.rect().center()
+                                     : m_window.mapFromGlobal(window.mapToGlobal(QPoint()));
         const QRegion shape = window.mask().isEmpty() ? QRegion(window.rect()) : window.mask();
         painter.setClipRegion(shape.translated(place));
         painter.drawPixmap(place, window.grab());
@@ -105,11 +113,15 @@ public:
         QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, row);
         m_gallery.take("list-picked");
         press("devicesListIcon"); // a second click closes the list
+        m_gallery.expect(!table->isVisible(), "the list is still open");
         m_gallery.take("paired");
     }
 
     void upload()
     {
+        m_dashboard.view->fileUploadView().draggingEntered();
+        m_gallery.take("dropping");
+        m_dashboard.view->fileUploadView().draggingExited();
         m_dashboard.view->showUploads({{1, "Field trip.mp4", 62}, {2, "Timetable.pdf", 8}});
         m_gallery.take("uploading");
         m_dashboard.view->showUploads({});

@@ -1,5 +1,6 @@
 #include "tests/screens/ScreenTest.h"
 #include "views/qt/ColoredView.h"
+#include "views/qt/Theme.h"
 
 #include <QComboBox>
 #include <QLabel>
@@ -43,6 +44,28 @@ TEST_F(SettingsScreenTest, TheBackgroundIsWhite)
 {
     open();
     EXPECT_EQ(setting<ColoredView>("settingsView").backgroundColor(), QColor(255, 255, 255));
+}
+
+TEST_F(SettingsScreenTest, TheHeadingIsStyledAsThatOfTheList)
+{
+    open();
+    const auto& heading = setting<QLabel>("settingsHeaderLabel");
+    EXPECT_EQ(heading.text(), "Settings");
+    EXPECT_EQ(heading.font(), find<QLabel>(list(), "headerMainLabel").font());
+    EXPECT_EQ(setting("settingsView").width(), list().width());
+}
+
+TEST_F(SettingsScreenTest, PopUpsAreWhiteWithAThinOutlineAndHighEnoughToHit)
+{
+    open();
+    for (const char* name : {"sessionPresentButton", "switchDeviceButton", "switchAudioDeviceButton"}) {
+        auto& button = setting<QComboBox>(name);
+        EXPECT_GE(button.height(), 36) << name;
+        const QPoint topMiddle(button.width() / 2, 0);
+        EXPECT_EQ(pixel(button, topMiddle), QColor(Theme::outline)) << name;
+        for (int y = 1; y < 6; ++y) // no gradient
+            EXPECT_EQ(pixel(button, topMiddle + QPoint(0, y)), QColor(Qt::white)) << name;
+    }
 }
 
 TEST_F(SettingsScreenTest, AChoiceOutlivesTheClosingOfThePopoverAndReachesNobody)

@@ -1,9 +1,16 @@
 #include "platform/testing/FakeLog.h"
+#include "tests/screens/EventCounter.h"
 #include "views/qt/ITSwitchWidget.h"
+
+#include <algorithm>
+#include <ctime>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QDialog>
+#include <QKeyEvent>
 #include <QTest>
 
 namespace companion::testing {
@@ -51,7 +58,10 @@ protected:
         animation().setCurrentTime(milliseconds);
     }
 
-    QColor pixel(double x, double y) { return m_widget.grab().toImage().pixelColor(int(x), int(y)); }
+    QColor pixel(int x, int y)
+    {
+        return m_widget.grab().toImage().pixelColor(QPoint(x, y) * m_widget.devicePixelRatioF());
+    }
 
     void expectKnob(double x, double width)
     {
@@ -124,6 +134,56 @@ TEST_F(SwitchWidgetTest, ADraggedKnobFollowsToTheNearerEndInTheDefaultTiming)
     EXPECT_FALSE(m_model.checked());
 }
 
+TEST_F(SwitchWidgetTest, AKnobThatIsDraggedArrivesIn400MillisecondsHoweverOftenThePointerMoves)
+{
+    QTest::mousePress(&m_widget, Qt::LeftButton, {}, {10, 18});
+    finish();
+    QTest::mouseMove(&m_widget, {33, 18});
+    for (int move = 1; move <= 50; ++move) { // one in 8 ms, as a mouse does
+        setTime(animation().currentTime() + 8);
+        QTest::mouseMove(&m_widget, {34 + move % 20, 18});
+    }
+    expectKnob(56 - pressedKnobWidth - 2, pressedKnobWidth);
+    QTest::mouseRelease(&m_widget, Qt::LeftButton, {}, {40, 18});
+    EXPECT_EQ(m_actions, 1);
+}
+
+TEST_F(SwitchWidgetTest, AnAlertThatCutsOffADragLeavesTheSwitchAsItWas)
+{
+    QTest::mousePress(&m_widget, Qt::LeftButton, {}, {10, 18});
+    QTest::mouseMove(&m_widget, {50, 18});
+    {
+        QDialog alert;
+        alert.setWindowModality(Qt::ApplicationModal);
+        alert.show();
+        QCoreApplication::processEvents();
+    }
+    EXPECT_FALSE(m_model.isActive());
+    EXPECT_FALSE(m_model.hasDragged());
+    QTest::mouseMove(&m_widget, {52, 18}); // the button may still be down
+    QTest::mouseRelease(&m_widget, Qt::LeftButton, {}, {52, 18});
+    finish();
+    expectKnob(2, knobWidth);
+    EXPECT_EQ(m_actions, 0);
+
+    QTest::mouseClick(&m_widget, Qt::LeftButton, {}, {10, 18});
+    EXPECT_TRUE(m_model.checked());
+    EXPECT_EQ(m_actions, 1);
+}
+
+TEST_F(SwitchWidgetTest, ASwitchThatIsHiddenOrDisabledInADragStaysAsItWas)
+{
+    for (const auto change : {&QWidget::setVisible, &QWidget::setEnabled}) {
+        QTest::mousePress(&m_widget, Qt::LeftButton, {}, {10, 18});
+        QTest::mouseMove(&m_widget, {50, 18});
+        std::invoke(change, m_widget, false);
+        std::invoke(change, m_widget, true);
+        finish();
+        expectKnob(2, knobWidth);
+        EXPECT_EQ(m_actions, 0);
+    }
+}
+
 TEST_F(SwitchWidgetTest, AReleaseOutsideTheControlStillToggles)
 {
     QTest::mousePress(&m_widget, Qt::LeftButton, {}, {10, 18});
@@ -156,6 +216,17 @@ TEST_F(SwitchWidgetTest, SpaceTogglesAndTheArrowsTurnOnAndOff)
     EXPECT_EQ(m_actions, 2);
     QTest::keyClick(&m_widget, Qt::Key_A);
     EXPECT_EQ(m_actions, 2);
+}
+
+TEST_F(SwitchWidgetTest, ASpaceBarThatIsHeldTogglesOnce)
+{
+    QTest::keyPress(&m_widget, Qt::Key_Space);
+    for (int repeat = 0; repeat < 4; ++repeat) {
+        QKeyEvent held(QEvent::KeyPress, Qt::Key_Space, Qt::NoModifier, " ", /*autorep=*/true);
+        QApplication::sendEvent(&m_widget, &held);
+    }
+    EXPECT_TRUE(m_model.checked());
+    EXPECT_EQ(m_actions, 1);
 }
 
 TEST_F(SwitchWidgetTest, WithoutTheKeyboardFocusSpaceDoesNothing)
@@ -207,27 +278,93 @@ TEST_F(SwitchWidgetTest, ADisabledSwitchIsHalfAsOpaqueAndIgnoresTheMouse)
     EXPECT_EQ(m_actions, 0);
 }
 
-/// Counts how often a view is painted.
-class PaintCounter : public QObject {
-public:
-    explicit PaintCounter(QWidget& view) { view.installEventFilter(this); }
+TEST_F(SwitchWidgetTest, ADisabledKnobIsHalfSeenThroughAsAWhole)
+{
+    m_widget.clearFocus();
+    QPalette palette = m_widget.palette();
+    palette.setColor(QPalette::Window, QColor(200, 200, 200));
+    m_widget.setPalette(palette);
+    m_model.setChecked(true);
+    finish();
+    EXPECT_EQ(pixel(42, 18), QColor(255, 255, 255));
+    m_widget.setEnabled(false);
+    finish();
+    for (const int channel : {pixel(42, 18).red(), pixel(42, 18).green(), pixel(42, 18).blue()})
+        EXPECT_NEAR(
+            channel, (255 + 200) / 2.0, 1.5); // the white knob at half opacity, and no track through it
+}
 
-    bool eventFilter(QObject*, QEvent* event) override
-    {
-        count += event->type() == QEvent::Paint;
-        return false;
-    }
+TEST_F(SwitchWidgetTest, TheOpacityChangesInTheAnimationsTimeToo)
+{
+    const auto green = [this] { return pixel(20, 18).green(); };
+    const int enabled = green();
+    m_widget.setEnabled(false);
+    setTime(0);
+    EXPECT_EQ(green(), enabled);
+    setTime(40);
+    const int onTheWay = green();
+    finish();
+    EXPECT_GT(onTheWay, std::min(enabled, green()));
+    EXPECT_LT(onTheWay, std::max(enabled, green()));
+}
 
-    int count = 0;
-};
+TEST_F(SwitchWidgetTest, TheBorderOfTheTrackLiesOverTheShadowOfTheKnob)
+{
+    m_widget.clearFocus();
+    m_widget.resize(208, 108); // so that the border below the knob is far from its round ends
+    finish();
+    const int belowKnob = pixel(4 + 80, 4 + 99).green();
+    const int elsewhere = pixel(4 + 145, 4 + 99).green();
+    EXPECT_LE(
+        elsewhere - belowKnob, 0.25 * 0.3 * 255); // what a border of 75 % lets through of a shadow of 30 %
+}
+
+TEST_F(SwitchWidgetTest, TheTracksBorderIsTwoPointsOfOneColourWithSharpEdges)
+{
+    m_widget.clearFocus();
+    finish();
+    const QImage image = m_widget.grab().toImage();
+    const double ratio = image.devicePixelRatio();
+    const int middle = qRound(42 * ratio); // between the knob and the round end
+    const int top = qRound(4 * ratio);
+    const int thickness = qRound(2 * ratio);
+    const QColor window = m_widget.palette().window().color();
+    EXPECT_EQ(image.pixelColor(middle, top - 1), window);
+    for (int y = top; y < top + thickness; ++y)
+        EXPECT_EQ(image.pixelColor(middle, y), image.pixelColor(middle, top)) << y;
+    EXPECT_NE(image.pixelColor(middle, top), window);
+    EXPECT_EQ(image.pixelColor(middle, top + thickness), window);
+}
+
+TEST_F(SwitchWidgetTest, NothingIsAnimatedWhereNothingChanges)
+{
+    m_model.setChecked(false);
+    EXPECT_EQ(animation().state(), QAbstractAnimation::Stopped);
+}
 
 TEST_F(SwitchWidgetTest, TheAnimationIsPaintedManyTimesInItsFourTenthsOfASecond)
 {
-    const PaintCounter paints(m_widget);
+    const EventCounter paints(m_widget, QEvent::Paint);
     m_model.setChecked(true);
     QTest::qWait(500);
     RecordProperty("paints", paints.count);
     EXPECT_GE(paints.count, 13); // at 60 a second they are 25; the computer may be busy
+}
+
+TEST_F(SwitchWidgetTest, AFrameTakesLessThanAQuarterOfASixtiethOfASecond)
+{
+    m_model.setChecked(true);
+    std::vector<double> milliseconds;
+    for (int time = 0; time <= 400; time += 16) {
+        setTime(time);
+        const std::clock_t before = std::clock(); // the processor's time: others may be using it, too
+        m_widget.repaint();
+        milliseconds.push_back(1000.0 * static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC);
+    }
+    std::sort(milliseconds.begin(), milliseconds.end());
+    const double median = milliseconds[milliseconds.size() / 2];
+    RecordProperty("medianMicroseconds", static_cast<int>(1000 * median));
+    EXPECT_LT(median, 1000.0 / 60 / 4);
 }
 
 TEST_F(SwitchWidgetTest, NothingRunsOnceTheAnimationIsOver)

@@ -3,6 +3,7 @@
 #include "views/qt/ImageView.h"
 #include "views/qt/ITSwitchWidget.h"
 #include "views/qt/RoundButton.h"
+#include "views/qt/UploadProgressBars.h"
 
 #include <QAbstractItemView>
 #include <QAccessible>
@@ -166,6 +167,8 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object)
         return new AccessibleRoundButton(*button);
     if (auto* button = qobject_cast<QComboBox*>(object))
         return new AccessiblePopUpButton(*button);
+    if (auto* bars = qobject_cast<UploadProgressBars*>(object))
+        return new QAccessibleWidget(bars, QAccessible::Grouping);
     if (auto* view = qobject_cast<ImageView*>(object)) {
         const bool isDecoration = view->accessibleName().isEmpty();
         return new QAccessibleWidget(view, isDecoration ? QAccessible::Graphic : QAccessible::Grouping);

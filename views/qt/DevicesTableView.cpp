@@ -9,6 +9,7 @@
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
+#include <utility>
 #include <vector>
 
 namespace companion {
@@ -62,12 +63,14 @@ public:
 
     void setIcon(int row, const QString& imageName)
     {
-        if (row < 0 || row >= m_rows)
+        const auto known = static_cast<int>(m_icons.size());
+        if (row < 0 || row >= qMax(m_rows, known)) // a row that went may come back, with the icon that it had
             return;
-        if (static_cast<std::size_t>(row) >= m_icons.size())
+        if (row >= known)
             m_icons.resize(static_cast<std::size_t>(row) + 1, QStringLiteral("radioIcon"));
         m_icons[static_cast<std::size_t>(row)] = imageName;
-        Q_EMIT dataChanged(index(row), index(row));
+        if (row < m_rows)
+            Q_EMIT dataChanged(index(row), index(row));
     }
 
     DevicesTableView::RowCount countRows;
@@ -199,13 +202,28 @@ void DevicesTableView::mouseReleaseEvent(QMouseEvent* event)
     if (event->button() != Qt::LeftButton || !viewport()->rect().contains(event->pos()))
         return;
     const QModelIndex index = indexAt(event->pos());
-    Q_EMIT rowClicked(index.row(), index.column());
+    if (std::exchange(m_pressedRow, std::nullopt) == index.row())
+        Q_EMIT rowClicked(index.row(), index.column());
 }
 
 void DevicesTableView::mousePressEvent(QMouseEvent* event)
 {
+    rememberPress(*event);
     setWorkedByKeyboard(false);
     QListView::mousePressEvent(event);
+}
+
+/// The second press of two in quick succession.
+void DevicesTableView::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    rememberPress(*event);
+    QListView::mouseDoubleClickEvent(event);
+}
+
+void DevicesTableView::rememberPress(const QMouseEvent& event)
+{
+    if (event.button() == Qt::LeftButton)
+        m_pressedRow = indexAt(event.pos()).row();
 }
 
 void DevicesTableView::focusInEvent(QFocusEvent* event)

@@ -4,6 +4,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <QElapsedTimer>
 #include <QListView>
 #include <QTimer>
@@ -32,7 +33,8 @@ public:
     /// sooner than 16 ms after the time before.
     void reloadData();
 
-    /// The icon of a row; it stays with the row number, whichever panel stands there. Rows that are not there are skipped.
+    /// The icon of a row; it stays with the row number, whichever panel stands there, and for when a row
+    /// of that number comes back. Rows that never were there are skipped.
     void setRowIcon(int row, const QString& imageName);
     QString rowIcon(int row) const;
 
@@ -47,25 +49,28 @@ public:
     bool isWorkedByKeyboard() const { return m_isWorkedByKeyboard; }
 
 Q_SIGNALS:
-    /// A click or the Return key; both are -1 for the empty area below the rows.
+    /// A click, pressed and released on one row, or the Return key; both are -1 for the empty area below the rows.
     void rowClicked(int row, int column);
 
 protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     void showPresentRows();
     bool mayWait() const;
+    void rememberPress(const QMouseEvent& event);
     void setWorkedByKeyboard(bool isWorkedByKeyboard);
 
     std::unique_ptr<DevicesTableModel> m_model;
     QTimer m_reload;
     QElapsedTimer m_sinceReload;
     QString m_placeholder;
+    std::optional<int> m_pressedRow; ///< Where the left button went down, -1 below the rows.
     bool m_isWorkedByKeyboard = false;
 };
 

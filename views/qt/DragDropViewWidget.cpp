@@ -9,7 +9,13 @@ namespace companion {
 
 namespace {
 
-/// The model allows every operation, but a source that is told "move" deletes its file.
+/// The model allows every operation, but a source that is told "move" deletes its file. An action that the source does
+/// not offer cannot be chosen: the toolkit would put another one in its place.
+bool mayBeCopied(const QDropEvent& event)
+{
+    return event.possibleActions().testFlag(Qt::CopyAction);
+}
+
 void allowCopy(QDropEvent& event)
 {
     event.setDropAction(Qt::CopyAction);
@@ -26,7 +32,7 @@ DragDropViewWidget::DragDropViewWidget(QWidget* parent)
 
 void DragDropViewWidget::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (!m_model || !m_model->takesDrag(MimePasteboard(*event->mimeData()))) {
+    if (!m_model || !mayBeCopied(*event) || !m_model->takesDrag(MimePasteboard(*event->mimeData()))) {
         event->ignore();
         return;
     }
@@ -37,7 +43,10 @@ void DragDropViewWidget::dragEnterEvent(QDragEnterEvent* event)
 void DragDropViewWidget::dragMoveEvent(QDragMoveEvent* event)
 {
     m_model->draggingUpdated();
-    allowCopy(*event);
+    if (mayBeCopied(*event))
+        allowCopy(*event);
+    else
+        event->ignore(); // a key that is held down may leave nothing but moving
 }
 
 void DragDropViewWidget::dragLeaveEvent(QDragLeaveEvent*)
@@ -48,18 +57,12 @@ void DragDropViewWidget::dragLeaveEvent(QDragLeaveEvent*)
 /// The source waits for the answer, so what follows, which may be an alert, comes after it.
 void DragDropViewWidget::dropEvent(QDropEvent* event)
 {
-    const Drop drop = m_model->readDrop(MimePasteboard(*event->mimeData()));
+    const Drop drop = mayBeCopied(*event) ? m_model->readDrop(MimePasteboard(*event->mimeData())) : Drop();
     if (drop.isAccepted())
         allowCopy(*event);
     else
         event->ignore();
-    QMetaObject::invokeMethod(
-        this,
-        [this, drop] {
-            m_model->carryOut(drop);
-            m_model->draggingEnded();
-        },
-        Qt::QueuedConnection);
+    m_model->carryOutLater(drop);
 }
 
 } // namespace companion

@@ -103,7 +103,7 @@ ITSwitchWidget::Appearance ITSwitchWidget::target() const
     const Rect knob = m_model->rectForKnob();
     const ITSwitch::Look look = m_model->look();
     return {{knob.origin.x, knob.origin.y, knob.size.width, knob.size.height}, toQColor(look.trackBorder),
-        toQColor(look.trackFill), toQColor(look.knobInside)};
+        toQColor(look.trackFill), toQColor(look.knobInside), look.opacity};
 }
 
 void ITSwitchWidget::reloadLayerSize()
@@ -116,16 +116,26 @@ void ITSwitchWidget::reloadLayerSize()
 
 void ITSwitchWidget::reloadLayer()
 {
+    const Appearance to = target();
+    const TimingFunction timing = m_model->look().timing.value_or(platformDefaultTiming);
+    announceState();
+    if (isOnItsWayTo(to, timing))
+        return;
     m_from = m_shown;
-    m_to = target();
-    m_timing = m_model->look().timing.value_or(platformDefaultTiming);
+    m_to = to;
+    m_timing = timing;
     m_animation.stop();
     if (isVisible())
         m_animation.start();
     else
         m_shown = m_to;
     update();
-    announceState();
+}
+
+/// Or there already. The pointer moves more often than once in the animation's time, and every move asks for it anew.
+bool ITSwitchWidget::isOnItsWayTo(const Appearance& target, const TimingFunction& timing) const
+{
+    return m_to == target && (m_animation.state() == QAbstractAnimation::Stopped || m_timing == timing);
 }
 
 void ITSwitchWidget::showProgress(double time)
@@ -134,7 +144,8 @@ void ITSwitchWidget::showProgress(double time)
     m_shown = {between(m_from.knob, m_to.knob, progress),
         between(m_from.trackBorder, m_to.trackBorder, progress),
         between(m_from.trackFill, m_to.trackFill, progress),
-        between(m_from.knobInside, m_to.knobInside, progress)};
+        between(m_from.knobInside, m_to.knobInside, progress),
+        std::clamp(between(m_from.opacity, m_to.opacity, progress), 0.0, 1.0)};
     update();
 }
 
@@ -157,22 +168,60 @@ void ITSwitchWidget::paintEvent(QPaintEvent*)
     painter.setRenderHint(QPainter::Antialiasing);
     if (hasFocus())
         Theme::paintFocusRing(painter, rect(), height() / 2.0);
-    painter.translate(focusRingMargin, focusRingMargin);
-    painter.setOpacity(m_model->look().opacity);
+    if (m_shown.opacity < 1) {
+        painter.setOpacity(m_shown.opacity);
+        painter.drawPixmap(0, 0, layersAsOne());
+    } else {
+        paintLayers(painter);
+    }
+}
 
+/// The opacity is that of the whole: each layer with it would let those below shine through.
+QPixmap ITSwitchWidget::layersAsOne() const
+{
+    QPixmap whole(QSizeF(QSizeF(size()) * devicePixelRatioF()).toSize());
+    whole.setDevicePixelRatio(devicePixelRatioF());
+    whole.fill(Qt::transparent);
+    QPainter painter(&whole);
+    painter.setRenderHint(QPainter::Antialiasing);
+    paintLayers(painter);
+    return whole;
+}
+
+/// The border of a layer lies over what is in the layer.
+void ITSwitchWidget::paintLayers(QPainter& painter) const
+{
+    painter.translate(focusRingMargin, focusRingMargin);
     const ITSwitch::Geometry geometry = m_model->geometry();
     const double half = ITSwitch::borderWidth / 2;
     const QRectF track(
         half, half, m_model->frame().size.width - 2 * half, m_model->frame().size.height - 2 * half);
-    painter.setPen(QPen(m_shown.trackBorder, ITSwitch::borderWidth));
-    painter.setBrush(m_shown.trackFill);
-    painter.drawRoundedRect(track, geometry.trackCornerRadius - half, geometry.trackCornerRadius - half);
+    const double trackRadius = geometry.trackCornerRadius - half;
+    paintRounded(painter, track, trackRadius, m_shown.trackFill);
 
     paintShadow(painter, m_shown.knob, geometry.knobCornerRadius, ITSwitch::knobShadow);
     paintRounded(painter, m_shown.knob, geometry.knobCornerRadius, toQColor(ITSwitch::knobColor));
     paintShadow(painter, m_shown.knob, geometry.knobInsideCornerRadius, ITSwitch::knobInsideShadow);
     paintRounded(painter, m_shown.knob, geometry.knobInsideCornerRadius, Qt::white); // what the inside covers
     paintRounded(painter, m_shown.knob, geometry.knobInsideCornerRadius, m_shown.knobInside);
+
+    painter.setPen(QPen(m_shown.trackBorder, ITSwitch::borderWidth));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(track, trackRadius, trackRadius);
+}
+
+/// A window under an alert hears no more of the mouse, and neither does one that is hidden.
+bool ITSwitchWidget::event(QEvent* event)
+{
+    if (event->type() == QEvent::WindowBlocked || event->type() == QEvent::Hide)
+        cancelGesture();
+    return QWidget::event(event);
+}
+
+void ITSwitchWidget::cancelGesture()
+{
+    if (m_model && m_model->isActive())
+        m_model->cancelGesture();
 }
 
 void ITSwitchWidget::resizeEvent(QResizeEvent*)
@@ -183,8 +232,10 @@ void ITSwitchWidget::resizeEvent(QResizeEvent*)
 
 void ITSwitchWidget::changeEvent(QEvent* event)
 {
-    if (event->type() == QEvent::EnabledChange && m_model)
+    if (event->type() == QEvent::EnabledChange && m_model) {
+        cancelGesture();
         m_model->setEnabled(isEnabled());
+    }
     QWidget::changeEvent(event);
 }
 
@@ -196,19 +247,21 @@ void ITSwitchWidget::mousePressEvent(QMouseEvent* event)
 
 void ITSwitchWidget::mouseMoveEvent(QMouseEvent* event)
 {
-    if (event->buttons() & Qt::LeftButton && m_model)
+    if (event->buttons() & Qt::LeftButton && m_model && m_model->isActive())
         m_model->mouseDragged(
             {event->position().x() - focusRingMargin, event->position().y() - focusRingMargin});
 }
 
 void ITSwitchWidget::mouseReleaseEvent(QMouseEvent* event)
 {
-    if (event->button() == Qt::LeftButton && m_model)
+    if (event->button() == Qt::LeftButton && m_model && m_model->isActive())
         m_model->mouseUp();
 }
 
 void ITSwitchWidget::keyPressEvent(QKeyEvent* event)
 {
+    if (event->isAutoRepeat())
+        return; // a key that is held is one change
     if (event->key() == Qt::Key_Left && m_model)
         m_model->moveLeft();
     else if (event->key() == Qt::Key_Right && m_model)

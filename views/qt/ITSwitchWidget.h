@@ -23,6 +23,7 @@ public:
     QRectF shownKnob() const { return m_shown.knob; }
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
@@ -38,12 +39,19 @@ private:
         QColor trackBorder;
         QColor trackFill;
         QColor knobInside;
+        double opacity = 1;
+
+        bool operator==(const Appearance&) const = default;
     };
 
     void reloadLayerSize() override;
     void reloadLayer() override;
     Appearance target() const;
+    bool isOnItsWayTo(const Appearance& target, const TimingFunction& timing) const;
     void showProgress(double time);
+    void paintLayers(QPainter& painter) const;
+    QPixmap layersAsOne() const;
+    void cancelGesture();
     void announceState();
 
     ITSwitch* m_model = nullptr;

@@ -1,5 +1,6 @@
 #include "views/qt/ImageView.h"
 
+#include <QEvent>
 #include <QPainter>
 
 namespace companion {
@@ -21,12 +22,20 @@ void ImageView::setTiled(bool isTiled)
     update();
 }
 
+bool ImageView::event(QEvent* event)
+{
+    const bool isHandled = QWidget::event(event);
+    if (event->type() == QEvent::LayoutRequest && m_isTiled)
+        update(); // children have moved, and the pattern has with them
+    return isHandled;
+}
+
 void ImageView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     if (m_isTiled)
-        m_image.paintTiled(painter, rect());
+        m_image.paintTiled(painter, rect(), childrenRegion().boundingRect());
     else
         m_image.paint(painter, rect());
 }

@@ -1,5 +1,6 @@
 #include "views/qt/MainWindow.h"
 
+#include "views/qt/FirstPaint.h"
 #include "views/qt/SvgImage.h"
 
 #include <QApplication>
@@ -9,7 +10,10 @@ namespace companion {
 MainWindow::MainWindow()
 {
     setWindowTitle(QStringLiteral("Panel Companion"));
-    QApplication::setWindowIcon(QIcon(SvgImage::path(QStringLiteral("panel-companion")))); // of alerts, too
+    afterFirstPaint(*this, [] { // it is drawn in six sizes
+        QApplication::setWindowIcon(
+            QIcon(SvgImage::path(QStringLiteral("panel-companion")))); // of alerts, too
+    });
     setMinimumSize(800, 560);
     resize(960, 640);
 }

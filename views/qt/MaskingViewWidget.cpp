@@ -103,6 +103,10 @@ void MaskingViewWidget::paintEvent(QPaintEvent* event)
 
 void MaskingViewWidget::mousePressEvent(QMouseEvent* event)
 {
+    if (event->button() != Qt::LeftButton) {
+        QWidget::mousePressEvent(event);
+        return;
+    }
     if (m_model)
         m_model->mouseDown();
     event->accept();

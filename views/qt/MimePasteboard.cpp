@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QFileInfo>
 #include <QMimeData>
+#include <QSysInfo>
 #include <QUrl>
 #include <QVariantMap>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
 
 namespace companion {
 
@@ -21,6 +24,16 @@ constexpr int portalTimeout = 1000; // milliseconds
 std::string bytes(const QByteArray& array)
 {
     return array.toStdString();
+}
+
+/// Folders, devices, pipes and files that cannot be read are URLs and nothing more. The path is taken as bytes, since
+/// not every file name is text.
+bool namesReadableFile(const std::string& url)
+{
+    const std::optional<FileUrl> file = FileUrl::fromText(url);
+    struct stat status = {};
+    return file && stat(file->path().c_str(), &status) == 0 && S_ISREG(status.st_mode)
+        && access(file->path().c_str(), R_OK) == 0;
 }
 
 } // namespace
@@ -38,7 +51,7 @@ std::vector<DragType> MimePasteboard::types() const
         else if (format == pdf)
             addOnce(DragType::pdf);
         else if (format == urlList || format == portalKey) {
-            if (hasPortalKey() || namesReadableFile())
+            if (mayBeFile())
                 addOnce(DragType::fileUrl);
             addOnce(DragType::url);
         }
@@ -54,19 +67,44 @@ std::optional<std::string> MimePasteboard::dataForType(DragType type) const
     case DragType::pdf:
         return bytes(m_mimeData.data(pdf));
     case DragType::url:
-        return firstUrl();
+        return url();
     case DragType::fileUrl:
-        return hasPortalKey() ? portalFileUrl() : firstUrl();
+        return fileUrl();
     }
     return std::nullopt;
 }
 
-std::optional<std::string> MimePasteboard::firstUrl() const
+std::optional<std::string> MimePasteboard::url() const
+{
+    const std::optional<std::string> listed = listedUrl();
+    return listed ? listed : portalUrl();
+}
+
+/// Programs may name this computer in the URL of a file.
+std::optional<std::string> MimePasteboard::listedUrl() const
 {
     const QList<QUrl> urls = m_mimeData.urls();
     if (urls.isEmpty())
-        return hasPortalKey() ? portalFileUrl() : std::nullopt;
-    return bytes(urls.first().toEncoded());
+        return std::nullopt;
+    QUrl url = urls.first();
+    if (url.isLocalFile() && url.host().compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0)
+        url.setHost(QString());
+    return bytes(url.toEncoded());
+}
+
+/// A path that the portal knows is the one here; that in the list may be one of the sandbox, and counts only where
+/// there is nothing else to go by.
+std::optional<std::string> MimePasteboard::fileUrl() const
+{
+    std::optional<std::string> url = portalUrl();
+    if (!url)
+        url = listedUrl();
+    return url && namesReadableFile(*url) ? url : std::nullopt;
+}
+
+bool MimePasteboard::mayBeFile() const
+{
+    return (hasPortalKey() && !m_hasAskedPortal) || fileUrl();
 }
 
 bool MimePasteboard::hasPortalKey() const
@@ -74,17 +112,14 @@ bool MimePasteboard::hasPortalKey() const
     return m_mimeData.hasFormat(portalKey);
 }
 
-/// Folders, devices, pipes and files that cannot be read are URLs and nothing more.
-bool MimePasteboard::namesReadableFile() const
+const std::optional<std::string>& MimePasteboard::portalUrl() const
 {
-    const QList<QUrl> urls = m_mimeData.urls();
-    if (urls.isEmpty() || !urls.first().isLocalFile())
-        return false;
-    const QFileInfo file(urls.first().toLocalFile());
-    return file.isFile() && file.isReadable();
+    if (hasPortalKey() && !std::exchange(m_hasAskedPortal, true))
+        m_portalUrl = askPortal();
+    return m_portalUrl;
 }
 
-std::optional<std::string> MimePasteboard::portalFileUrl() const
+std::optional<std::string> MimePasteboard::askPortal() const
 {
     QDBusMessage call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.portal.Documents"),
         QStringLiteral("/org/freedesktop/portal/documents"),

@@ -17,18 +17,27 @@ public:
     {
     }
 
+    /// What is offered by the portal's key counts as a file until the portal has been asked.
     std::vector<DragType> types() const override;
 
-    /// Asks the portal, where its key is offered, and waits up to a second for it.
+    /// Asks the portal, where its key is offered, and waits up to a second for it. It is asked once: it forgets a
+    /// key with its first answer.
     std::optional<std::string> dataForType(DragType type) const override;
 
 private:
-    std::optional<std::string> firstUrl() const;
-    std::optional<std::string> portalFileUrl() const;
+    std::optional<std::string> url() const;
+    std::optional<std::string> listedUrl() const;
+    std::optional<std::string> fileUrl() const;
+    bool mayBeFile() const;
+
     bool hasPortalKey() const;
-    bool namesReadableFile() const;
+    const std::optional<std::string>& portalUrl() const;
+    std::optional<std::string> askPortal() const;
 
     const QMimeData& m_mimeData;
+    mutable bool m_hasAskedPortal = false;
+    mutable std::optional<std::string>
+        m_portalUrl; ///< Nothing when the portal has not answered, or has no files.
 };
 
 } // namespace companion

@@ -2,10 +2,13 @@
 
 #include "views/qt/Theme.h"
 
+#include <numbers>
 #include <QApplication>
+#include <QBitmap>
 #include <QCursor>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QPainterPath>
 #include <QScreen>
 #include <QVBoxLayout>
 #include <utility>
@@ -15,8 +18,11 @@ namespace companion {
 namespace {
 
 constexpr int arrowHeight = 10;
-constexpr int arrowHalfWidth = 11;
+constexpr int arrowHalfWidth = arrowHeight; // slopes of 45 degrees
 constexpr int border = 1;
+constexpr int cornerRadius = 12;
+constexpr double tipRadius = 2;                                // of the arrow
+constexpr int arrowMargin = cornerRadius + arrowHalfWidth + 1; // of its middle, from the corners
 constexpr int marginInWindow = 8;
 
 /// The part of `bounds` that a popover is kept in: the window's, unless that is too narrow.
@@ -34,20 +40,20 @@ Popover::Popover(QWidget& anchor, QWidget& content)
     , m_content(content)
 {
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(border, arrowHeight + border, border, border);
+    // The content has square corners, which stay clear of the round ones.
+    layout->setContentsMargins(border, arrowHeight + cornerRadius, border, cornerRadius);
     layout->addWidget(&content);
 }
 
 void Popover::present()
 {
-    if (isVisible() || !m_anchor) {
-        hide();
+    if (!m_anchor)
         return;
-    }
     adjustSize();
     placeBelowAnchor();
     focusContent();
     show();
+    raise();
     activateWindow();
 }
 
@@ -67,16 +73,34 @@ void Popover::placeBelowAnchor()
     const int left =
         qBound(bounds.left(), below.x() - width() / 2, qMax(bounds.left(), bounds.right() - width() + 1));
     move(left, below.y());
-    m_arrowX = qBound(2 * arrowHalfWidth, below.x() - left, width() - 2 * arrowHalfWidth);
-    setMask(QRegion(outline()));
+    m_arrowX = qBound(arrowMargin, below.x() - left, width() - arrowMargin);
+    setMask(shape());
 }
 
-QPolygon Popover::outline() const
+/// The pixels that the outline covers for the better part.
+QBitmap Popover::shape() const
 {
-    const int right = width();
-    const int bottom = height();
-    return QPolygon({{0, arrowHeight}, {m_arrowX - arrowHalfWidth, arrowHeight}, {m_arrowX, 0},
-        {m_arrowX + arrowHalfWidth, arrowHeight}, {right, arrowHeight}, {right, bottom}, {0, bottom}});
+    QBitmap shape(size());
+    shape.clear();
+    QPainter(&shape).fillPath(outline(-0.2), Qt::color1);
+    return shape;
+}
+
+/// `inset` from the popover's edge. The arrow has a round tip.
+QPainterPath Popover::outline(double inset) const
+{
+    const QRectF body = QRectF(rect()).adjusted(inset, arrowHeight + inset, -inset, -inset);
+    QPainterPath path;
+    path.addRoundedRect(body, cornerRadius - inset, cornerRadius - inset);
+
+    const double tip = inset * std::numbers::sqrt2;
+    const double foot = body.top() + 1; // within the body, so that they overlap
+    QPainterPath arrow(QPointF(m_arrowX - foot + tip, foot));
+    arrow.lineTo(m_arrowX - tipRadius, tip + tipRadius);
+    arrow.quadTo(m_arrowX, tip, m_arrowX + tipRadius, tip + tipRadius);
+    arrow.lineTo(m_arrowX + foot - tip, foot);
+    arrow.closeSubpath();
+    return path.united(arrow);
 }
 
 bool Popover::eventFilter(QObject* watched, QEvent* event)
@@ -85,8 +109,9 @@ bool Popover::eventFilter(QObject* watched, QEvent* event)
         return false;
     if (isUseOfAnchorsWindow(watched, *event))
         hide();
+    // The anchor moves in a window that is resized, once that has laid its contents out.
     const bool isMoved = event->type() == QEvent::Move || event->type() == QEvent::Resize;
-    if (isMoved && watched == m_anchor->window())
+    if (isMoved && (watched == m_anchor->window() || watched == m_anchor))
         placeBelowAnchor();
     return QWidget::eventFilter(watched, event);
 }
@@ -135,10 +160,10 @@ void Popover::keyPressEvent(QKeyEvent* event)
 void Popover::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
-    painter.fillRect(rect(), Qt::white);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(QColor(Theme::outline), 2)); // half of it lies outside the mask
-    painter.drawPolygon(outline());
+    painter.fillRect(
+        rect(), QColor(Theme::outline)); // up to the mask's edge: not every desktop blends windows
+    painter.fillPath(outline(border), Qt::white);
 }
 
 void Popover::resizeEvent(QResizeEvent* event)

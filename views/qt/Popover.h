@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPainterPath>
 #include <QPointer>
 #include <QWidget>
 
@@ -17,7 +18,7 @@ public:
     /// control that the keyboard works first.
     Popover(QWidget& anchor, QWidget& content);
 
-    /// Shows the popover below the anchor; when it is open already it closes, as a second click on the anchor means.
+    /// Shows the popover below the anchor, or brings it to the front where it is open already.
     void present();
 
     /// Where the arrow points to, on the screen.
@@ -37,7 +38,8 @@ private:
     bool isActivatedByUser();
     void focusContent();
     void placeBelowAnchor();
-    QPolygon outline() const;
+    QBitmap shape() const;
+    QPainterPath outline(double inset) const;
 
     QPointer<QWidget> m_anchor;
     QWidget& m_content;

@@ -6,8 +6,6 @@
 #include "views/qt/QtSettingsView.h"
 #include "views/qt/Theme.h"
 
-#include <QAccessible>
-
 namespace companion {
 
 QtDashboardView::QtDashboardView(Alerts& alerts, SystemLog& log, QWidget* parent)
@@ -46,24 +44,44 @@ void QtDashboardView::style()
     m_scene->hdmiToggleView->setBackgroundColor(QColor(34, 34, 34, qRound(0.25 * 255)));
     m_scene->uploadArrowImage->setImageName("uploadArrow");
     m_scene->emptyStateImage->setImageName("emptyState");
+    m_scene->hdmiMessageImage->setImageName("touchOn");
     m_scene->devicesListIcon->setIcon(QIcon(SvgImage::path("devices")));
     m_scene->settingsIcon->setIcon(QIcon(SvgImage::path("settings")));
 
     for (QLabel* label : {m_scene->dragAndDropLabel, m_scene->emptyStateLabel})
         label->setFont(Theme::font(FontFace::regular, 12));
     for (QLabel* label : {m_scene->deviceStatusLabel, m_scene->facingProblemLabel, m_scene->enableHDMILabel,
-             m_scene->deviceHDMISubLabel})
+             m_scene->deviceHDMISubLabel, m_scene->wirelessTouchStatusLabel, m_scene->castCaptionLabel})
         label->setFont(Theme::font(FontFace::regular, 16));
     m_scene->deviceHDMIMainLabel->setFont(Theme::font(FontFace::semiBold, 32));
+
+    QPalette help = m_scene->facingProblemLabel->palette();
+    help.setColor(QPalette::WindowText, QColor(Theme::secondaryText));
+    m_scene->facingProblemLabel->setPalette(help);
 }
 
 void QtDashboardView::connectControls()
 {
-    connect(m_scene->devicesListIcon, &QToolButton::clicked, this, &QtDashboardView::devicesListIconClicked);
-    connect(m_scene->settingsIcon, &QToolButton::clicked, this, &QtDashboardView::settingsIconClicked);
+    connect(m_scene->devicesListIcon, &QToolButton::clicked, this, [this] {
+        if (!closeIfOpen(m_devicesPopover))
+            Q_EMIT devicesListIconClicked();
+    });
+    connect(m_scene->settingsIcon, &QToolButton::clicked, this, [this] {
+        if (!closeIfOpen(m_settingsPopover))
+            Q_EMIT settingsIconClicked();
+    });
     connect(m_scene->connectButton, &QPushButton::clicked, this, &QtDashboardView::connectButtonClicked);
     connect(m_scene->castButtonView, &RoundButton::clicked, this, &QtDashboardView::castButtonClicked);
     connect(m_scene->fileUploadButton, &QPushButton::clicked, this, &QtDashboardView::uploadFileAction);
+}
+
+/// A second click on what opened a popover closes it; whatever else asks for one that is open wants to see it.
+bool QtDashboardView::closeIfOpen(Popover* popover)
+{
+    const bool isOpen = popover && popover->isVisible();
+    if (isOpen)
+        popover->hide();
+    return isOpen;
 }
 
 QWidget& QtDashboardView::paneView(Pane pane) const
@@ -88,13 +106,21 @@ void QtDashboardView::setHidden(Pane pane, bool hidden)
     paneView(pane).setHidden(hidden);
     if (pane == Pane::castButton)
         m_scene->castCaptionLabel->setHidden(hidden);
+    keepPlaceOfHdmiPane(m_scene->emptyStateImageView->isHidden());
+}
+
+/// Casting hides the pane, and the button that was just pressed must not move for it.
+void QtDashboardView::keepPlaceOfHdmiPane(bool isKept)
+{
+    QSizePolicy policy = m_scene->hdmiToggleView->sizePolicy();
+    policy.setRetainSizeWhenHidden(isKept);
+    m_scene->hdmiToggleView->setSizePolicy(policy);
 }
 
 void QtDashboardView::setDeviceStatus(const std::string& text)
 {
-    m_scene->deviceStatusLabel->setText(QString::fromStdString(text));
-    QAccessibleEvent changed(m_scene->deviceStatusLabel, QAccessible::NameChanged);
-    QAccessible::updateAccessibility(&changed);
+    m_scene->deviceStatusLabel->setText(
+        QString::fromStdString(text)); // which screen readers are told of by itself
 }
 
 void QtDashboardView::setCastButtonImage(const std::string& imageName)
@@ -103,6 +129,8 @@ void QtDashboardView::setCastButtonImage(const std::string& imageName)
     const bool isCasting = imageName == "castingActive";
     m_scene->castButtonView->setActive(isCasting);
     m_scene->castCaptionLabel->setText(isCasting ? tr("Stop casting") : tr("Start casting"));
+    m_scene->castButtonView->setToolTip(
+        isCasting ? tr("Stop casting to the panel") : tr("Cast the screen to the panel"));
 }
 
 void QtDashboardView::setFileUploadViewImage(const std::string& imageName)

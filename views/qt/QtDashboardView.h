@@ -51,6 +51,8 @@ Q_SIGNALS:
 private:
     void style();
     void connectControls();
+    static bool closeIfOpen(Popover* popover);
+    void keepPlaceOfHdmiPane(bool isKept);
     QWidget& paneView(Pane pane) const;
 
     std::unique_ptr<Ui::DashboardScene> m_scene;

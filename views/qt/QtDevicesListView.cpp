@@ -35,8 +35,9 @@ void QtDevicesListView::style()
     m_scene->headerMainLabel->setFont(Theme::font(FontFace::extraLight, 20));
     m_scene->headerSubLabel->setFont(Theme::font(FontFace::regular, 12));
     m_scene->disconnectButton->setFont(Theme::font(FontFace::regular, 16));
-    m_scene->devicesTableView->setPlaceholder(tr("No panel found yet.\n\nCheck that the panel is switched on "
-                                                 "and on the same network as this computer."));
+    m_scene->devicesTableView->setPlaceholder(tr(
+        "No panel found yet.\n\nCheck that the panel is switched on and on the same network as this computer. "
+        "“panelctl doctor”, typed into a terminal, tells what else may be in the way."));
 }
 
 void QtDevicesListView::setController(DevicesListViewController* controller)

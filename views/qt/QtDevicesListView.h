@@ -21,7 +21,8 @@ public:
     explicit QtDevicesListView(QWidget* parent = nullptr);
     ~QtDevicesListView() override;
 
-    /// Whom clicks are told to and where rows come from; it must outlive the view or be replaced by null.
+    /// Whom clicks are told to and where rows come from; it is replaced by null before it goes, unless the view is neither
+    /// shown nor clicked any more.
     void setController(DevicesListViewController* controller);
 
     void reloadData() override;

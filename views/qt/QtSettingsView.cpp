@@ -2,10 +2,18 @@
 
 #include "dashboard/RelaySettingsViewController.h"
 #include "ui_Settings.h"
+#include "views/qt/Theme.h"
 
 #include <QComboBox>
+#include <QStyledItemDelegate>
 
 namespace companion {
+
+namespace {
+
+constexpr int viewWidth = 360; // that of the list of panels
+
+} // namespace
 
 QtSettingsView::QtSettingsView(QWidget* parent)
     : ColoredView(parent)
@@ -13,8 +21,14 @@ QtSettingsView::QtSettingsView(QWidget* parent)
 {
     m_scene->setupUi(this);
     setBackgroundColor(Qt::white);
-    setMinimumWidth(320);
+    setFixedWidth(viewWidth);
+    m_scene->settingsHeaderLabel->setFont(Theme::font(Theme::FontFace::extraLight, 20));
     setFocusProxy(m_scene->fpsButton);
+    for (QComboBox* button : findChildren<QComboBox*>())
+        button->setItemDelegate(new QStyledItemDelegate(button)); // the default one knows no style sheet
+    for (QLabel* label : {m_scene->fpsLabel, m_scene->sessionPresentLabel, m_scene->switchDeviceLabel,
+             m_scene->switchAudioDeviceLabel})
+        label->setMinimumHeight(m_scene->fpsButton->sizeHint().height()); // for their texts to be on one line
 }
 
 QtSettingsView::~QtSettingsView() = default;

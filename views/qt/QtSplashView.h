@@ -10,7 +10,7 @@ class SplashScene;
 
 namespace companion {
 
-/// What the main window shows while the program starts.
+/// What the main window shows while the program starts: the picture at once, the titles right after it.
 class QtSplashView : public ColoredView {
     Q_OBJECT
 
@@ -19,6 +19,8 @@ public:
     ~QtSplashView() override;
 
 private:
+    void showTitles();
+
     std::unique_ptr<Ui::SplashScene> m_scene;
 };
 

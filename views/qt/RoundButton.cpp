@@ -51,7 +51,8 @@ void RoundButton::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setOpacity(isDown() ? 0.8 : underMouse() ? 0.92 : 1.0);
-    m_image.paint(painter, rect());
+    // Clear of the edges, which need not fall on whole pixels and would cut the circle off.
+    m_image.paint(painter, QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
     painter.setOpacity(1);
     if (hasFocus())
         Theme::paintFocusRingOnDark(painter, rect(), m_cornerRadius);
@@ -59,10 +60,11 @@ void RoundButton::paintEvent(QPaintEvent*)
 
 void RoundButton::keyPressEvent(QKeyEvent* event)
 {
-    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
-        click();
-    else
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (!isReturn)
         QAbstractButton::keyPressEvent(event);
+    else if (!event->isAutoRepeat()) // a key that is held is one press
+        click();
 }
 
 bool RoundButton::event(QEvent* event)

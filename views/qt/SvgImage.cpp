@@ -48,12 +48,15 @@ public:
     TilePainter(const TilePainter&) = delete;
     TilePainter& operator=(const TilePainter&) = delete;
 
-    void paint(QPoint origin, const Span& column, const Span& row)
+    /// A piece of the middle that meets `leftOut` has the colour of the middle's corner throughout.
+    void paint(QPoint origin, const Span& column, const Span& row, const QRectF& leftOut)
     {
         if (column.length <= 0 || row.length <= 0)
             return;
-        const QPointF corner = QPointF(column.start, row.start) / m_ratio;
-        m_painter.drawPixmap(origin + corner, tile(column, row));
+        const QRectF place(
+            origin + QPointF(column.start, row.start) / m_ratio, QSizeF(column.length, row.length) / m_ratio);
+        const bool isBlank = column.third == 1 && row.third == 1 && place.intersects(leftOut);
+        m_painter.drawPixmap(place.topLeft(), isBlank ? blankTile(column, row) : tile(column, row));
     }
 
 private:
@@ -73,11 +76,22 @@ private:
         return tile;
     }
 
+    const QPixmap& blankTile(const Span& column, const Span& row)
+    {
+        QPixmap& blank = m_blankTiles[{column.length, row.length}];
+        if (blank.isNull()) {
+            blank = tile(column, row);
+            blank.fill(blank.toImage().pixelColor(0, 0));
+        }
+        return blank;
+    }
+
     QSvgRenderer& m_renderer;
     QPainter& m_painter;
     const QSizeF m_third;
     const double m_ratio;
     std::map<std::array<int, 4>, QPixmap> m_tiles;
+    std::map<std::array<int, 2>, QPixmap> m_blankTiles;
 };
 
 } // namespace
@@ -107,7 +121,7 @@ void SvgImage::paint(QPainter& painter, const QRectF& bounds) const
     m_renderer->render(&painter, target);
 }
 
-void SvgImage::paintTiled(QPainter& painter, const QRect& bounds) const
+void SvgImage::paintTiled(QPainter& painter, const QRect& bounds, const QRectF& leftOut) const
 {
     if (!m_renderer)
         return;
@@ -117,7 +131,7 @@ void SvgImage::paintTiled(QPainter& painter, const QRect& bounds) const
     const std::vector<Span> columns = spans(bounds.width(), third.width(), ratio);
     for (const Span& row : spans(bounds.height(), third.height(), ratio)) {
         for (const Span& column : columns)
-            tiles.paint(bounds.topLeft(), column, row);
+            tiles.paint(bounds.topLeft(), column, row, leftOut);
     }
 }
 

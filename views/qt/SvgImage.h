@@ -1,11 +1,11 @@
 #pragma once
 
 #include <memory>
+#include <QRectF>
 #include <QString>
 
 class QPainter;
 class QRect;
-class QRectF;
 class QSvgRenderer;
 
 namespace companion {
@@ -25,8 +25,9 @@ public:
     void paint(QPainter& painter, const QRectF& bounds) const;
 
     /// Fills `bounds` with it in its own size: its corners, a third of it each way, stand in the corners, and what
-    /// lies between them is repeated a whole number of times, so that a pattern fits at any proportions.
-    void paintTiled(QPainter& painter, const QRect& bounds) const;
+    /// lies between them is repeated a whole number of times, so that a pattern fits at any proportions. Where `leftOut`
+    /// is, the pattern is left out of what lies between all four corners.
+    void paintTiled(QPainter& painter, const QRect& bounds, const QRectF& leftOut = {}) const;
 
     /// The path of the image's file in the program's resources.
     static QString path(const QString& name);

@@ -62,22 +62,34 @@ void paintRing(
     painter.restore();
 }
 
-// Buttons only: everything else is the palette's business.
+// Buttons of all kinds: everything else is the palette's business. The room of the border that the keyboard's control
+// has is there before, so that nothing moves.
 const char* const styleSheet = R"(
         QPushButton {
-            background: #34495e; color: white; border: 2px solid #34495e; border-radius: 8px;
-            padding: 8px 20px; min-height: 24px;
+            background: #34495e; color: white; margin: 3px; border: none; border-radius: 8px;
+            padding: 7px 20px; min-height: 30px;
         }
-        QPushButton:hover { background: #3f5870; border-color: #3f5870; }
-        QPushButton:pressed { background: #2a3b4c; border-color: #2a3b4c; }
-        QPushButton:focus { border-color: #1cbd9d; }
-        QPushButton:disabled { background: #d5dce2; border-color: #d5dce2; color: #52616f; }
+        QPushButton:hover { background: #3f5870; }
+        QPushButton:pressed { background: #2a3b4c; }
+        QPushButton:focus { margin: 0; border: 3px solid #0b7a65; border-radius: 11px; }
+        QPushButton:disabled { background: #d5dce2; color: #52616f; }
         QPushButton#disconnectButton {
-            background: rgb(204, 115, 77); border: 3px solid rgb(204, 115, 77); border-radius: 0;
-            color: #1d130e; padding: 0;
+            background: rgb(204, 115, 77); color: #1d130e;
+            margin: 0; border: 3px solid rgb(204, 115, 77); border-radius: 8px; padding: 0;
         }
         QPushButton#disconnectButton:hover { background: rgb(212, 128, 92); border-color: rgb(212, 128, 92); }
         QPushButton#disconnectButton:focus { border-color: #22303c; }
+        QComboBox {
+            background: white; color: #22303c; border: 1px solid #6b7c8c; border-radius: 8px;
+            padding: 2px 12px; min-height: 32px; combobox-popup: 0;
+        }
+        QComboBox:hover { background: #f6f8fa; }
+        QComboBox:focus { border: 3px solid #0b7a65; padding: 0 10px; }
+        QComboBox::drop-down { subcontrol-origin: border; border: none; width: 40px; }
+        QComboBox::down-arrow { image: url(:/images/dropDown.svg); width: 16px; height: 16px; }
+        QComboBox QAbstractItemView { background: white; border: 1px solid #6b7c8c; outline: 0; padding: 4px; }
+        QComboBox QAbstractItemView::item { min-height: 36px; padding: 0 8px; border-radius: 4px; color: #22303c; }
+        QComboBox QAbstractItemView::item:selected { background: #0b7a65; color: white; }
         QToolButton { background: transparent; border: 3px solid transparent; border-radius: 8px; }
         QToolButton:hover { background: rgba(255, 255, 255, 128); }
         QToolButton:pressed { background: rgba(255, 255, 255, 200); }
@@ -109,11 +121,21 @@ QFont font(FontFace face, int points)
 
 void apply(QApplication& application)
 {
+    applyColors(application);
+    applyBaseFont();
+}
+
+void applyColors(QApplication& application)
+{
     QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     QApplication::setPalette(lightPalette());
     QToolTip::setPalette(lightPalette());
-    QApplication::setFont(font(FontFace::regular, 14));
     application.setStyleSheet(QString::fromLatin1(styleSheet));
+}
+
+void applyBaseFont()
+{
+    QApplication::setFont(font(FontFace::regular, 14));
 }
 
 void paintFocusRing(QPainter& painter, const QRectF& bounds, double cornerRadius)

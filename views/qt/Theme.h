@@ -25,6 +25,10 @@ QFont font(FontFace face, int points);
 /// The light palette, the style of the controls and the base font, whatever the desktop's own scheme is.
 void apply(QApplication& application);
 
+/// The same without the base font, which takes longer than everything else: it may follow by `applyBaseFont`.
+void applyColors(QApplication& application);
+void applyBaseFont();
+
 /// A ring just inside `bounds`, with rounded corners.
 void paintFocusRing(QPainter& painter, const QRectF& bounds, double cornerRadius);
 

@@ -1,6 +1,7 @@
 #include "views/qt/UploadProgressBars.h"
 
 #include "views/qt/Theme.h"
+#include "views/qt/UploadBar.h"
 
 #include <algorithm>
 #include <QPainter>
@@ -10,12 +11,9 @@ namespace companion {
 
 namespace {
 
-constexpr int textHeight = 20;
-constexpr int barHeight = 4;
-constexpr int lineHeight = textHeight + barHeight + 10;
-constexpr int smallestLineHeight = textHeight + barHeight;
-constexpr int fewLines = 3; // have their place in any case
-constexpr int percentageWidth = 56;
+constexpr int smallestLineHeight = UploadBar::textHeight + UploadBar::barHeight;
+constexpr int lineHeight = smallestLineHeight + 10;
+constexpr int fewLines = 3;    // have their place in any case
 constexpr int sideMargin = 32; // from the drop area's dashed border
 
 } // namespace
@@ -29,27 +27,36 @@ UploadProgressBars::UploadProgressBars(QWidget* parent)
     hide();
 }
 
+UploadProgressBars::~UploadProgressBars() = default;
+
+/// An upload keeps its bar, so that a screen reader hears of its progress and not of new bars.
 void UploadProgressBars::setLines(const std::vector<UploadLine>& lines)
 {
-    m_lines = lines;
+    std::vector<std::unique_ptr<UploadBar>> bars;
+    for (const UploadLine& line : lines) {
+        bars.push_back(barFor(line));
+        bars.back()->setValue(line.percent);
+    }
+    m_bars = std::move(bars);
     updateGeometry();
     setHidden(lines.empty());
+    arrange();
     update();
+}
+
+/// That which the upload has, or a new one.
+std::unique_ptr<UploadBar> UploadProgressBars::barFor(const UploadLine& line)
+{
+    for (auto& bar : m_bars) {
+        if (bar && bar->number() == line.number)
+            return std::move(bar);
+    }
+    return std::make_unique<UploadBar>(line, this);
 }
 
 void UploadProgressBars::announce(const QString& text)
 {
     setAccessibleName(text); // which tells screen readers of the new name
-}
-
-/// At the place that `area` and `alignment` have when read from left to right, whatever the text's own direction is.
-void UploadProgressBars::drawText(
-    QPainter& painter, const QRect& area, Qt::Alignment alignment, const QString& text) const
-{
-    const Qt::Alignment onScreen = QStyle::visualAlignment(layoutDirection(), alignment);
-    painter.setPen(QColor(Theme::text));
-    painter.drawText(QStyle::visualRect(layoutDirection(), rect(), area),
-        static_cast<int>(onScreen | Qt::AlignVCenter | Qt::AlignAbsolute), text);
 }
 
 QSize UploadProgressBars::sizeHint() const
@@ -63,46 +70,44 @@ QSize UploadProgressBars::minimumSizeHint() const
 }
 
 /// Many lines move closer together; what does not fit even then is counted in the last one.
-void UploadProgressBars::paintEvent(QPaintEvent*)
+int UploadProgressBars::shownCount() const
 {
-    if (m_lines.empty())
-        return;
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
     const int fitting = std::max(1, height() / smallestLineHeight);
-    const int lines = count() <= fitting ? count() : fitting - 1;
+    return count() <= fitting ? count() : fitting - 1;
+}
+
+QRect UploadProgressBars::place(int index) const
+{
     const int step = std::clamp(height() / count(), smallestLineHeight, lineHeight);
     const QRect contents = contentsRect();
-    QRect line(contents.left(), contents.top(), contents.width(), step);
-    for (int index = 0; index < lines; ++index) {
-        drawLine(painter, line, m_lines[static_cast<std::size_t>(index)]);
-        line.translate(0, step);
+    return {contents.left(), contents.top() + index * step, contents.width(), smallestLineHeight};
+}
+
+void UploadProgressBars::arrange()
+{
+    const int shown = shownCount();
+    for (int index = 0; index < count(); ++index) {
+        UploadBar& bar = *m_bars[static_cast<std::size_t>(index)];
+        bar.setGeometry(place(std::min(index, shown)));
+        bar.setVisible(index < shown);
     }
-    if (lines < count())
-        drawText(painter, line, Qt::AlignLeft, QStringLiteral("and %1 more").arg(count() - lines));
 }
 
-void UploadProgressBars::drawLine(QPainter& painter, const QRect& line, const UploadLine& upload) const
+void UploadProgressBars::resizeEvent(QResizeEvent*)
 {
-    const QRect name(line.left(), line.top(), line.width() - percentageWidth, textHeight);
-    const QRect percentage(line.right() - percentageWidth + 1, line.top(), percentageWidth, textHeight);
-    const QString elided = painter.fontMetrics().elidedText(
-        QString::fromStdString(upload.fileName), Qt::ElideMiddle, name.width());
-    drawText(painter, name, Qt::AlignLeft, elided);
-    drawText(painter, percentage, Qt::AlignRight, QStringLiteral("%1 %").arg(upload.percent));
-
-    QRect bar(line.left(), line.top() + textHeight, line.width(), barHeight);
-    drawBar(painter, bar, Theme::line);
-    bar.setWidth(bar.width() * upload.percent / 100);
-    drawBar(painter, bar, Theme::accent);
+    arrange();
 }
 
-void UploadProgressBars::drawBar(QPainter& painter, const QRect& bar, const QColor& color) const
+void UploadProgressBars::paintEvent(QPaintEvent*)
 {
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(color);
-    painter.drawRoundedRect(
-        QStyle::visualRect(layoutDirection(), rect(), bar), barHeight / 2.0, barHeight / 2.0);
+    const int shown = shownCount();
+    if (shown == count())
+        return;
+    const Qt::Alignment onScreen = QStyle::visualAlignment(layoutDirection(), Qt::AlignLeft);
+    QPainter painter(this);
+    painter.setPen(QColor(Theme::text));
+    painter.drawText(place(shown), static_cast<int>(onScreen | Qt::AlignVCenter | Qt::AlignAbsolute),
+        QStringLiteral("and %1 more").arg(count() - shown));
 }
 
 } // namespace companion

@@ -1,0 +1,60 @@
+#include "views/qt/UploadBar.h"
+
+#include "views/qt/Theme.h"
+
+#include <QPainter>
+#include <QStyle>
+
+namespace companion {
+
+namespace {
+
+constexpr int percentageWidth = 56;
+
+} // namespace
+
+UploadBar::UploadBar(const UploadLine& line, QWidget* parent)
+    : QProgressBar(parent)
+    , m_number(line.number)
+{
+    setFont(Theme::font(Theme::FontFace::regular, 12));
+    setRange(0, 100);
+    setValue(line.percent);
+    setAccessibleName(QString::fromStdString(line.fileName));
+}
+
+void UploadBar::paintEvent(QPaintEvent*)
+{
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRect name(0, 0, width() - percentageWidth, textHeight);
+    const QRect percentage(width() - percentageWidth, 0, percentageWidth, textHeight);
+    const QString elided = painter.fontMetrics().elidedText(accessibleName(), Qt::ElideMiddle, name.width());
+    drawText(painter, name, Qt::AlignLeft, elided);
+    drawText(painter, percentage, Qt::AlignRight, QStringLiteral("%1 %").arg(value()));
+
+    QRect bar(0, textHeight, width(), barHeight);
+    drawBar(painter, bar, Theme::line);
+    bar.setWidth(bar.width() * value() / 100);
+    drawBar(painter, bar, Theme::accent);
+}
+
+void UploadBar::drawBar(QPainter& painter, const QRect& bar, const QColor& color) const
+{
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(color);
+    painter.drawRoundedRect(
+        QStyle::visualRect(layoutDirection(), rect(), bar), barHeight / 2.0, barHeight / 2.0);
+}
+
+/// At the place that `area` and `alignment` have when read from left to right, whatever the text's own direction is.
+void UploadBar::drawText(
+    QPainter& painter, const QRect& area, Qt::Alignment alignment, const QString& text) const
+{
+    const Qt::Alignment onScreen = QStyle::visualAlignment(layoutDirection(), alignment);
+    painter.setPen(QColor(Theme::text));
+    painter.drawText(QStyle::visualRect(layoutDirection(), rect(), area),
+        static_cast<int>(onScreen | Qt::AlignVCenter | Qt::AlignAbsolute), text);
+}
+
+} // namespace companion
