@@ -17,7 +17,7 @@ fuzz() { # TARGET SOURCE...
         -o "$output/$target.run" "tests/fuzz/$target.cpp" "$@" "${common[@]}" >"$log" 2>&1; then
         # A compiler without its fuzzing run-time library is a missing tool, not a failed test.
         if grep -q 'libclang_rt.fuzzer\|cannot find.*fuzzer' "$log"; then
-            printf 'ok %d - %s # SKIP clang has no fuzzing run-time library here\n' $((++count)) "$target"
+            printf 'ok %d - %s # SKIP clang has no fuzzing run-time library here (./test --with-optional installs it)\n' $((++count)) "$target"
         else
             printf 'not ok %d - %s\n' $((++count)) "$target"
             sed 's/^/# /' "$log"
@@ -34,7 +34,7 @@ fuzz() { # TARGET SOURCE...
 }
 
 if ! command -v clang++ >/dev/null; then
-    echo '1..0 # SKIP clang is not installed'
+    echo '1..0 # SKIP clang is not installed (./test --with-optional installs it)'
     exit 0
 fi
 mkdir -p "$output"

@@ -1,6 +1,7 @@
 #include "tests/upload/DocumentsPortal.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include <QDBusError>
 
@@ -17,7 +18,7 @@ QStringList FileTransfer::RetrieveFiles(const QString& key, const QVariantMap&)
 {
     if (isSilent)
         setDelayedReply(true);
-    else if (key != QStringLiteral("key of the drag"))
+    else if (key != QStringLiteral("key of the drag") || std::exchange(m_hasHandedOver, true))
         sendErrorReply(QDBusError::AccessDenied, QStringLiteral("no such key"));
     return files;
 }

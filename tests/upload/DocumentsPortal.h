@@ -8,7 +8,8 @@
 
 namespace companion::testing {
 
-/// Hands over `files` for the key "key of the drag" and refuses every other one; or never answers.
+/// Hands over `files` for the key "key of the drag", once, as a transfer that stops by itself does, and refuses every
+/// other key; or never answers.
 class FileTransfer : public QObject, protected QDBusContext {
     Q_OBJECT
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.FileTransfer")
@@ -19,6 +20,9 @@ public:
 
 public Q_SLOTS:
     QStringList RetrieveFiles(const QString& key, const QVariantMap& options);
+
+private:
+    bool m_hasHandedOver = false;
 };
 
 /// org.freedesktop.portal.Documents on this process's session bus, as a sandboxed desktop has it. It answers on a

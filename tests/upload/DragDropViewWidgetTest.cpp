@@ -1,6 +1,7 @@
 #include "views/qt/DragDropViewWidget.h"
 #include "platform/testing/FakeAlerts.h"
 #include "platform/testing/FakeLog.h"
+#include "platform/testing/FakeMainQueue.h"
 
 #include <gtest/gtest.h>
 
@@ -8,9 +9,11 @@
 #include <QDragEnterEvent>
 #include <QDragLeaveEvent>
 #include <QDropEvent>
+#include <QEventLoop>
 #include <QFile>
 #include <QMimeData>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <QUrl>
 
 namespace companion::testing {
@@ -32,13 +35,15 @@ private:
     Transcript& m_transcript;
 };
 
-/// A drop area that is told of drags as the toolkit does it. Sources offer every action and propose to move.
+/// A drop area that is told of drags as the toolkit does it. Sources offer `m_actions`, which is every action unless a
+/// test says otherwise, and propose to move.
 class DragDropViewWidgetTest : public ::testing::Test {
 protected:
     DragDropViewWidgetTest()
     {
         m_model.init();
         m_model.setDelegate(m_delegate);
+        m_model.setMainQueue(m_queue);
         m_widget.setModel(m_model);
         m_widget.resize(300, 200);
         QFile file(m_folder.filePath("a.png"));
@@ -72,7 +77,7 @@ protected:
     std::string taken() { return m_transcript.take(", "); }
     static QPoint place() { return {151, 97}; }
 
-    const Qt::DropActions m_actions = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
+    Qt::DropActions m_actions = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
     QTemporaryDir m_folder;
     QMimeData m_file;
     QMimeData m_text;
@@ -80,6 +85,7 @@ protected:
     Transcript m_transcript;
     FakeAlerts m_alerts{m_transcript};
     FakeSystemLog m_log{m_transcript};
+    FakeMainQueue m_queue;
     std::shared_ptr<RecordingDelegate> m_delegate = std::make_shared<RecordingDelegate>(m_transcript);
     DragDropView m_model{m_alerts, m_log};
     DragDropViewWidget m_widget;
@@ -95,6 +101,25 @@ TEST_F(DragDropViewWidgetTest, ADragOfAFileMayOnlyBeCopied)
     EXPECT_EQ(enter(m_file), "copy");
     EXPECT_EQ(move(m_file), "copy");
     EXPECT_EQ(drop(m_file), "copy");
+}
+
+TEST_F(DragDropViewWidgetTest, ADragThatMayOnlyBeMovedOrLinkedIsRefusedAtTheDoor)
+{
+    for (const auto action : {Qt::MoveAction, Qt::LinkAction}) {
+        m_actions = action;
+        EXPECT_EQ(enter(m_file), "refused");
+        EXPECT_EQ(taken(), "");
+    }
+}
+
+TEST_F(DragDropViewWidgetTest, ADragThatMayNoLongerBeCopiedIsRefusedAndItsDropLeadsToNothing)
+{
+    EXPECT_EQ(enter(m_file), "copy");
+    m_actions = Qt::MoveAction;
+    EXPECT_EQ(move(m_file), "refused");
+    EXPECT_EQ(drop(m_file), "refused");
+    m_queue.runPending();
+    EXPECT_EQ(taken(), "begin, move, log draggingEnded, finished");
 }
 
 TEST_F(DragDropViewWidgetTest, EnteringMovingAndLeavingAreTold)
@@ -133,7 +158,7 @@ TEST_F(DragDropViewWidgetTest, ADropIsCarriedOutOnceTheSourceHasItsAnswer)
     taken();
     EXPECT_EQ(drop(m_file), "copy");
     EXPECT_EQ(taken(), "");
-    QCoreApplication::processEvents();
+    m_queue.runPending();
     EXPECT_EQ(taken(), "upload a.png, log draggingEnded, finished");
 }
 
@@ -143,7 +168,7 @@ TEST_F(DragDropViewWidgetTest, ADropWithoutDataIsRefusedAndThenExplained)
     taken();
     EXPECT_EQ(drop(m_emptyImage), "refused");
     EXPECT_EQ(taken(), "");
-    QCoreApplication::processEvents();
+    m_queue.runPending();
     EXPECT_EQ(taken(), "alert Paste Error, log draggingEnded, finished");
 }
 
@@ -156,19 +181,21 @@ TEST_F(DragDropViewWidgetTest, WhatADropOffersIsReadBeforeTheSourceMayForgetIt)
         drop(shortLived);
     }
     taken();
-    QCoreApplication::processEvents();
+    m_queue.runPending();
     EXPECT_EQ(taken(), "upload a.png, log draggingEnded, finished");
 }
 
-TEST_F(DragDropViewWidgetTest, AWidgetThatIsGoneCarriesNothingOut)
+TEST_F(DragDropViewWidgetTest, ADropIsNotCarriedOutWithinAnAlertsOwnEventLoop)
 {
-    auto widget = std::make_unique<DragDropViewWidget>();
-    widget->setModel(m_model);
-    QDropEvent event(QPointF(place()), m_actions, &m_file, Qt::LeftButton, Qt::NoModifier);
-    QApplication::sendEvent(widget.get(), &event);
-    widget.reset();
-    QCoreApplication::processEvents();
+    enter(m_file);
+    taken();
+    drop(m_file);
+    QEventLoop alert; // open while the main queue stands still
+    QTimer::singleShot(0, &alert, &QEventLoop::quit);
+    alert.exec();
     EXPECT_EQ(taken(), "");
+    m_queue.runPending();
+    EXPECT_EQ(taken(), "upload a.png, log draggingEnded, finished");
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-// drag-source [--text TEXT] [--png BYTES] [--url URL]... [FILE]...
+// drag-source [--text TEXT] [--png BYTES] [--url URL]... [--move-only] [FILE]...
 // Another program that things are dragged from, as a file manager: a small window at the top left of the screen, in
 // which a press and a move begin one drag. It would rather move than copy, and deletes the files if they were moved.
 // Tells by lines on standard output: "ready", "started", and "ended copy", "ended move", "ended link" or "ended none".
@@ -43,6 +43,7 @@ struct Offer {
     QString text;
     QByteArray png;
     bool hasPng = false;
+    Qt::DropActions actions = Qt::CopyAction | Qt::MoveAction | Qt::LinkAction;
 
     QMimeData* data() const
     {
@@ -83,8 +84,7 @@ protected:
         auto* drag = new QDrag(this);
         drag->setMimeData(m_offer.data());
         tell("started");
-        const Qt::DropAction action =
-            drag->exec(Qt::CopyAction | Qt::MoveAction | Qt::LinkAction, Qt::MoveAction);
+        const Qt::DropAction action = drag->exec(m_offer.actions, Qt::MoveAction);
         if (action == Qt::MoveAction)
             for (const QString& file : m_offer.files)
                 QFile::remove(file);
@@ -106,11 +106,17 @@ int main(int argc, char** argv)
     const QCommandLineOption text("text", "offers text", "text");
     const QCommandLineOption png("png", "offers an image of these bytes", "bytes");
     const QCommandLineOption url("url", "offers a URL", "url");
-    parser.addOptions({text, png, url});
+    const QCommandLineOption moveOnly("move-only", "offers nothing but to move");
+    parser.addOptions({text, png, url, moveOnly});
     parser.process(application);
 
-    Offer offer{
-        parser.positionalArguments(), {}, parser.value(text), parser.value(png).toUtf8(), parser.isSet(png)};
+    Offer offer{.files = parser.positionalArguments(),
+        .urls = {},
+        .text = parser.value(text),
+        .png = parser.value(png).toUtf8(),
+        .hasPng = parser.isSet(png)};
+    if (parser.isSet(moveOnly))
+        offer.actions = Qt::MoveAction;
     for (const QString& address : parser.values(url))
         offer.urls += QUrl(address);
     for (const QString& file : offer.files)

@@ -1,13 +1,18 @@
 #include "views/qt/MimePasteboard.h"
+#include "platform/testing/FakeAlerts.h"
+#include "platform/testing/FakeLog.h"
 #include "tests/upload/DocumentsPortal.h"
 
 #include <chrono>
+#include <cstdio>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <QFile>
 #include <QMimeData>
+#include <QSysInfo>
 #include <QTemporaryDir>
 #include <QUrl>
 
@@ -38,18 +43,18 @@ class MimePasteboardTest : public ::testing::Test {
 protected:
     MimePasteboardTest() { chmod(m_folder.path().toUtf8(), 0755); }
 
-    std::string pathOf(const char* name) const
-    {
-        return m_folder.filePath(QString::fromUtf8(name)).toStdString();
-    }
+    std::string pathOf(const std::string& name) const { return m_folder.path().toStdString() + "/" + name; }
 
-    /// A new file's URL.
-    QUrl fileUrl(const char* name)
+    /// A new file's path.
+    std::string newFile(const char* name)
     {
         QFile file(QString::fromStdString(pathOf(name)));
         EXPECT_TRUE(file.open(QFile::WriteOnly));
-        return QUrl::fromLocalFile(file.fileName());
+        return pathOf(name);
     }
+
+    /// A new file's URL.
+    QUrl fileUrl(const char* name) { return localUrl(newFile(name)); }
 
     static QUrl localUrl(const std::string& path)
     {
@@ -68,6 +73,17 @@ protected:
     }
 
     std::optional<std::string> dataFor(DragType type) { return MimePasteboard(m_data).dataForType(type); }
+
+    /// What the drop area makes of it.
+    Drop dropOf()
+    {
+        Transcript transcript;
+        FakeAlerts alerts(transcript);
+        FakeSystemLog log(transcript);
+        DragDropView view(alerts, log);
+        view.init();
+        return view.readDrop(MimePasteboard(m_data));
+    }
 
     QTemporaryDir m_folder;
     QMimeData m_data;
@@ -181,30 +197,113 @@ TEST_F(MimePasteboardTest, AnEmptyListOfUrlsIsAUrlWithoutData)
     EXPECT_EQ(dataFor(DragType::url), std::nullopt);
 }
 
+TEST_F(MimePasteboardTest, AFileWhoseNameIsNoTextIsAFileUrlOfTheSameBytes)
+{
+    const std::string path = pathOf("caf\xE9 \x80.png");
+    std::ofstream(path) << "image";
+    const QByteArray encoded = QUrl::fromLocalFile(m_folder.path()).toEncoded() + "/caf%E9%20%80.png";
+    EXPECT_THAT(typesOf({QUrl::fromEncoded(encoded)}), ElementsAre(DragType::fileUrl, DragType::url));
+    const auto url = FileUrl::fromText(dataFor(DragType::fileUrl).value_or(""));
+    ASSERT_TRUE(url);
+    EXPECT_EQ(url->path(), path);
+    std::remove(path.c_str()); // the toolkit cannot
+}
+
+TEST_F(MimePasteboardTest, AFileOfThisComputerMayBeCalledSo)
+{
+    QUrl url = fileUrl("a.png");
+    for (const QString& host : {QSysInfo::machineHostName(), QStringLiteral("localhost")}) {
+        url.setHost(host);
+        EXPECT_THAT(typesOf({url}), ElementsAre(DragType::fileUrl, DragType::url)) << host.toStdString();
+        const auto file = FileUrl::fromText(dataFor(DragType::fileUrl).value_or(""));
+        ASSERT_TRUE(file);
+        EXPECT_EQ(file->path(), pathOf("a.png"));
+    }
+    url.setHost("another.example.com");
+    EXPECT_THAT(typesOf({url}), ElementsAre(DragType::url));
+}
+
 TEST_F(MimePasteboardTest, AKeyOfThePortalIsAFileUrlThatThePortalKnows)
 {
+    const std::string path = newFile("\xC3\xBC b.png");
     const DocumentsPortal portal(
-        {"/run/user/1000/doc/1a2b/\xC3\xBC b.png", "/second.png"}, /*isSilent=*/false);
+        {QString::fromStdString(path), QStringLiteral("/second.png")}, /*isSilent=*/false);
     setPortalKey();
     EXPECT_THAT(MimePasteboard(m_data).types(), ElementsAre(DragType::fileUrl, DragType::url));
     const auto url = FileUrl::fromText(dataFor(DragType::fileUrl).value_or(""));
     ASSERT_TRUE(url);
-    EXPECT_EQ(url->path(), "/run/user/1000/doc/1a2b/\xC3\xBC b.png");
+    EXPECT_EQ(url->path(), path);
+}
+
+TEST_F(MimePasteboardTest, ADropOfAKeyAloneAsksThePortalOnce)
+{
+    newFile("a.png");
+    const DocumentsPortal portal({m_folder.filePath("a.png")}, /*isSilent=*/false);
+    setPortalKey();
+    const Drop drop = dropOf();
+    EXPECT_EQ(drop.kind, Drop::Kind::fileUrl);
+    ASSERT_TRUE(drop.fileUrl);
+    EXPECT_EQ(drop.fileUrl->path(), pathOf("a.png"));
+}
+
+TEST_F(MimePasteboardTest, WhatThePortalHandsOverIsAFileUrlOnlyIfItIsAFileThatCanBeRead)
+{
+    ASSERT_EQ(mkfifo(pathOf("pipe.png").c_str(), 0644), 0);
+    newFile("secret.png");
+    ASSERT_EQ(chmod(pathOf("secret.png").c_str(), 0), 0);
+    setPortalKey();
+    ASSERT_TRUE(QDBusConnection::sessionBus().isConnected()); // which an ordinary user could not be later
+    for (const char* name : {"", "pipe.png", "missing.png", "secret.png"}) {
+        const DocumentsPortal portal({m_folder.filePath(name)}, /*isSilent=*/false);
+        const OrdinaryUser user;
+        const Drop drop = dropOf();
+        EXPECT_EQ(drop.kind, Drop::Kind::url) << name;
+        EXPECT_FALSE(drop.fileUrl) << name;
+    }
 }
 
 TEST_F(MimePasteboardTest, AKeyMayEndWithANul)
 {
-    const DocumentsPortal portal({"/a.png"}, /*isSilent=*/false);
+    newFile("a.png");
+    const DocumentsPortal portal({m_folder.filePath("a.png")}, /*isSilent=*/false);
     m_data.setData("application/vnd.portal.filetransfer", QByteArray("key of the drag\0", 16));
-    EXPECT_EQ(dataFor(DragType::fileUrl), "file:///a.png");
+    EXPECT_EQ(dataFor(DragType::fileUrl), localUrl(pathOf("a.png")).toEncoded().toStdString());
 }
 
 TEST_F(MimePasteboardTest, ThePortalIsAskedEvenIfAUrlIsOfferedAsWell)
 {
-    const DocumentsPortal portal({"/inside.png"}, /*isSilent=*/false);
-    m_data.setUrls({QUrl("file:///outside.png")});
+    newFile("inside.png");
+    const DocumentsPortal portal({m_folder.filePath("inside.png")}, /*isSilent=*/false);
+    m_data.setUrls({fileUrl("outside.png")});
     setPortalKey();
-    EXPECT_EQ(dataFor(DragType::fileUrl), "file:///inside.png");
+    EXPECT_EQ(dataFor(DragType::fileUrl), localUrl(pathOf("inside.png")).toEncoded().toStdString());
+}
+
+TEST_F(MimePasteboardTest, AFolderFromThePortalIsNoFileEvenIfOneIsOfferedAsWell)
+{
+    const DocumentsPortal portal({m_folder.path()}, /*isSilent=*/false);
+    m_data.setUrls({fileUrl("outside.png")});
+    setPortalKey();
+    const Drop drop = dropOf();
+    EXPECT_TRUE(drop.isAccepted());
+    EXPECT_FALSE(drop.fileUrl);
+}
+
+TEST_F(MimePasteboardTest, AFileBesideAKeyThatThePortalRefusesIsTakenInstead)
+{
+    const DocumentsPortal portal({"/a.png"}, /*isSilent=*/false);
+    m_data.setUrls({fileUrl("outside.png")});
+    setPortalKey("another key");
+    const Drop drop = dropOf();
+    ASSERT_TRUE(drop.fileUrl);
+    EXPECT_EQ(drop.fileUrl->path(), pathOf("outside.png"));
+}
+
+TEST_F(MimePasteboardTest, AFolderBesideAKeyThatThePortalRefusesIsNoFile)
+{
+    m_data.setUrls({localUrl(m_folder.path().toStdString())});
+    setPortalKey();
+    EXPECT_EQ(dataFor(DragType::fileUrl), std::nullopt);
 }
 
 TEST_F(MimePasteboardTest, AKeyThatThePortalRefusesHasNoData)
@@ -238,6 +337,17 @@ TEST_F(MimePasteboardTest, APortalThatDoesNotAnswerIsWaitedForASecond)
     const auto taken = std::chrono::steady_clock::now() - start;
     EXPECT_GE(taken, 900ms);
     EXPECT_LT(taken, 3s);
+}
+
+TEST_F(MimePasteboardTest, AWholeDropWaitsNoMoreThanThatSecond)
+{
+    const DocumentsPortal portal({}, /*isSilent=*/true);
+    setPortalKey();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(dropOf().kind, Drop::Kind::pasteError);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 1900ms);
+    m_data.setUrls({fileUrl("a.png")});
+    EXPECT_TRUE(dropOf().fileUrl);
 }
 
 } // namespace

@@ -71,6 +71,24 @@ protected:
         return false;
     }
 
+    /// The progress bars that a screen reader finds: "photo.png 42 of 0 to 100; ...".
+    std::string heard() const
+    {
+        QAccessibleInterface* all = QAccessible::queryAccessibleInterface(m_bars);
+        std::string heard;
+        for (int index = 0; index < all->childCount(); ++index) {
+            QAccessibleInterface* bar = all->child(index);
+            QAccessibleValueInterface* value = bar->valueInterface();
+            if (bar->role() != QAccessible::ProgressBar || bar->state().invisible || !value)
+                continue;
+            heard += (heard.empty() ? "" : "; ") + bar->text(QAccessible::Name).toStdString() + " "
+                + value->currentValue().toString().toStdString() + " of "
+                + value->minimumValue().toString().toStdString() + " to "
+                + value->maximumValue().toString().toStdString();
+        }
+        return heard;
+    }
+
     QWidget m_window;
     UploadProgressBars* m_bars = new UploadProgressBars(&m_window);
 };
@@ -140,7 +158,7 @@ TEST_F(UploadProgressBarsTest, ALongNameLeavesThePercentageItsPlace)
 TEST_F(UploadProgressBarsTest, TheEndOfALongNameIsSeen)
 {
     const std::string begin(255, 'W');
-    EXPECT_NE(shown({{1, begin + ".png", 1}}), shown({{1, begin + ".pdf", 1}}));
+    EXPECT_NE(shown({{1, begin + ".png", 1}}), shown({{2, begin + ".pdf", 1}}));
 }
 
 TEST_F(UploadProgressBarsTest, FromRightToLeftBarsGrowFromTheRightAndNamesStandThere)
@@ -171,6 +189,24 @@ TEST_F(UploadProgressBarsTest, WhatIsAnnouncedIsItsNameToAScreenReader)
     ASSERT_NE(accessible, nullptr);
     EXPECT_EQ(accessible->text(QAccessible::Name), "a.png 50 %");
     EXPECT_FALSE(accessible->state().focusable);
+}
+
+TEST_F(UploadProgressBarsTest, EveryUploadIsAProgressBarToAScreenReader)
+{
+    m_bars->resize(400, 200);
+    m_bars->setLines({{1, "a.png", 25}, {2, "b.png", 75}});
+    EXPECT_EQ(heard(), "a.png 25 of 0 to 100; b.png 75 of 0 to 100");
+    m_bars->setLines({{2, "b.png", 80}});
+    EXPECT_EQ(heard(), "b.png 80 of 0 to 100");
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(m_bars)->role(), QAccessible::Grouping);
+}
+
+TEST_F(UploadProgressBarsTest, AnUploadKeepsItsProgressBarWhenAnotherEnds)
+{
+    m_bars->setLines({{1, "a.png", 25}, {2, "b.png", 75}});
+    const QObject* bar = QAccessible::queryAccessibleInterface(m_bars)->child(1)->object();
+    m_bars->setLines({{2, "b.png", 80}, {3, "c.png", 0}});
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(m_bars)->child(0)->object(), bar);
 }
 
 } // namespace

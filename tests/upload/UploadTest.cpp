@@ -79,7 +79,7 @@ protected:
     {
         session.port = port;
         UploadDataToHost upload({session, console, queue, alerts});
-        upload.initWith("image/png", std::make_shared<const std::string>(content), name, "127.0.0.1");
+        upload.initWith("image/png", sharedBytes(content), name, "127.0.0.1");
         upload.setWatch({{}, [this] { queue.async([this] { ++ended; }); }});
         upload.upload();
         ++started;
@@ -97,6 +97,7 @@ protected:
     /// The outcome when the server does this.
     std::string outcomeOf(const RawServer::Handler& handler, const std::string& content = "content")
     {
+        alerts.shown.clear();
         const RawServer server(handler);
         start(server, "a.png", content);
         return outcome();
@@ -203,6 +204,7 @@ TEST_F(UploadTest, StatusDecidesTheOutcome)
         EXPECT_EQ(outcomeOfReply(answer(status)), failed) << status;
     EXPECT_EQ(outcomeOfReply("HTTP/1.1 204 No Content\r\n\r\n"), failed);
     EXPECT_EQ(outcomeOfReply("HTTP/1.1 100 Continue\r\n\r\n" + answer(404)), failed);
+    EXPECT_EQ(outcomeOfReply("HTTP/1.1 101 Switching Protocols\r\nUpgrade: x\r\n\r\n"), failed);
 }
 
 TEST_F(UploadTest, StatusThatComesBeforeTheBodyIsReadIsTheOutcome)

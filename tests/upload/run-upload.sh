@@ -3,5 +3,5 @@
 root=${PANEL_COMPANION_ROOT:-$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)}
 output=$root/build/test-results/upload
 rm -rf "$output"
-exec "$root/tools/lib/isolated.sh" /usr/bin/python3 "$root/tests/upload/scenarios.py" \
+exec "$root/tools/lib/isolated.sh" --tap /usr/bin/python3 "$root/tests/upload/scenarios.py" \
     --programs "${PANEL_COMPANION_PROGRAMS:-$root/build/debug/bin}" --output "$output" "$@"

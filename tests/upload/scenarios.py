@@ -15,14 +15,13 @@ import time
 sys.path[:0] = [str(pathlib.Path(__file__).resolve().parents[2] / "tools"), str(pathlib.Path(__file__).resolve().parent)]
 from drag import Drag, pointer  # noqa: E402
 from harness import network  # noqa: E402
-from harness.companion import Companion  # noqa: E402
+from harness.companion import UPLOADED as SUCCESS, Companion  # noqa: E402
 from harness.desktop import Desktop  # noqa: E402
 from harness.panel import Panel  # noqa: E402
 from harness.processes import Failure, Processes, wait_until  # noqa: E402
 from harness.report import Report  # noqa: E402
 from rawpanel import RawPanel, check_upload, read_head, read_upload  # noqa: E402
 
-SUCCESS = "File Uploaded successfully."
 REJECTED = "File Upload failed."
 SERVER_ERROR = "Server error while uploading. Please try again."
 UNAVAILABLE = "File upload feature is not available for your device."
@@ -219,6 +218,48 @@ def a_refused_drag(stage):
     expect(stage.arrivals() == before, "something was uploaded")
 
 
+def a_drag_that_may_only_be_moved(stage):
+    stage.paired()
+    before = stage.arrivals()
+    path = stage.file("only.png")
+    rest = stage.pixels()
+    drag = stage.drag("--move-only", path)
+    drag.to(*stage.area().center())
+    expect(stage.pixels() == rest, "the drop area lights up for what it may not copy")
+    told = drag.drop()
+    expect(told == "none", f"the source was told {told!r}")
+    stage.no_alert("about a drag that was refused")
+    expect(path.exists(), "the sender's file has gone")
+    expect(stage.arrivals() == before, "something was uploaded")
+
+
+def active_window():
+    """The title of the window that the window manager calls the active one; "" when there is none."""
+    return subprocess.run(["xdotool", "getactivewindow", "getwindowname"], check=False, timeout=5, text=True,
+                          stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout.strip()
+
+
+def brought_to_the_front(stage):
+    """The panel is silent, so no alert comes that would become the active window by itself."""
+    stage.paired()
+    stage.answer("silence")
+    other = stage.processes.start(["xev", "-geometry", "150x120+20+560"], name="xev")
+    drag = stage.drag(stage.file("a.png"))
+    drag.to(*stage.area().center())
+    pointer("search", "--sync", "--name", "Event Tester", "windowactivate")
+    wait_until(lambda: active_window() == "Event Tester", "another program's window is the active one")
+    dropped = time.monotonic()
+    drag.drop()
+    wait_until(lambda: active_window() == "Panel Companion", "the window is the active one", 5, 0.01)
+    taken = time.monotonic() - dropped
+    expect(0.45 < taken < 1.5, f"the window came to the front after {taken:.2f} s")
+    stage.wait_for_progress()
+    stage.answer("ok")
+    stage.alert(SUCCESS)
+    other.end()
+    return f"after {taken:.2f} s"
+
+
 def expect_accepted_without_upload(stage, *offers):
     before = stage.arrivals()
     told = stage.drop(*offers)
@@ -265,22 +306,11 @@ def an_empty_image(stage):
     expect(stage.arrivals() == before, "something was uploaded")
 
 
-def pick(stage, name, button="Open"):
-    stage.companion.window.press("Upload a file")
-    dialog = stage.companion.window.find("dialog|file chooser", "Upload a file")
-    field = next(part for part in dialog.everything() if part.role == "text" and part.has("editable"))
-    field.write(str(name))
-    wait_until(lambda: any(p.name.replace("&", "") == button and p.has("enabled")
-                           for p in dialog.everything() if p.role == "push button"), f"a button {button!r}")
-    next(p for p in dialog.everything() if p.role == "push button" and p.name.replace("&", "") == button).press()
-    stage.companion.window.gone("dialog|file chooser", "Upload a file")
-
-
 def a_picked_file(stage):
     stage.paired()
     before = stage.arrivals()
     path = stage.file("slides.key", folder=stage.downloads)
-    pick(stage, "slides.key")  # without a folder: it is looked for where the dialog stands
+    stage.companion.pick_file("slides.key")  # without a folder: it is looked for where the dialog stands
     stage.alert(SUCCESS)
     expect_same(stage, path, "document/key", before)
 
@@ -289,7 +319,7 @@ def a_cancelled_choice(stage):
     stage.paired()
     before = stage.arrivals()
     stage.file("not-this.png", folder=stage.downloads)
-    pick(stage, "not-this.png", "Cancel")
+    stage.companion.pick_file("not-this.png", "Cancel")
     stage.no_alert("after cancelling")
     expect(stage.arrivals() == before, "something was uploaded")
 
@@ -309,14 +339,36 @@ def a_panel_without_uploads(stage):
     stage.end_programs()
 
 
+def progress_is_told(stage, path):
+    """Drops the file; a screen reader is told how far its progress bar is."""
+    from gi.repository import Atspi, GLib
+    values = []
+
+    def told(event, *_):
+        if (event.source.get_role_name(), event.source.get_name()) == ("progress bar", path.name):
+            values.append(Atspi.Value.get_current_value(event.source))
+
+    def enough():
+        GLib.MainContext.default().iteration(False)
+        return values
+
+    listener, kind = Atspi.EventListener.new(told), "object:property-change:accessible-value"
+    listener.register(kind)
+    try:
+        expect(stage.drop(path) == "copy", "the drop was not taken as a copy")
+        wait_until(enough, "a value of the progress bar", interval=0.01)
+    finally:
+        listener.deregister(kind)
+    expect(0 < values[0] < 100, f"what is told is {values}")
+
+
 def progress_of_a_slow_panel(stage):
     panel = stage.paired()
     stage.answer("slow")
-    path = stage.file("lecture.mp4", 48 * MIB)
-    expect(stage.drop(path) == "copy", "the drop was not taken as a copy")
+    path = stage.file("lecture.mp4", 8 * MIB)
+    progress_is_told(stage, path)
     spoken, _ = stage.wait_for_progress()
     expect("lecture.mp4" in spoken, f"a screen reader says {spoken!r}")
-    time.sleep(1)
     stage.desktop.screenshot(stage.folder / "progress.png")
     stage.companion.open_list()  # the window is not held up
     stage.companion.close_list()
@@ -410,7 +462,7 @@ def ten_at_once(stage):
     stage.answer("ok")
     for _ in paths:  # the next alert follows at once
         stage.companion.expect_alert(SUCCESS)
-        button = stage.companion.window.find("push button", "OK")
+        button = stage.companion.window.find(stage.companion.window.BUTTON, "OK")
         button.press()
         wait_until(lambda b=button: not b.has("showing"), "an alert closed")
     stage.progress_gone()
@@ -480,7 +532,9 @@ def gone_after_the_body(stage):
 SCENARIOS = [
     ("a dropped file reaches the panel byte for byte, and its owner keeps it", a_dropped_file),
     ("the drop area lights up while a drag is over it", the_highlight),
+    ("half a second after a drop the application is brought to the front", brought_to_the_front),
     ("a drag of text alone is refused at the door", a_refused_drag),
+    ("a drag that may only be moved is refused at the door, and its file stays", a_drag_that_may_only_be_moved),
     ("folders, pipes, devices, missing files and web addresses upload nothing", what_is_no_file),
     ("of several files the first is uploaded", several_files),
     ("an image's data are taken and lead to nothing, even beside a file", image_data),
