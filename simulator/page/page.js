@@ -1,6 +1,6 @@
 // The panel's state, how it answers, and what has been uploaded.
 
-import { StrokeSender, TouchSurface } from "/simulator/touch.js";
+import { StrokeSender, TouchSurface, tellsEveryMove } from "/simulator/touch.js";
 
 const STATE_MS = 1000;
 const SERVICE_MODES = [
@@ -170,14 +170,15 @@ async function playRecording() {
   const answer = fetch("/simulator/replay", { method: "POST" });
   try {
     const text = await (await answer).text();
-    show("surface-message", text.trim());
+    show("surface-report", text.trim());
   } catch {
     showConnection(false);
   }
 }
 
 makeFaults();
-const sender = new StrokeSender((reason) => show("surface-message", `Not sent: ${reason}.`));
+const sender = new StrokeSender((reason) => show("surface-report", reason && `Not sent: ${reason}.`));
+byId("moves-hint").hidden = tellsEveryMove;
 new TouchSurface(byId("surface"), byId("trail"), sender);
 byId("full-screen").hidden = !document.fullscreenEnabled;
 byId("full-screen").addEventListener("click", () => byId("surface").requestFullscreen());

@@ -4,11 +4,16 @@ const RANGE = 32767; // from the first to the last column and row, whatever the 
 const MAX_LINES = 2000; // in one request
 const RETRY_MS = 500;
 
+/// Browsers keep the places between two frames for pages that came encrypted or from the same computer
+/// (Pointer Events, Level 3, getCoalescedEvents).
+export const tellsEveryMove = "getCoalescedEvents" in PointerEvent.prototype;
+
 /// Sends strokes in order: one request at a time, which takes along all that came since the one before. Parts are
 /// numbered, so that the panel can put them in order and play none twice when one has to be repeated.
 export class StrokeSender {
-  constructor(whenRefused) {
-    this.whenRefused = whenRefused;
+  /// `tellRefusal` gets the panel's reason, and "" when another stroke begins.
+  constructor(tellRefusal) {
+    this.tellRefusal = tellRefusal;
     this.parts = []; // {id, lines}, in order; only the last one grows
     this.numbers = new Map(); // of the next part of each stroke that waits here
     this.dropped = null; // the stroke that the panel does not take
@@ -16,6 +21,7 @@ export class StrokeSender {
   }
 
   begin() {
+    this.tellRefusal("");
     this.id = Array.from(crypto.getRandomValues(new Uint32Array(3)), (word) => word.toString(36)).join("-");
   }
 
@@ -67,7 +73,7 @@ export class StrokeSender {
   drop(id, reason) {
     this.dropped = id;
     this.parts = this.parts.filter((part) => part.id !== id);
-    this.whenRefused(reason);
+    this.tellRefusal(reason);
   }
 
   /// The page goes away: what waits is sent now, in requests that outlive it.
@@ -173,7 +179,7 @@ export class TouchSurface {
       this.up(this.point);
       return;
     }
-    const moves = event.getCoalescedEvents?.() ?? [];
+    const moves = tellsEveryMove ? event.getCoalescedEvents() : [];
     for (const move of moves.length > 0 ? moves : [event])
       this.move(this.pointOf(move));
   }

@@ -6,6 +6,7 @@ import argparse
 import contextlib
 import http.server
 import math
+import os
 import pathlib
 import re
 import socket
@@ -64,6 +65,10 @@ def png(width, height):
                     for y in range(height))
     return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0)) \
         + chunk(b"IDAT", zlib.compress(rows, 9)) + chunk(b"IEND", b"")
+
+
+class Skip(Exception):
+    pass
 
 
 TESTS = []
@@ -243,6 +248,51 @@ class PageTests:
             """, places[1:])
         self.browser.act(pointer("mouse", ["up"]))  # which is still where it was
         self.expect_touches(self.receiver.stroke(), ["DOWN"] + ["MOVE"] * 59 + ["UP"], places + places[:1])
+
+    @test
+    def page_from_another_host_tells_what_the_browser_keeps_from_it(self):
+        """An address that is not of the loopback is what a tablet opens; here it belongs to the loopback's interface."""
+        self.open_page()
+        expect(not self.browser.find("#moves-hint").is_shown(), "it is told at the loopback, too")
+        address = "10.31.9.7"
+        if os.environ.get("PANEL_COMPANION_ISOLATION", "none") == "none":
+            raise Skip(network.WHY_NOT_ISOLATED)
+        self.processes.run(["ip", "address", "add", f"{address}/32", "dev", "lo"])
+        panel = Panel(self.processes, self.programs / "panel-simulator", address=address, name="Far",
+                      arguments=["--no-announce", "--touch-port", self.receiver.port])
+        self.browser.open(f"http://{address}:5000/enableWifiTouchback?ip=127.0.0.1&enable=true&hidemenu=false&isHDMI=false")
+        self.browser.open(f"http://{address}:5000/")
+        wait_until(lambda: self.browser.find("#touchback").text == "on (cast)", "the state on the page")
+        expect(not self.browser.run("return isSecureContext"), "the browser takes the page for a secure one")
+        expect("one place a frame" in self.browser.find("#moves-hint").text, "it is not told")
+        self.browser.find("#surface").scroll_to()
+        places = self.places(PATH)
+        self.draw("touch", places)
+        self.expect_touches(self.receiver.stroke(), ["DOWN"] + ["MOVE"] * (len(PATH) - 1) + ["UP"], places + places[-1:])
+        panel.process.end()
+
+    @test
+    def refusals_stay_until_the_next_stroke(self):
+        self.open_page()
+        self.turn_touchback("false")
+        wait_until(lambda: self.browser.find("#touchback").text == "off", "touchback off on the page")
+        self.draw("mouse", self.places(PATH[:2]))
+        report = self.browser.find("#surface-report")
+        wait_until(lambda: report.text.startswith("Not sent: "), "the refusal")
+        refusal = report.text
+        asked = self.states_asked_for()
+        wait_until(lambda: self.states_asked_for() >= asked + 2, "two looks at the panel's state")
+        expect(report.text == refusal, f"it was followed by {report.text!r}")
+        self.turn_touchback("true")
+        wait_until(lambda: self.browser.find("#touchback").text == "on (cast)", "touchback on on the page")
+        self.draw("mouse", self.places(PATH[:2]))
+        self.receiver.stroke()
+        expect(report.text == "", f"it still says {report.text!r}")
+        self.browser.console()  # tells of the refusal, too
+        return refusal
+
+    def states_asked_for(self):
+        return self.browser.run("return performance.getEntriesByName(location.origin + '/simulator/state').length")
 
     @test
     def slow_network_keeps_order_and_loses_nothing(self):
@@ -519,6 +569,8 @@ def play(page, name, function, report):
         # Of a text that a browser shows by itself, it asks for a picture.
         complaints = [line for line in page.browser.console() if "/favicon.ico - " not in line]
         expect(not complaints, f"the browser complains: {complaints}")
+    except Skip as reason:
+        report.skipped(name, reason)
     except Exception as problem:  # pylint: disable=broad-except  # whatever it is, the test has failed
         page.browser.screenshot(page.folder / f"{name.replace(' ', '-')}.png")
         page.browser.console()
