@@ -11,13 +11,23 @@ trap 'rm -rf "$fresh"' EXIT
 export QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8
 unset QT_SCALE_FACTOR QT_STYLE_OVERRIDE QT_QPA_PLATFORMTHEME
 
-[[ ! -x tools/fetch-fonts.sh ]] || tools/fetch-fonts.sh
+tools/fetch-fonts.sh
+if [[ ! -f build/fonts/Poppins-Regular.ttf ]]; then
+    echo "The pictures are set in Poppins, which is not in build/fonts." >&2
+    exit 1
+fi
 cmake --preset debug >/dev/null
 cmake --build --preset debug --target screen-gallery >/dev/null
-build/debug/bin/screen-gallery "$fresh" 2>/dev/null
-QT_SCALE_FACTOR=2 build/debug/bin/screen-gallery "$fresh/twice" paired 2>/dev/null
-mv "$fresh/twice/paired.png" "$fresh/paired@2x.png"
-rmdir "$fresh/twice"
+
+gallery() {
+    build/debug/bin/screen-gallery "$@" 2> >(grep -v -e 'This plugin does not support' -e XDG_RUNTIME_DIR >&2)
+}
+gallery "$fresh"
+for scale in 1.5 2; do
+    QT_SCALE_FACTOR=$scale gallery "$fresh/scaled" paired
+    mv "$fresh/scaled/paired.png" "$fresh/paired@${scale}x.png"
+done
+rmdir "$fresh/scaled"
 
 mkdir -p "$folder"
 for picture in "$fresh"/*.png; do

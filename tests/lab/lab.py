@@ -42,6 +42,7 @@ class Lab:
 
     def _start_mdns(self):
         interface = "en0" if self.has_two_hosts else "lo"
+        self.bus = self.panel_bus = None
         try:
             self.bus = self.panel_bus = mdns.SystemBus(self.processes, self.folder, "computer")
             self.avahi = mdns.AvahiDaemon(self.processes, self.folder, self.bus, interface, "computer")
@@ -51,7 +52,11 @@ class Lab:
                     self.processes, self.folder, self.panel_bus, interface, "panel", self.panel_network)
         except Failure:
             self.has_mdns = False
-        os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = self.bus.address
+        os.environ["DBUS_SYSTEM_BUS_ADDRESS"] = self._address_of(self.bus)
+
+    def _address_of(self, bus):
+        """Without a bus, an address where nobody answers: the computer's own bus is none of the lab's."""
+        return bus.address if bus else f"unix:path={self.folder}/no.bus"
 
     def ip(self, *arguments, host=None):
         """The ip command on the computer, or on `host`."""
@@ -64,13 +69,13 @@ class Lab:
     def start_panel(self, name="Room 204", **options):
         return Panel(self.processes, self.programs / "panel-simulator", self.panel_address, name=name,
                      namespace=self.panel_network,
-                     environment={"DBUS_SYSTEM_BUS_ADDRESS": self.panel_bus.address},
+                     environment={"DBUS_SYSTEM_BUS_ADDRESS": self._address_of(self.panel_bus)},
                      arguments=[] if self.has_mdns else ["--no-announce"], **options)
 
-    def start_companion(self, panel=None):
+    def start_companion(self, panel=None, options=(), environment=None):
         """Without mDNS the application is told of the panel."""
-        options = [] if self.has_mdns or panel is None else ["--panel", panel.service_name]
-        return Companion(self.processes, self.desktop, self.programs / "panel-companion", options)
+        told = [] if self.has_mdns or panel is None else ["--panel", panel.service_name]
+        return Companion(self.processes, self.desktop, self.programs / "panel-companion", [*told, *options], environment)
 
     def end_programs(self):
         """Ends the panels, the application and what else a scenario has started; the lab itself stays."""

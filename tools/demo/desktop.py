@@ -59,9 +59,8 @@ def main():
             except Failure as problem:
                 print(f"There is no simulated panel this time. {problem}", flush=True)
             else:
-                print(f"The simulated panel is {panel.service_name!r}. While you cast, this touches its middle:\n"
-                      "  printf 'DOWN 16383 16383\\nUP 16383 16383\\n' |"
-                      " curl --data-binary @- http://127.0.0.1:5000/simulator/touch", flush=True)
+                print(f"The simulated panel is {panel.name!r}. Pair with it, cast, and touch it in a browser:"
+                      f" http://{panel.address}:5000/", flush=True)
                 if not announced:
                     print("No mDNS daemon answers here, so the application is told of the panel by --panel.", flush=True)
                     options = ["--panel", panel.service_name, *options]

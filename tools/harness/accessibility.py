@@ -81,6 +81,8 @@ class Element:
 class Program:
     """A running program that is found by the name of its main window."""
 
+    BUTTON = "push button|button"  # which of them depends on the version of at-spi2-core
+
     def __init__(self, window_name, timeout=20.0):
         self._root = wait_until(lambda: self._find_program(window_name), f"a window named {window_name!r}", timeout, .1)
 
@@ -112,7 +114,7 @@ class Program:
     def gone(self, role=None, name=None, timeout=5.0):
         wait_until(lambda: not self.find_all(role, name), f"{role or ''} {name or ''} closed", timeout)
 
-    def press(self, name, role="push button|button|toggle button|check box"):
+    def press(self, name, role=f"{BUTTON}|toggle button|check box"):
         self.find(role, name).press()
 
     def alert_texts(self, timeout=5.0):

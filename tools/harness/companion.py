@@ -6,6 +6,7 @@ from .processes import Failure, wait_until
 
 ENABLED = "Touchback is enabled now."
 DISABLED = "Touchback is disabled now."
+UPLOADED = "File Uploaded successfully."
 
 
 class Companion:
@@ -65,6 +66,19 @@ class Companion:
 
     def is_casting(self):
         return self.window.find(name="Cast").has("pressed")
+
+    def pick_file(self, name, button="Open"):
+        """Opens the file dialog, writes `name` into it and presses `button`."""
+        self.window.press("Upload a file")
+        dialog = self.window.find("dialog|file chooser", "Upload a file")
+        field = next(part for part in dialog.everything() if part.role == "text" and part.has("editable"))
+        field.write(str(name))
+        wait_until(lambda: self._button(dialog, button), f"a button {button!r}").press()
+        self.window.gone("dialog|file chooser", "Upload a file")
+
+    def _button(self, dialog, name):
+        return next((part for part in dialog.everything() if part.role in self.window.BUTTON.split("|")
+                     and part.name.replace("&", "") == name and part.has("enabled")), None)
 
     def expect_alive(self):
         if not self.process.running():

@@ -1,8 +1,12 @@
 """Configures interfaces by the kernel's own calls: a bare machine has no tool for it."""
 
 import fcntl
+import os
 import socket
 import struct
+
+# Why tools/lib/isolated.sh could give this script no network of its own, if it could not.
+WHY_NOT_ISOLATED = os.environ.get("PANEL_COMPANION_WHY_NOT_ISOLATED", "this script was not started in a network of its own")
 
 _SIOCGIFFLAGS, _SIOCSIFFLAGS = 0x8913, 0x8914
 _IFF_UP = 1

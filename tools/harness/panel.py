@@ -14,7 +14,7 @@ class Panel:
 
     def __init__(self, processes, program, address="127.0.0.1", model="Meridian 65", name="Simulated panel",
                  arguments=(), namespace=None, environment=None):
-        self.address, self.name = address, name
+        self.address, self.model, self.name = address, model, name
         self.hex = "".join(f"{int(part):02X}" for part in address.split("."))
         self._opener = urllib.request.build_opener(urllib.request.ProxyHandler({}))
         self.process = processes.start(
@@ -26,7 +26,7 @@ class Panel:
 
     @property
     def service_name(self):
-        return f"Meridian 65|{self.name}|{self.hex}"
+        return f"{self.model}|{self.name}|{self.hex}"
 
     def _request(self, path, body=None):
         request = urllib.request.Request(f"http://{self.address}:5000{path}", data=body)

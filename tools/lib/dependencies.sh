@@ -1,7 +1,8 @@
 # shellcheck shell=bash
 # Installs what tools/dependencies.txt lists. To be sourced; expects $project_root.
 #
-#   install_dependencies build run    the packages of these sections, or a clear message and status 1
+#   install_dependencies build run    the packages of these sections, or a clear message and status 1; what of the
+#                                     section "optional" cannot be installed is told and done without
 
 dependency_list="$project_root/tools/dependencies.txt"
 
@@ -32,7 +33,7 @@ missing_of() {
     done <<<"$wanted"
 }
 
-# The first alternative that the distribution has; the first of all when it has none, so that apt names it.
+# The first alternative that the distribution has; none and status 1 when it has none.
 choose_name() {
     local name
     for name in ${1//|/ }; do
@@ -41,7 +42,7 @@ choose_name() {
             return
         fi
     done
-    printf '%s\n' "${1%%|*}"
+    return 1
 }
 
 as_root() {
@@ -66,26 +67,61 @@ can_install() {
     return 1
 }
 
+apt() {
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -y "$@" </dev/null >&2
+}
+
+update_package_lists() {
+    apt update || printf 'The package lists could not be fetched; trying with those that are here.\n' >&2
+}
+
 install_packages() {
-    local -a apt=(as_root env DEBIAN_FRONTEND=noninteractive apt-get -q -y)
-    local -a names=()
-    local dependency
-    "${apt[@]}" update >&2 ||
-        printf 'The package lists could not be fetched; trying with those that are here.\n' >&2
-    for dependency in "$@"; do
-        names+=("$(choose_name "$dependency")")
-    done
-    if ! "${apt[@]}" -o Acquire::Retries=3 install --no-install-recommends "${names[@]}" </dev/null >&2; then
-        printf 'These packages could not be installed (is the network up?): %s\n' "${names[*]}" >&2
+    if ! apt -o Acquire::Retries=3 install --no-install-recommends "$@"; then
+        printf 'These packages could not be installed (is the network up?): %s\n' "$*" >&2
         return 1
     fi
 }
 
-install_dependencies() {
-    local -a missing
-    mapfile -t missing < <(dependencies_of "$@" | missing_of)
-    ((${#missing[@]})) || return 0
-    can_install "${missing[@]%%|*}" || return 1
-    printf 'Installing %s\n' "${missing[*]%%|*}" >&2
-    install_packages "${missing[@]}"
+install_needed() { # DEPENDENCY...
+    local -a names=()
+    local dependency
+    for dependency in "$@"; do
+        # Of what it does not know the first name, so that apt names it.
+        names+=("$(choose_name "$dependency" || printf '%s\n' "${dependency%%|*}")")
+    done
+    install_packages "${names[@]}"
+}
+
+# Together if that goes, else one by one, so that one of them keeps no other away.
+install_optional() { # DEPENDENCY...
+    local -a names=() unknown=()
+    local dependency name
+    for dependency in "$@"; do
+        if name=$(choose_name "$dependency"); then names+=("$name"); else unknown+=("${dependency%%|*}"); fi
+    done
+    ((!${#unknown[@]})) || printf 'This distribution has no package of: %s\n' "${unknown[*]}" >&2
+    ((${#names[@]})) || return 0
+    install_packages "${names[@]}" && return
+    for name in "${names[@]}"; do
+        install_packages "$name"
+    done
+    return 0
+}
+
+install_dependencies() { # SECTION...
+    local -a needed optional=() sections=()
+    local section
+    for section in "$@"; do
+        [[ $section == optional ]] || sections+=("$section")
+    done
+    mapfile -t needed < <(dependencies_of "${sections[@]}" | missing_of)
+    [[ " $* " != *" optional "* ]] || mapfile -t optional < <(dependencies_of optional | missing_of)
+    ((${#needed[@]} + ${#optional[@]})) || return 0
+    if ! can_install "${needed[@]%%|*}" "${optional[@]%%|*}"; then
+        return $((${#needed[@]} > 0))
+    fi
+    printf 'Installing %s\n' "$(printf '%s ' "${needed[@]%%|*}" "${optional[@]%%|*}")" >&2
+    update_package_lists
+    ((!${#needed[@]})) || install_needed "${needed[@]}" || return
+    ((!${#optional[@]})) || install_optional "${optional[@]}"
 }

@@ -12,6 +12,8 @@ make_scratch() {
 
 tidy_environment() {
     export LC_ALL=C.UTF-8 PANEL_COMPANION_ROOT=$project_root
+    # Debian keeps daemons where it lets ordinary users not look.
+    export PATH=$PATH:/usr/sbin:/sbin
     unset DISPLAY WAYLAND_DISPLAY XAUTHORITY DBUS_SESSION_BUS_ADDRESS DBUS_SYSTEM_BUS_ADDRESS SESSION_MANAGER
     unset http_proxy https_proxy ftp_proxy all_proxy no_proxy HTTP_PROXY HTTPS_PROXY FTP_PROXY ALL_PROXY NO_PROXY
     unset QT_QPA_PLATFORM QT_QPA_PLATFORMTHEME QT_STYLE_OVERRIDE QT_SCALE_FACTOR QT_PLUGIN_PATH XDG_CURRENT_DESKTOP

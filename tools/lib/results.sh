@@ -1,6 +1,7 @@
 # shellcheck shell=bash
 # Collects what passed, failed and was skipped from all kinds of tests, and sums it up. Expects $project_root and
-# $results, a file that this library owns: one test a line, "status TAB name TAB reason".
+# $results, a file that this library owns: one test a line, "status TAB name TAB reason". A test that passed at its second
+# try has a line of its own beside that, with the status "retried" and why the first try failed.
 
 results_add() { # STATUS NAME [REASON]
     printf '%s\t%s\t%s\n' "$1" "$2" "${3-}" >>"$results"
@@ -8,14 +9,6 @@ results_add() { # STATUS NAME [REASON]
 
 results_add_all() { # PREFIX, with lines of the results format on standard input
     LC_ALL=C awk -F '\t' -v OFS='\t' -v prefix="$1: " '{ $2 = prefix $2; print }' >>"$results"
-}
-
-results_add_junit() { # PREFIX FILE
-    LC_ALL=C awk -f "$project_root/tools/lib/junit.awk" "$2" | results_add_all "$1"
-}
-
-results_add_tap() { # PREFIX FILE
-    LC_ALL=C awk -f "$project_root/tools/lib/tap.awk" "$2" | results_add_all "$1"
 }
 
 results_count() { # STATUS
@@ -51,6 +44,7 @@ results_report() {
     local failed passed skipped
     passed=$(results_count passed) failed=$(results_count failed) skipped=$(results_count skipped)
     ((skipped == 0)) || { printf '\nSkipped:\n' && results_list_skipped; }
+    (($(results_count retried) == 0)) || { printf '\nPassed only at the second try:\n' && results_list retried; }
     ((failed == 0)) || { printf '\nFailed:\n' && results_list failed; }
     printf '\n%d passed, %d failed, %d skipped\n' "$passed" "$failed" "$skipped"
     ((failed == 0 && passed > 0))

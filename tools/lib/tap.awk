@@ -1,11 +1,13 @@
 # Test Anything Protocol → one line per test: passed, failed or skipped, its name, and why not, parted by tabs.
-# A plan that does not match what came is a failure of its own.
+# A plan that does not match what came is a failure of its own. A test with the comment "# passed at the second try: why"
+# behind it has a line more: retried, its name, and why the first try failed.
 
 function without_number(text) { sub(/^[0-9]* *(- *)?/, "", text); gsub(/\t/, " ", text); return text }
 
 function finish() {
     if (status != "") print status "\t" name "\t" reason
-    status = ""
+    if (retried != "") print "retried\t" name "\t" retried
+    status = retried = ""
 }
 
 /^1\.\.[0-9]+/ { planned = substr($0, 4) + 0; has_plan = 1 }
@@ -24,6 +26,7 @@ function finish() {
     next
 }
 /^Bail out!/ { bailed = 1; finish(); print "failed\t(ended early)\t" substr($0, 11) }
+/^# passed at the second try: / && status == "passed" { retried = substr($0, 29) }
 /^# / && status == "failed" && reason == "" { reason = substr($0, 3) }
 END {
     finish()

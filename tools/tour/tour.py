@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""Plays a session on a virtual desktop: finds the simulated panel, pairs, casts, touches, stops. Prints what was seen at
-each step; the exit status is 0 only if every step happened."""
+"""Plays a session on a virtual desktop: finds the simulated panel, pairs, casts, touches, stops, sends a file. Prints what was
+seen at each step; the exit status is 0 only if every step happened."""
 
 import argparse
 import os
@@ -10,7 +10,7 @@ import time
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1]))
 from harness import mdns, network  # noqa: E402
-from harness.companion import DISABLED, ENABLED, Companion  # noqa: E402
+from harness.companion import DISABLED, ENABLED, UPLOADED, Companion  # noqa: E402
 from harness.desktop import ClickWindow, Desktop  # noqa: E402
 from harness.panel import Panel, panel_coordinate  # noqa: E402
 from harness.processes import Failure, Processes, wait_until  # noqa: E402
@@ -22,11 +22,13 @@ class Tour:
         self.programs, self.folder, self.report, self.options = programs, folder, report, options
         self.processes = Processes(folder)
         self.desktop = self.panel = self.companion = self.clicks = None
+        self.uploads = folder / "uploads"
         self.pictures = 0
 
     def play(self):
         steps = [self.panel_waits, self.application_starts, self.panel_found, self.paired, self.instructions,
-                 self.touch_enabled, self.pointer_follows, self.drag, self.double_click, self.heartbeat, self.stopped]
+                 self.touch_enabled, self.pointer_follows, self.drag, self.double_click, self.heartbeat, self.stopped,
+                 self.file_sent]
         for step in steps:
             name = step.__name__.replace("_", " ")
             try:
@@ -43,10 +45,9 @@ class Tour:
     def panel_waits(self):
         network.loopback_up()
         announced = self.reach_mdns()
-        uploads = self.folder / "uploads"
-        uploads.mkdir(exist_ok=True)
+        self.uploads.mkdir(exist_ok=True)
         self.panel = Panel(self.processes, self.programs / "panel-simulator",
-                           arguments=["--uploads", uploads] + ([] if announced else ["--no-announce"]))
+                           arguments=["--uploads", self.uploads] + ([] if announced else ["--no-announce"]))
         if announced:
             return f"announced as {self.panel.service_name}"
         self.options = ["--panel", self.panel.service_name, *self.options]
@@ -131,6 +132,19 @@ class Tour:
         self.companion.expect_alive()
         self.picture("stopped")
         return f"{DISABLED} The panel was told."
+
+    def file_sent(self):
+        file = self.folder / "slides.pptx"
+        file.write_bytes(os.urandom(300_007))
+        self.companion.pick_file(file)
+        self.companion.expect_alert(UPLOADED)
+        self.picture("file-sent")
+        self.companion.window.dismiss_alert()
+        upload = self.panel.state()["uploads"]["list"][-1]
+        if (self.uploads / upload["storedName"]).read_bytes() != file.read_bytes():
+            raise Failure(f"the panel got other bytes than {file.name} has")
+        self.companion.expect_alive()
+        return f"{UPLOADED} The panel has the same {file.stat().st_size:,} bytes."
 
     # What the steps are made of.
 
