@@ -3,6 +3,7 @@ clicks, and taking touches on UDP port 41863."""
 
 import os
 import pathlib
+import subprocess
 import sys
 import tempfile
 import time
@@ -55,6 +56,14 @@ class Session:
         self.switch_touch()
         wait_until(self.panel.touch_enabled_at, "the panel is asked for touches", 30)
         time.sleep(1)  # the switch's animation is over
+
+    def minimize(self):
+        """Puts the window out of the way, as where another program is worked: else the moves that are measured would
+        be the window's as well, and keep the program busy."""
+        subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^Panel Companion$", "windowminimize", "%@"],
+                       check=True, timeout=5)
+        wait_until(lambda: subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^Panel Companion$"],
+                                          stdout=subprocess.DEVNULL, check=False).returncode != 0, "it is out of the way")
 
     def end(self):
         self.processes.end()
