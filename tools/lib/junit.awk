@@ -34,4 +34,6 @@ reason_follows { reason = decoded($0); reason_follows = 0 }
 /<skipped message="Unable to find executable"/ { problem = "it was not built" }
 /^[^ ]+:[0-9]+: Skipped$/ { reason_follows = 1 }
 /^[^ ]+:[0-9]+: Failure$/ && reason == "" { reason = decoded($0) }
+# What a sanitizer found weighs more than an assertion.
+/^SUMMARY: [A-Za-z]+Sanitizer: / || /: runtime error: / { reason = decoded($0) }
 END { finish() }

@@ -7,8 +7,8 @@
 most_second_tries=20
 
 # Runs tests of a preset that is built, with CTest's further arguments, and collects their results. With "second-try"
-# those that failed and are not of the label "unit" are run once more: they wait for real servers, in real time.
-# Sanitizers' findings may depend on the moment, so their builds must not be given a second try.
+# those in which an assertion failed and which are not of the label "unit" are run once more: they wait for real servers,
+# in real time. A crash, or what a sanitizer found, may well depend on the moment, so one sight of it is enough.
 run_ctest() { # PRESET once|second-try CTEST-ARGUMENT...
     local preset=$1 tries=$2 first=$logs/$1.tsv second=$logs/$1-second.tsv log=$logs/$1.log failed
     shift 2
@@ -17,7 +17,7 @@ run_ctest() { # PRESET once|second-try CTEST-ARGUMENT...
         results_add failed "$preset: ctest" "it left no report; see $log"
         return
     fi
-    failed=$([[ $tries == once ]] || ! grep -q '^failed' "$first" || names_to_try_again "$preset")
+    failed=$([[ $tries == once ]] || names_to_try_again "$first")
     if [[ -n $failed ]]; then
         tell "Testing $preset: what failed, once more"
         run_ctest_once "$preset" "${log%.log}-second.log" "$second" -R "$failed" -LE '^unit$' || : >"$second"
@@ -38,11 +38,12 @@ run_ctest_once() { # PRESET LOG RESULTS CTEST-ARGUMENT...
     [[ -s $report ]] && LC_ALL=C awk -f "$project_root/tools/lib/junit.awk" "$report" >"$lines"
 }
 
-# A regular expression for the tests that failed in CTest's last run; none when they are too many.
-names_to_try_again() { # PRESET
-    local list=build/$1/Testing/Temporary/LastTestsFailed.log
-    [[ -s $list ]] && (($(wc -l <"$list") <= most_second_tries)) || return 0
-    printf '^(%s)$' "$(cut -d: -f2- "$list" | sed -E 's/[][\\.*^$+?()|]/\\&/g' | paste -sd '|')"
+# A regular expression for the tests in which an assertion failed; none when they are too many.
+names_to_try_again() { # RESULTS
+    local names
+    names=$(LC_ALL=C awk -F '\t' '$1 == "failed" && $3 ~ /: Failure$/ { print $2 }' "$1")
+    [[ -n $names ]] && (($(wc -l <<<"$names") <= most_second_tries)) || return 0
+    printf '^(%s)( +# GetParam.*)?$' "$(sed -E 's/[][\\.*^$+?()|]/\\&/g' <<<"$names" | paste -sd '|')"
 }
 
 # The lines of the second file, those of the first one instead where both name the test.
