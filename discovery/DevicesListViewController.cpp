@@ -10,8 +10,6 @@ namespace companion {
 
 namespace {
 
-constexpr auto serviceType = "_airplay._tcp";
-constexpr auto serviceDomain = "local.";
 constexpr std::chrono::seconds resolveTimeout{20};
 
 constexpr auto pickedIcon = "connectedChain";

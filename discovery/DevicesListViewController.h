@@ -40,6 +40,8 @@ struct DeviceRow {
 /// shown. Nothing that is announced on the network can do more than be ignored.
 class DevicesListViewController : public ServiceBrowserDelegate, public ServiceDelegate {
 public:
+    static constexpr auto serviceType = "_airplay._tcp";
+    static constexpr auto serviceDomain = "local.";
     static constexpr double rowHeight = 60; ///< Points.
     static constexpr double shownDisconnectButtonHeight = 48;
 

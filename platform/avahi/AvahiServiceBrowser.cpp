@@ -75,11 +75,20 @@ void AvahiServiceBrowser::setDelegate(ServiceBrowserDelegate* delegate)
     m_reports->setDelegate(delegate);
 }
 
-void AvahiServiceBrowser::searchForServices(const std::string& type, const std::string& domain)
+void AvahiServiceBrowser::searchAhead(const std::string& type, const std::string& domain)
 {
     m_type = type;
     m_domain = domain;
     m_session->client.start();
+}
+
+void AvahiServiceBrowser::searchForServices(const std::string& type, const std::string& domain)
+{
+    m_isReporting = true;
+    if (m_type.empty())
+        searchAhead(type, domain);
+    else
+        reportWhatIsKnown();
 }
 
 void AvahiServiceBrowser::browse()
@@ -127,7 +136,7 @@ void AvahiServiceBrowser::receiveSignal(const QString& member, const QVariantLis
 
 void AvahiServiceBrowser::addSighting(const std::string& name, ServiceInstance instance)
 {
-    Known& known = m_known[name];
+    Known& known = m_known.try_emplace(name, Known{++m_foundSoFar, {}, {}}).first->second;
     for (Sighting& sighting : known.sightings) {
         if (sighting.instance == instance) {
             sighting.isConfirmed = true;
@@ -165,10 +174,24 @@ void AvahiServiceBrowser::removeUnconfirmed()
         removeSighting(name, instance);
 }
 
+void AvahiServiceBrowser::reportWhatIsKnown()
+{
+    std::vector<KnownServices::value_type*> inOrder;
+    for (auto& entry : m_known)
+        inOrder.push_back(&entry);
+    std::sort(inOrder.begin(), inOrder.end(),
+        [](const auto* a, const auto* b) { return a->second.number < b->second.number; });
+    for (auto* entry : inOrder)
+        reportFound(entry->first, entry->second);
+}
+
 void AvahiServiceBrowser::reportFound(const std::string& name, Known& known)
 {
+    if (!m_isReporting)
+        return;
     const auto service = makeService(name);
-    service->addInstance(known.sightings.front().instance);
+    for (const Sighting& sighting : known.sightings)
+        service->addInstance(sighting.instance);
     known.service = service;
     m_reports->found(service);
 }
@@ -179,7 +202,8 @@ void AvahiServiceBrowser::reportRemoved(KnownServices::iterator known)
     if (!service)
         service = makeService(known->first);
     m_known.erase(known);
-    m_reports->removed(std::move(service));
+    if (m_isReporting)
+        m_reports->removed(std::move(service));
 }
 
 std::shared_ptr<AvahiService> AvahiServiceBrowser::makeService(const std::string& name)

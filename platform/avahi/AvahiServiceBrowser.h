@@ -6,6 +6,7 @@
 #include "platform/MainQueue.h"
 #include "platform/ServiceBrowser.h"
 
+#include <cstdint>
 #include <memory>
 #include <QString>
 #include <QTimer>
@@ -31,7 +32,12 @@ public:
 
     void setDelegate(ServiceBrowserDelegate* delegate) override;
 
-    /// To be called once.
+    /// Starts browsing and reports nothing yet. To be called before `searchForServices` and with the same arguments, by
+    /// somebody who knows that a search is to come: the daemon tells of all services that it knows before it answers
+    /// the first question about one of them, which takes a tenth of a second and more for a thousand.
+    void searchAhead(const std::string& type, const std::string& domain);
+
+    /// To be called once. What was found ahead is reported in the order in which it was found.
     void searchForServices(const std::string& type, const std::string& domain) override;
 
 private:
@@ -42,8 +48,9 @@ private:
         bool isConfirmed; ///< seen by the present browse
     };
 
-    /// A service that was reported found: the delegate's object, as long as somebody holds it, and where it is seen.
+    /// A service that was found, and reported unless that is ahead: the delegate's object, as long as somebody holds it, and where it is seen.
     struct Known {
+        std::uint64_t number; ///< in the order of finding
         std::weak_ptr<AvahiService> service;
         std::vector<Sighting> sightings;
     };
@@ -56,6 +63,7 @@ private:
     void addSighting(const std::string& name, ServiceInstance instance);
     void removeSighting(const std::string& name, ServiceInstance instance);
     void removeUnconfirmed();
+    void reportWhatIsKnown();
     void reportFound(const std::string& name, Known& known);
     void reportRemoved(KnownServices::iterator known);
     std::shared_ptr<AvahiService> makeService(const std::string& name);
@@ -67,6 +75,8 @@ private:
     std::string m_type;
     std::string m_domain;
     KnownServices m_known; ///< by name
+    std::uint64_t m_foundSoFar = 0;
+    bool m_isReporting = false;
     bool m_hasFailed = false;
     QTimer m_retry;
     std::unique_ptr<AvahiObject> m_browser;
@@ -80,14 +90,24 @@ public:
     {
     }
 
+    /// Browses from now on for the next browser to be made, which is to search for the same.
+    void searchAhead(const std::string& type, const std::string& domain)
+    {
+        m_ahead = std::make_unique<AvahiServiceBrowser>(m_queue, m_log);
+        m_ahead->searchAhead(type, domain);
+    }
+
     std::unique_ptr<ServiceBrowser> makeServiceBrowser() override
     {
+        if (m_ahead)
+            return std::move(m_ahead);
         return std::make_unique<AvahiServiceBrowser>(m_queue, m_log);
     }
 
 private:
     MainQueue& m_queue;
     SystemLog& m_log;
+    std::unique_ptr<AvahiServiceBrowser> m_ahead;
 };
 
 } // namespace companion

@@ -12,8 +12,9 @@ namespace companion {
 
 namespace {
 
-// Fewer and larger pieces of a file cost less processor time; libcurl's own choice is 64 KiB.
-constexpr long uploadBuffer = 512 << 10;
+// Fewer and larger pieces of a file cost less processor time; libcurl's own choice is 64 KiB. Larger ones yet would make
+// small files wait for the memory of the first.
+constexpr long uploadBuffer = 256 << 10;
 
 std::uint64_t sizeOf(const std::optional<HttpBody>& body)
 {

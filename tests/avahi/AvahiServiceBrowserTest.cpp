@@ -393,4 +393,115 @@ TEST_F(AvahiServiceBrowserTest, ThousandServicesAreFoundAndResolved)
     EXPECT_EQ(transcript.lines().size(), 2000u);
 }
 
+/// A factory that browses ahead, and another browser that tells the test when there is news.
+class AvahiSearchAheadTest : public AvahiServiceBrowserTest {
+protected:
+    void SetUp() override
+    {
+        AvahiServiceBrowserTest::SetUp();
+        if (IsSkipped())
+            return;
+        computerDaemon.start();
+        factory.searchAhead("_airplay._tcp", "local.");
+        browse();
+    }
+
+    void TearDown() override
+    {
+        listBrowser.reset();
+        laterList.services.clear();
+        AvahiServiceBrowserTest::TearDown();
+    }
+
+    std::unique_ptr<Announcement> announceAndFind(const std::string& name)
+    {
+        auto announcement = announce(name);
+        EXPECT_TRUE(waitFor("resolved " + name));
+        run(100ms); // the other browser's news are on their way, too
+        return announcement;
+    }
+
+    void openTheList()
+    {
+        listBrowser = factory.makeServiceBrowser();
+        listBrowser->setDelegate(&laterList);
+        listBrowser->searchForServices("_airplay._tcp", "local.");
+    }
+
+    bool waitForLines(const std::vector<std::string>& lines)
+    {
+        return waitUntil([&] { return laterLines.lines().size() >= lines.size(); })
+            && laterLines.lines() == lines;
+    }
+
+    AvahiServiceBrowserFactory factory{queue, log};
+    Transcript laterLines;
+    ServiceList laterList{laterLines};
+    std::unique_ptr<ServiceBrowser> listBrowser;
+};
+
+TEST_F(AvahiSearchAheadTest, WhatWasFoundIsReportedInItsOrderThroughTheMainQueue)
+{
+    const std::vector<std::unique_ptr<Announcement>> panels = [this] {
+        std::vector<std::unique_ptr<Announcement>> announcements;
+        for (const std::string name : {"d", "a", "c", "b"})
+            announcements.push_back(announceAndFind(name));
+        return announcements;
+    }();
+    auto gone = announceAndFind("gone");
+    gone.reset();
+    EXPECT_TRUE(waitFor("removed gone"));
+    run(100ms);
+
+    openTheList();
+    EXPECT_THAT(laterLines.lines(), ElementsAre());
+    queue.runPending();
+    EXPECT_THAT(laterLines.lines(), ElementsAre("found d", "found a", "found c", "found b"));
+    EXPECT_TRUE(waitUntil([&] { return laterLines.lines().size() == 8; })) << "not all were resolved";
+}
+
+TEST_F(AvahiSearchAheadTest, WhatComesAndGoesAfterwardsIsReportedAsItHappens)
+{
+    auto old = announceAndFind("old");
+    openTheList();
+    EXPECT_TRUE(waitForLines({"found old", "resolved old"}));
+    old.reset();
+    EXPECT_TRUE(waitForLines({"found old", "resolved old", "removed old"}));
+    const auto later = announce("later");
+    EXPECT_TRUE(waitForLines({"found old", "resolved old", "removed old", "found later", "resolved later"}));
+}
+
+TEST_F(AvahiSearchAheadTest, NothingIsReportedBeforeItIsSearchedFor)
+{
+    const auto panel = announceAndFind("a");
+    listBrowser = factory.makeServiceBrowser();
+    listBrowser->setDelegate(&laterList);
+    const auto another = announceAndFind("b");
+    EXPECT_THAT(laterLines.lines(), ElementsAre());
+}
+
+TEST_F(AvahiSearchAheadTest, OnlyTheFirstBrowserGetsWhatWasFound)
+{
+    const auto panel = announceAndFind("a");
+    const auto first = factory.makeServiceBrowser();
+    openTheList();
+    queue.runPending();
+    EXPECT_THAT(laterLines.lines(), ElementsAre()) << "it has to browse first";
+    EXPECT_TRUE(waitForLines({"found a", "resolved a"}));
+}
+
+TEST_F(AvahiSearchAheadTest, WhatWentWhileTheDaemonRestartedIsNotReported)
+{
+    auto old = announceAndFind("old");
+    const auto kept = announceAndFind("kept");
+    computerDaemon.stop();
+    old.reset();
+    run(100ms);
+    computerDaemon.start();
+    EXPECT_TRUE(waitFor("removed old"));
+    run(100ms);
+    openTheList();
+    EXPECT_TRUE(waitForLines({"found kept", "resolved kept"}));
+}
+
 } // namespace companion::testing
