@@ -48,7 +48,8 @@ private:
         bool isConfirmed; ///< seen by the present browse
     };
 
-    /// A service that was found, and reported unless that is ahead: the delegate's object, as long as somebody holds it, and where it is seen.
+    /// A service that was found: the delegate's object, from its report on and as long as somebody holds it, and where
+    /// it is seen.
     struct Known {
         std::uint64_t number; ///< in the order of finding
         std::weak_ptr<AvahiService> service;
