@@ -65,13 +65,15 @@ test_what_is_run_once_gets_no_second_try() {
 # CTest with one test that ends as told: lines of its output.
 pretend_ctest_with_output() { # LINE...
     printf '%s\n' "$@" >output
+    seconds=${seconds-1.5}
+    export seconds
     pretend ctest <<'SCRIPT'
 echo "$*" >>calls
 while (($#)); do
     [[ $1 != --output-junit ]] || report=$2
     shift
 done
-{ printf '\t<testcase name="a/T" status="fail">\n' && cat output; } >"$report"
+{ printf '\t<testcase name="a/T" time="%s" status="fail">\n' "$seconds" && cat output; } >"$report"
 SCRIPT
 }
 
@@ -92,7 +94,14 @@ test_a_crash_gets_no_second_try() {
     pretend_ctest_with_output 'Segmentation fault'
     run_ctest debug second-try >/dev/null
     expect calls 1 "$(wc -l <calls)"
-    expect results "$(printf 'failed\tdebug: a/T\tno assertion failed: it crashed or took too long')" "$(cat "$results")"
+    expect results "$(printf 'failed\tdebug: a/T\tno assertion failed: it crashed')" "$(cat "$results")"
+}
+
+test_what_ran_out_of_time_is_tried_again() {
+    seconds=60.02 pretend_ctest_with_output '[ RUN      ] a.T'
+    run_ctest debug second-try >/dev/null
+    expect calls 2 "$(wc -l <calls)"
+    expect results "$(printf 'failed\tdebug: a/T\tit took too long')" "$(cat "$results")"
 }
 
 test_unit_tests_are_never_given_a_second_try() {

@@ -7,8 +7,8 @@
 most_second_tries=20
 
 # Runs tests of a preset that is built, with CTest's further arguments, and collects their results. With "second-try"
-# those in which an assertion failed and which are not of the label "unit" are run once more: they wait for real servers,
-# in real time. A crash, or what a sanitizer found, may well depend on the moment, so one sight of it is enough.
+# those in which an assertion failed or time ran out, and which are not of the label "unit", are run once more: they wait
+# for real servers, in real time. A crash, or what a sanitizer found, may well depend on the moment, so one sight of it is enough.
 run_ctest() { # PRESET once|second-try CTEST-ARGUMENT...
     local preset=$1 tries=$2 first=$logs/$1.tsv second=$logs/$1-second.tsv log=$logs/$1.log failed
     shift 2
@@ -38,10 +38,10 @@ run_ctest_once() { # PRESET LOG RESULTS CTEST-ARGUMENT...
     [[ -s $report ]] && LC_ALL=C awk -f "$project_root/tools/lib/junit.awk" "$report" >"$lines"
 }
 
-# A regular expression for the tests in which an assertion failed; none when they are too many.
+# A regular expression for the tests in which an assertion failed or time ran out; none when they are too many.
 names_to_try_again() { # RESULTS
     local names
-    names=$(LC_ALL=C awk -F '\t' '$1 == "failed" && $3 ~ /: Failure$/ { print $2 }' "$1")
+    names=$(LC_ALL=C awk -F '\t' '$1 == "failed" && $3 ~ /: Failure$|^it took too long$/ { print $2 }' "$1")
     [[ -n $names ]] && (($(wc -l <<<"$names") <= most_second_tries)) || return 0
     printf '^(%s)( +# GetParam.*)?$' "$(sed -E 's/[][\\.*^$+?()|]/\\&/g' <<<"$names" | paste -sd '|')"
 }
