@@ -21,7 +21,7 @@ complete -c panelctl -n '__fish_seen_subcommand_from doctor' -l touches -d 'Also
 
 complete -c panelctl -l panel-address -x -d 'The address of the panel'
 complete -c panelctl -l panel -x -d 'The name of the panel'
-complete -c panelctl -l interface -x -a '(command ls /sys/class/net)' -d 'Tell the panel the address of this network interface'
+complete -c panelctl -l interface -x -a '(command ls /sys/class/net 2>/dev/null)' -d 'Tell the panel the address of this network interface'
 complete -c panelctl -l timeout -x -d 'Seconds to wait'
 complete -c panelctl -l json -d 'Machine-readable output'
 complete -c panelctl -l verbose -d 'Tell on standard error what goes on'
