@@ -86,6 +86,12 @@ AvahiClient::~AvahiClient()
 
 void AvahiClient::start()
 {
+    m_isPersistent = true;
+    startIfThereIsABus();
+}
+
+void AvahiClient::startIfThereIsABus()
+{
     if (!m_bus && !m_busRetry.isActive())
         connectToBus();
 }
@@ -144,6 +150,8 @@ void AvahiClient::loseBus()
 // A computer without a bus may never get one, and is not to be woken for it all day.
 void AvahiClient::retryLater()
 {
+    if (!m_isPersistent)
+        return;
     m_busRetry.start(m_untilBusRetry);
     m_untilBusRetry = std::min(m_untilBusRetry * 2, longestBusRetry);
 }
@@ -192,7 +200,8 @@ void AvahiClient::setOwner(const QString& owner)
         m_owner.clear();
         Q_EMIT daemonWent();
     }
-    if (!owner.isEmpty()) {
+    // On a bus that is gone and has yet to tell so, libdbus would end the process when Qt subscribes (Qt 6.4).
+    if (!owner.isEmpty() && m_bus->isConnected()) {
         m_owner = owner;
         subscribe();
         Q_EMIT daemonCame();

@@ -61,6 +61,9 @@ public:
     /// Connects; `daemonCame` follows, now or some day.
     void start();
 
+    /// Connects if there is a bus now; else nothing happens, and nothing wakes up, before `start`.
+    void startIfThereIsABus();
+
     bool isDaemonRunning() const { return !m_owner.isEmpty(); }
 
     /// Calls `method` of org.freedesktop.Avahi.Server, which makes an object. Mute without a daemon.
@@ -99,6 +102,7 @@ private:
     void setAvailability(Availability availability);
 
     SystemLog& m_log;
+    bool m_isPersistent = false; ///< a missing bus is tried again
     QTimer m_busRetry;
     std::chrono::milliseconds m_untilBusRetry = shortestBusRetry;
     std::optional<QDBusConnection> m_bus;

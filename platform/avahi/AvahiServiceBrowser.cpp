@@ -79,16 +79,16 @@ void AvahiServiceBrowser::searchAhead(const std::string& type, const std::string
 {
     m_type = type;
     m_domain = domain;
-    m_session->client.start();
+    m_session->client.startIfThereIsABus();
 }
 
 void AvahiServiceBrowser::searchForServices(const std::string& type, const std::string& domain)
 {
+    m_type = type;
+    m_domain = domain;
     m_isReporting = true;
-    if (m_type.empty())
-        searchAhead(type, domain);
-    else
-        reportWhatIsKnown();
+    reportWhatIsKnown();
+    m_session->client.start();
 }
 
 void AvahiServiceBrowser::browse()

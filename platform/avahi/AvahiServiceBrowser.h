@@ -34,7 +34,8 @@ public:
 
     /// Starts browsing and reports nothing yet. To be called before `searchForServices` and with the same arguments, by
     /// somebody who knows that a search is to come: the daemon tells of all services that it knows before it answers
-    /// the first question about one of them, which takes a tenth of a second and more for a thousand.
+    /// the first question about one of them, which takes a tenth of a second and more for a thousand. Without a bus
+    /// nothing happens: nobody waits for an answer yet.
     void searchAhead(const std::string& type, const std::string& domain);
 
     /// To be called once. What was found ahead is reported in the order in which it was found.

@@ -471,6 +471,30 @@ TEST_F(AvahiSearchAheadTest, WhatComesAndGoesAfterwardsIsReportedAsItHappens)
     EXPECT_TRUE(waitForLines({"found old", "resolved old", "removed old", "found later", "resolved later"}));
 }
 
+TEST_F(AvahiSearchAheadTest, AMissingBusIsTriedAgainOnlyOnceItIsSearchedFor)
+{
+    browser.reset(); // it would try on its own
+    computerDaemon.stop();
+    computerBus->stop();
+    AvahiServiceBrowserFactory anotherFactory(queue, log);
+    {
+        const ClosedDoor door(computerBus->address());
+        anotherFactory.searchAhead("_airplay._tcp", "local.");
+        run(4500ms);
+        EXPECT_EQ(door.knocks(), 1);
+
+        listBrowser = anotherFactory.makeServiceBrowser();
+        listBrowser->setDelegate(&laterList);
+        listBrowser->searchForServices("_airplay._tcp", "local.");
+        EXPECT_TRUE(waitUntil([&] { return door.knocks() == 3; }))
+            << "it was tried " << door.knocks() << " times";
+    }
+    computerBus->start();
+    computerDaemon.start();
+    const auto panel = announce("a");
+    EXPECT_TRUE(waitForLines({"found a", "resolved a"}));
+}
+
 TEST_F(AvahiSearchAheadTest, NothingIsReportedBeforeItIsSearchedFor)
 {
     const auto panel = announceAndFind("a");
