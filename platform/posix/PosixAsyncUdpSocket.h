@@ -14,8 +14,8 @@ namespace companion {
 class DatagramDelivery;
 class UdpReceiver;
 
-/// A UDP socket for IPv6 and IPv4 that loses nothing while the main thread is busy. A port is never shared: no address-reuse flag
-/// is set, so a port that somebody has is an error, and nobody can take ours.
+/// A UDP socket for IPv6 and IPv4 that loses nothing while the main thread is busy. A port is never shared: no
+/// address-reuse flag is set, so a port that somebody has is an error, and nobody can take ours.
 class PosixAsyncUdpSocket : public AsyncUdpSocket {
 public:
     /// What is asked of the system: a burst of 10,000 touches fits. The system may grant less.

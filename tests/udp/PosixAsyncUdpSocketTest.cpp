@@ -264,7 +264,7 @@ TEST_F(PosixAsyncUdpSocketTest, AMainThreadThatKeepsUpReadsByItself)
         m_peer.send("MOVE," + std::to_string(i), m_port);
         ASSERT_TRUE(waitForCount(i));
     }
-    EXPECT_LE(m_queue.handedIn(), before + mostHandedOver) << "no thread hands anything over";
+    EXPECT_LE(m_queue.handedIn(), before + mostHandedOver) << "the receive thread has read";
     EXPECT_NEAR(m_slices, 500, static_cast<double>(mostHandedOver));
 }
 

@@ -29,7 +29,8 @@ function finish() {
 /^\t<testcase / {
     finish()
     name = attribute("name"); sub(/ +# GetParam\(\) = .*/, "", name); status = attribute("status")
-    reason = ""; problem = was_ended() ? "it took too long" : "no assertion failed: it crashed"; said_skipped = 0; reason_follows = 0
+    reason = ""; problem = was_ended() ? "it took too long" : "no assertion failed: it crashed"
+    said_skipped = 0; reason_follows = 0
     next
 }
 reason_follows { reason = decoded($0); reason_follows = 0 }

@@ -8,7 +8,8 @@ most_second_tries=20
 
 # Runs tests of a preset that is built, with CTest's further arguments, and collects their results. With "second-try"
 # those in which an assertion failed or time ran out, and which are not of the label "unit", are run once more: they wait
-# for real servers, in real time. A crash, or what a sanitizer found, may well depend on the moment, so one sight of it is enough.
+# for real servers, in real time. A crash, or what a sanitizer found, may well depend on the moment, so one sight of it is
+# enough.
 run_ctest() { # PRESET once|second-try CTEST-ARGUMENT...
     local preset=$1 tries=$2 first=$logs/$1.tsv second=$logs/$1-second.tsv log=$logs/$1.log failed
     shift 2
