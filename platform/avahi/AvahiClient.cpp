@@ -44,6 +44,13 @@ QString uniqueConnectionName()
     return QStringLiteral("service-browser-%1").arg(++serial);
 }
 
+/// As the D-Bus Specification has it in "Well-known Message Bus Instances".
+QByteArray systemBusAddress()
+{
+    const QByteArray address = qgetenv("DBUS_SYSTEM_BUS_ADDRESS");
+    return address.isEmpty() ? QByteArrayLiteral("unix:path=/var/run/dbus/system_bus_socket") : address;
+}
+
 bool isError(const QDBusMessage& reply)
 {
     return reply.type() == QDBusMessage::ErrorMessage;
@@ -74,9 +81,15 @@ AvahiObject::~AvahiObject()
 
 AvahiClient::AvahiClient(SystemLog& log)
     : m_log(log)
+    , m_probe([this](BusProbe::Result result) {
+        if (result == BusProbe::Result::answers)
+            connectToBus();
+        else
+            doWithoutBus(result == BusProbe::Result::silent ? Availability::silentBus : Availability::noBus);
+    })
 {
     m_busRetry.setSingleShot(true);
-    connect(&m_busRetry, &QTimer::timeout, this, &AvahiClient::connectToBus);
+    connect(&m_busRetry, &QTimer::timeout, this, &AvahiClient::tryBus);
 }
 
 AvahiClient::~AvahiClient()
@@ -92,8 +105,8 @@ void AvahiClient::start()
 
 void AvahiClient::startIfThereIsABus()
 {
-    if (!m_bus && !m_busRetry.isActive())
-        connectToBus();
+    if (!m_bus && !m_probe.isRunning() && !m_busRetry.isActive())
+        tryBus();
 }
 
 std::unique_ptr<AvahiObject> AvahiClient::makeObject(
@@ -113,14 +126,17 @@ std::unique_ptr<AvahiObject> AvahiClient::makeObject(
     return std::unique_ptr<AvahiObject>(new AvahiObject(*this, std::move(state)));
 }
 
+void AvahiClient::tryBus()
+{
+    m_probe.start(systemBusAddress());
+}
+
 void AvahiClient::connectToBus()
 {
     m_bus = QDBusConnection::connectToBus(QDBusConnection::SystemBus, uniqueConnectionName());
     if (!m_bus->isConnected()) {
         closeBus();
-        setAvailability(Availability::noBus);
-        retryLater();
-        return;
+        return doWithoutBus(Availability::noBus);
     }
     m_untilBusRetry = shortestBusRetry;
     m_bus->connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
@@ -141,9 +157,14 @@ void AvahiClient::closeBus()
 
 void AvahiClient::loseBus()
 {
-    setAvailability(Availability::noBus);
     setOwner(QString());
     closeBus();
+    doWithoutBus(Availability::noBus);
+}
+
+void AvahiClient::doWithoutBus(Availability why)
+{
+    setAvailability(why);
     retryLater();
 }
 
@@ -307,6 +328,8 @@ void AvahiClient::setAvailability(Availability availability)
         return;
     if (availability == Availability::noBus)
         m_log.log("mDNS: there is no system bus to reach the Avahi daemon by");
+    else if (availability == Availability::silentBus)
+        m_log.log("mDNS: the system bus, by which the Avahi daemon is reached, does not answer");
     else if (availability == Availability::noDaemon)
         m_log.log("mDNS: the Avahi daemon is not running");
     else if (before != Availability::unknown)

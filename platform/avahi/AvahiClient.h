@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/avahi/BusProbe.h"
 #include "platform/Log.h"
 
 #include <chrono>
@@ -47,10 +48,9 @@ private:
 
 /// The Avahi daemon on the system bus, as long and as often as it is there. Main thread only.
 ///
-/// Calls are asynchronous. Connecting to the bus is not: it is over at once when nobody listens at the bus's address,
-/// but a bus that takes the connection and then keeps silent holds the caller up. While there is no bus it is tried
-/// after two seconds, then after four, and so on up to half a minute; a daemon that is missing costs no wake-ups, since
-/// the bus tells when it comes.
+/// Nothing here waits: calls are asynchronous, and a bus is connected to only once it has shown that it answers. While
+/// it does not, it is tried after two seconds, then after four, and so on up to half a minute; a daemon that is missing
+/// costs no wake-ups, since the bus tells when it comes.
 class AvahiClient : public QObject {
     Q_OBJECT
 
@@ -81,9 +81,11 @@ private Q_SLOTS:
 private:
     friend class AvahiObject;
     static constexpr std::chrono::milliseconds shortestBusRetry = std::chrono::seconds(2);
-    enum class Availability { unknown, noBus, noDaemon, running };
+    enum class Availability { unknown, noBus, silentBus, noDaemon, running };
 
+    void tryBus();
     void connectToBus();
+    void doWithoutBus(Availability why);
     void retryLater();
     void closeBus();
     void watchDaemon();
@@ -103,6 +105,7 @@ private:
 
     SystemLog& m_log;
     bool m_isPersistent = false; ///< a missing bus is tried again
+    BusProbe m_probe;
     QTimer m_busRetry;
     std::chrono::milliseconds m_untilBusRetry = shortestBusRetry;
     std::optional<QDBusConnection> m_bus;

@@ -1,5 +1,6 @@
 #include "tests/support/PrivateBus.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <fstream>
 #include <stdexcept>
@@ -71,6 +72,16 @@ void PrivateBus::stop()
     m_daemon.reset();
     std::error_code ignored;
     std::filesystem::remove(m_folder / "bus", ignored);
+}
+
+void PrivateBus::pause()
+{
+    m_daemon->sendSignal(SIGSTOP);
+}
+
+void PrivateBus::resume()
+{
+    m_daemon->sendSignal(SIGCONT);
 }
 
 std::string PrivateBus::address() const

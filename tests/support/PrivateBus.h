@@ -24,6 +24,10 @@ public:
     /// Its clients lose their connections; the next start is at the same address.
     void stop();
 
+    /// Takes connections and keeps silent until `resume`.
+    void pause();
+    void resume();
+
     /// The same for the whole life of the object, also before the start.
     std::string address() const;
 
