@@ -18,12 +18,8 @@ from harness.companion import DISABLED, ENABLED  # noqa: E402
 from harness.desktop import ClickWindow  # noqa: E402
 from harness.panel import panel_coordinate  # noqa: E402
 from harness.processes import Failure, wait_until  # noqa: E402
-from harness.report import Report  # noqa: E402
+from harness.report import Report, Skip  # noqa: E402
 from lab import Lab  # noqa: E402
-
-
-class Skip(Exception):
-    """A scenario that this computer does not allow; the text says why."""
 
 
 def touch(lab, panel, word, x, y):

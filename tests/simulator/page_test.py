@@ -24,7 +24,7 @@ from harness.companion import Companion  # noqa: E402
 from harness.desktop import Desktop  # noqa: E402
 from harness.panel import RANGE, Panel  # noqa: E402
 from harness.processes import Failure, Processes, wait_until  # noqa: E402
-from harness.report import Report  # noqa: E402
+from harness.report import Report, Skip  # noqa: E402
 
 PHONE, TABLET, COMPUTER = (390, 844), (1024, 768), (1280, 800)
 PATH = [(0.11, 0.83), (0.17, 0.71), (0.29, 0.64), (0.43, 0.31), (0.61, 0.37), (0.78, 0.12), (0.93, 0.57)]
@@ -65,10 +65,6 @@ def png(width, height):
                     for y in range(height))
     return b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0)) \
         + chunk(b"IDAT", zlib.compress(rows, 9)) + chunk(b"IEND", b"")
-
-
-class Skip(Exception):
-    pass
 
 
 TESTS = []

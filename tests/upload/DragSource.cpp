@@ -1,10 +1,15 @@
-// drag-source [--text TEXT] [--png BYTES] [--url URL]... [--move-only] [FILE]...
+// drag-source [--text TEXT] [--png BYTES] [--url URL]... [--move-only] [--portal] [FILE]...
 // Another program that things are dragged from, as a file manager: a small window at the top left of the screen, in
 // which a press and a move begin one drag. It would rather move than copy, and deletes the files if they were moved.
 // Tells by lines on standard output: "ready", "started", and "ended copy", "ended move", "ended link" or "ended none".
 #include <cstdio>
+#include <fcntl.h>
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusUnixFileDescriptor>
 #include <QDrag>
 #include <QFile>
 #include <QMimeData>
@@ -12,6 +17,7 @@
 #include <QTimer>
 #include <QUrl>
 #include <QWidget>
+#include <unistd.h>
 
 namespace {
 
@@ -37,9 +43,37 @@ const char* nameOf(Qt::DropAction action)
     }
 }
 
+QVariant callPortal(const QString& method, const QVariantList& arguments)
+{
+    QDBusMessage call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.portal.Documents"),
+        QStringLiteral("/org/freedesktop/portal/documents"),
+        QStringLiteral("org.freedesktop.portal.FileTransfer"), method);
+    call.setArguments(arguments);
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(call);
+    if (reply.type() == QDBusMessage::ErrorMessage)
+        qFatal("%s", qPrintable(reply.errorMessage()));
+    return reply.arguments().value(0);
+}
+
+/// Hands files to the FileTransfer portal, as a sandboxed program has to; returns the key that they are fetched by.
+QByteArray handToPortal(const QStringList& files)
+{
+    qDBusRegisterMetaType<QList<QDBusUnixFileDescriptor>>();
+    QList<QDBusUnixFileDescriptor> descriptors;
+    for (const QString& file : files) {
+        const int fd = open(QFile::encodeName(file).constData(), O_PATH | O_CLOEXEC);
+        descriptors.append(QDBusUnixFileDescriptor(fd)); // which takes a copy
+        close(fd);
+    }
+    const QString key = callPortal(QStringLiteral("StartTransfer"), {QVariantMap()}).toString();
+    callPortal(QStringLiteral("AddFiles"), {key, QVariant::fromValue(descriptors), QVariantMap()});
+    return key.toUtf8();
+}
+
 struct Offer {
     QStringList files;
     QList<QUrl> urls;
+    QByteArray portalKey;
     QString text;
     QByteArray png;
     bool hasPng = false;
@@ -52,6 +86,8 @@ struct Offer {
             data->setData(QStringLiteral("image/png"), png);
         if (!urls.isEmpty())
             data->setUrls(urls);
+        if (!portalKey.isEmpty())
+            data->setData(QStringLiteral("application/vnd.portal.filetransfer"), portalKey);
         if (!text.isEmpty())
             data->setText(text);
         return data;
@@ -107,11 +143,13 @@ int main(int argc, char** argv)
     const QCommandLineOption png("png", "offers an image of these bytes", "bytes");
     const QCommandLineOption url("url", "offers a URL", "url");
     const QCommandLineOption moveOnly("move-only", "offers nothing but to move");
-    parser.addOptions({text, png, url, moveOnly});
+    const QCommandLineOption portal("portal", "hands the files over by the FileTransfer portal");
+    parser.addOptions({text, png, url, moveOnly, portal});
     parser.process(application);
 
     Offer offer{.files = parser.positionalArguments(),
         .urls = {},
+        .portalKey = {},
         .text = parser.value(text),
         .png = parser.value(png).toUtf8(),
         .hasPng = parser.isSet(png)};
@@ -119,8 +157,11 @@ int main(int argc, char** argv)
         offer.actions = Qt::MoveAction;
     for (const QString& address : parser.values(url))
         offer.urls += QUrl(address);
-    for (const QString& file : offer.files)
-        offer.urls += QUrl::fromLocalFile(file);
+    if (parser.isSet(portal))
+        offer.portalKey = handToPortal(offer.files);
+    else
+        for (const QString& file : offer.files)
+            offer.urls += QUrl::fromLocalFile(file);
     Source source(std::move(offer));
     source.show();
     return QApplication::exec();

@@ -19,13 +19,14 @@ from harness.companion import UPLOADED as SUCCESS, Companion  # noqa: E402
 from harness.desktop import Desktop  # noqa: E402
 from harness.panel import Panel  # noqa: E402
 from harness.processes import Failure, Processes, wait_until  # noqa: E402
-from harness.report import Report  # noqa: E402
+from harness.report import Report, Skip  # noqa: E402
 from rawpanel import RawPanel, check_upload, read_head, read_upload  # noqa: E402
 
 REJECTED = "File Upload failed."
 SERVER_ERROR = "Server error while uploading. Please try again."
 UNAVAILABLE = "File upload feature is not available for your device."
 RAW_ADDRESS = "127.0.0.9"
+DOCUMENTS_PORTAL = pathlib.Path("/usr/libexec/xdg-document-portal")
 MIB = 1 << 20
 
 
@@ -90,6 +91,21 @@ class Stage:
     def end_programs(self):
         self.processes.end(list(self._own))
         self.panel = self.companion = None
+
+    def start_portal(self):
+        """The portal that a desktop hands files over to sandboxed programs by."""
+        if not DOCUMENTS_PORTAL.exists():
+            raise Skip("xdg-desktop-portal is not installed")
+        folder = self.folder / "portal"
+        folder.mkdir(mode=0o700)
+        portal = self.processes.start(
+            [DOCUMENTS_PORTAL], environment={"XDG_RUNTIME_DIR": str(folder), "XDG_DATA_HOME": str(folder)})
+        question = ["dbus-send", "--session", "--print-reply", "--dest=org.freedesktop.DBus", "/org/freedesktop/DBus",
+                    "org.freedesktop.DBus.GetNameOwner", "string:org.freedesktop.portal.Documents"]
+        wait_until(lambda: not portal.running() or subprocess.run(
+            question, check=False, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode == 0, "the portal")
+        if not portal.running():
+            raise Skip(f"xdg-document-portal does not run here: {portal.output().strip()}")
 
     def answer(self, mode):
         self.panel._request("/simulator/upload-reply", mode.encode())  # pylint: disable=protected-access
@@ -288,6 +304,17 @@ def several_files(stage):
     expect_same(stage, first, "video/mp3", before)
     stage.no_alert("about the second file")
     expect(stage.arrivals() == before + 1, "the second file was uploaded, too")
+
+
+def a_file_from_the_portal(stage):
+    stage.start_portal()
+    stage.paired()
+    before = stage.arrivals()
+    path = stage.file("kept in a sandbox.png")
+    told = stage.drop("--portal", path)
+    expect(told == "copy", f"the source was told {told!r}")
+    stage.alert(SUCCESS)
+    expect_same(stage, path, "image/png", before)
 
 
 def image_data(stage):
@@ -537,6 +564,7 @@ SCENARIOS = [
     ("a drag that may only be moved is refused at the door, and its file stays", a_drag_that_may_only_be_moved),
     ("folders, pipes, devices, missing files and web addresses upload nothing", what_is_no_file),
     ("of several files the first is uploaded", several_files),
+    ("a file that is handed over by the desktop's portal reaches the panel", a_file_from_the_portal),
     ("an image's data are taken and lead to nothing, even beside a file", image_data),
     ("an empty image beside a file is a paste error", an_empty_image),
     ("a file picked in the dialog, which stands in the downloads folder, reaches the panel", a_picked_file),
@@ -559,6 +587,8 @@ SCENARIOS = [
 def play(stage, name, scenario, report):
     try:
         report.passed(name, scenario(stage) or "")
+    except Skip as reason:
+        report.skipped(name, reason)
     except Exception as problem:  # pylint: disable=broad-except  # whatever it is, the scenario did not go through
         pointer("mouseup", 1)
         stage.desktop.screenshot(stage.folder / f"{scenario.__name__}.png")

@@ -1,6 +1,10 @@
 """Tells what happened, step by step: for people, or in the Test Anything Protocol."""
 
 
+class Skip(Exception):
+    """What a scenario needs is not here; the text says why."""
+
+
 class Report:
     def __init__(self, as_tap=False):
         self._as_tap = as_tap
