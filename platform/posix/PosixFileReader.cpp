@@ -1,11 +1,13 @@
 #include "platform/posix/PosixFileReader.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <fcntl.h>
 #include <memory>
 #include <new>
 #include <optional>
+#include <string>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -17,8 +19,7 @@ namespace {
 /// Of the usual processors; on others the hint is for less than it could be.
 constexpr std::uintptr_t largePage = 2 << 20;
 
-/// Files that the kernel or a server makes up as they are read may tell a length of 0.
-constexpr std::uint64_t longestFileOfUnknownLength = 16 << 20;
+constexpr std::size_t firstPieceOfUnknownLength = 64 << 10;
 
 class FileDescriptor {
 public:
@@ -68,25 +69,53 @@ void askForLargePages(const char* memory, std::size_t size)
         madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
 }
 
-/// The bytes up to the end or to `limit`, null on an error.
-FileBytes readUpTo(std::uint64_t limit, const FileDescriptor& file)
+/// Reads behind the first `size` bytes of `memory`, to its end or to the file's. How many bytes there are then, or nothing
+/// on an error.
+std::optional<std::size_t> fill(
+    char* memory, std::size_t size, std::size_t capacity, const FileDescriptor& file)
 {
-    // Not cleared: for a large file that takes a third as long again as reading it.
-    auto memory = std::make_unique_for_overwrite<char[]>(limit);
-    askForLargePages(memory.get(), limit);
-    std::size_t size = 0;
-    while (size < limit) {
-        const ssize_t count = file.readInto(memory.get() + size, limit - size);
+    while (size < capacity) {
+        const ssize_t count = file.readInto(memory + size, capacity - size);
         if (count < 0)
-            return nullptr;
+            return std::nullopt;
         if (count == 0)
             break;
         size += static_cast<std::size_t>(count);
     }
-    return sharedBytes(std::move(memory), size);
+    return size;
+}
+
+/// The first `length` bytes, fewer where the file ends before, null on an error.
+FileBytes readFirst(std::size_t length, const FileDescriptor& file)
+{
+    // Not cleared: for a large file that takes a third as long again as reading it.
+    auto memory = std::make_unique_for_overwrite<char[]>(length);
+    askForLargePages(memory.get(), length);
+    const auto size = fill(memory.get(), 0, length, file);
+    return size ? sharedBytes(std::move(memory), *size) : nullptr;
+}
+
+/// All bytes, null on an error and where there are more than `limit`.
+FileBytes readToTheEnd(std::size_t limit, const FileDescriptor& file)
+{
+    std::string bytes(std::min(firstPieceOfUnknownLength, limit + 1), '\0');
+    auto size = fill(bytes.data(), 0, bytes.size(), file);
+    while (size && *size == bytes.size() && *size <= limit) {
+        bytes.resize(std::min(2 * bytes.size(), limit + 1));
+        size = fill(bytes.data(), *size, bytes.size(), file);
+    }
+    if (!size || *size > limit)
+        return nullptr;
+    bytes.resize(*size);
+    return sharedBytes(std::move(bytes));
 }
 
 } // namespace
+
+PosixFileReader::PosixFileReader(std::size_t longestOfUnknownLength)
+    : m_longestOfUnknownLength(longestOfUnknownLength)
+{
+}
 
 FileBytes PosixFileReader::readFile(const std::string& path)
 {
@@ -95,7 +124,7 @@ FileBytes PosixFileReader::readFile(const std::string& path)
     if (!length)
         return nullptr;
     try {
-        return readUpTo(*length == 0 ? longestFileOfUnknownLength : *length, file);
+        return *length == 0 ? readToTheEnd(m_longestOfUnknownLength, file) : readFirst(*length, file);
     } catch (const std::bad_alloc&) {
         return nullptr;
     }

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -149,6 +150,20 @@ TEST_F(PosixFileReaderTest, FileThatIsLongerThanMemoryCanBeIsRefused)
 TEST_F(PosixFileReaderTest, FileOfTheKernelThatTellsNoLengthIsRead)
 {
     EXPECT_NE(read("/proc/self/status").find("VmPeak"), std::string::npos);
+}
+
+TEST_F(PosixFileReaderTest, FileThatTellsNoLengthIsReadToItsEnd)
+{
+    const std::string path = "/proc/kallsyms"; // some megabytes, always the same
+    std::ostringstream expected;
+    expected << std::ifstream(path).rdbuf();
+    const std::string content = expected.str();
+    if (content.size() < (1 << 20))
+        GTEST_SKIP() << "the kernel does not show its symbols here";
+    EXPECT_TRUE(read(path) == content);
+    EXPECT_NE(PosixFileReader(content.size()).readFile(path), nullptr);
+    EXPECT_EQ(PosixFileReader(content.size() - 1).readFile(path), nullptr);
+    EXPECT_EQ(PosixFileReader(1000).readFile(path), nullptr);
 }
 
 TEST_F(PosixFileReaderTest, FileThatGrowsIsReadAsLongAsItWasAndOneThatShrinksAsFarAsItGoes)
