@@ -79,7 +79,7 @@ void CurlTransfer::setOptions()
     curl_easy_setopt(handle, CURLOPT_URL, m_request.url.text.c_str());
     curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, CURL_HTTP_VERSION_1_1);
+    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, long(CURL_HTTP_VERSION_1_1));
     curl_easy_setopt(handle, CURLOPT_HTTP09_ALLOWED, 0L);
     curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
     curl_easy_setopt(handle, CURLOPT_PROXY, ""); // the environment's as well
@@ -201,7 +201,8 @@ bool CurlTransfer::hasBeenIdleTooLong(TimePoint now)
         m_lastActivity = std::max(m_lastActivity, now - sinceLast);
     }
     m_idleDeadline = m_lastActivity + m_request.timeout;
-    if (now >= m_idleDeadline && isHeldBack) // and it is looked again whether the other side still lives
+    if (now >= m_idleDeadline && isHeldBack
+        && !hasWholeReply()) // and it is looked again whether the other side still lives
         m_idleDeadline =
             std::min(now + m_request.timeout, m_lastActivity + idleTimesHeldBack * m_request.timeout);
     return now >= m_idleDeadline;

@@ -621,6 +621,25 @@ TEST_F(CurlHttpSessionTest, AServerThatStopsReadingIsGivenUpAfter30IdleTimes)
     end.set_value();
 }
 
+TEST_F(CurlHttpSessionTest, AServerThatStopsReadingOnceItHasAnsweredIsWaitedForNoLongerThanOthers)
+{
+    std::promise<void> end;
+    const std::shared_future<void> isOver = end.get_future().share();
+    RawServer server([isOver](RawConnection& connection) {
+        connection.readHead();
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 4\r\n\r\nfine");
+        isOver.wait_for(20s);
+    });
+    HttpRequest request = requestTo(server.url());
+    request.method = "POST";
+    request.body = bodyOf({std::string(24 << 20, 'f')});
+    request.timeout = 300ms;
+    const auto start = SteadyClock::now();
+    expectReply(reply(request), 200, "fine");
+    EXPECT_LT(SteadyClock::now() - start, 3s);
+    end.set_value();
+}
+
 TEST_F(CurlHttpSessionTest, AServerThatStopsReadingAndThenVanishesIsNotWaitedForThatLong)
 {
     const NetworkOfItsOwn network;
