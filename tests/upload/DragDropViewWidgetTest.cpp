@@ -68,6 +68,13 @@ protected:
     std::string move(const QMimeData& data) { return answerTo<QDragMoveEvent>(data); }
     std::string drop(const QMimeData& data) { return answerTo<QDropEvent>(data); }
 
+    /// An alert opens: modal to the drop area's window.
+    void block()
+    {
+        QEvent event(QEvent::WindowBlocked);
+        QApplication::sendEvent(&m_widget, &event);
+    }
+
     void leave()
     {
         QDragLeaveEvent event;
@@ -129,6 +136,50 @@ TEST_F(DragDropViewWidgetTest, EnteringMovingAndLeavingAreTold)
     move(m_file);
     leave();
     EXPECT_EQ(taken(), "begin, move, move, finished");
+}
+
+TEST_F(DragDropViewWidgetTest, AnAlertThatOpensUnderADragEndsItForTheDropArea)
+{
+    enter(m_file);
+    block();
+    EXPECT_EQ(taken(), "begin, finished");
+    leave();
+    EXPECT_EQ(taken(), "");
+}
+
+TEST_F(DragDropViewWidgetTest, ADragThatMovesOnAfterAnAlertEntersAnew)
+{
+    enter(m_file);
+    block();
+    taken();
+    EXPECT_EQ(move(m_text), "refused") << "it may be another drag by now";
+    EXPECT_EQ(taken(), "");
+    EXPECT_EQ(move(m_file), "copy");
+    EXPECT_EQ(move(m_file), "copy");
+    EXPECT_EQ(taken(), "begin, move");
+}
+
+TEST_F(DragDropViewWidgetTest, ADropUnderAnAlertIsCarriedOutOnceItIsClosed)
+{
+    enter(m_file);
+    block();
+    taken();
+    EXPECT_EQ(drop(m_file), "copy");
+    EXPECT_EQ(taken(), "");
+    m_queue.runPending();
+    EXPECT_EQ(taken(), "upload a.png, log draggingEnded, finished");
+}
+
+TEST_F(DragDropViewWidgetTest, AnAlertWithoutADragIsNoNews)
+{
+    block();
+    EXPECT_EQ(taken(), "");
+    enter(m_file);
+    drop(m_file);
+    m_queue.runPending();
+    taken();
+    block();
+    EXPECT_EQ(taken(), "");
 }
 
 TEST_F(DragDropViewWidgetTest, ADragOfNoRegisteredTypeIsRefusedAtTheDoor)

@@ -255,6 +255,27 @@ def active_window():
                           stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout.strip()
 
 
+def an_alert_under_a_drag(stage):
+    """The outcome of an upload is told while another drag is over the drop area."""
+    stage.paired()
+    pointer("mousemove", 5, 5)
+    time.sleep(0.3)
+    rest = stage.pixels()
+    stage.answer("silence")
+    stage.drop(stage.file("first.png"))
+    stage.wait_for_progress()
+    drag = stage.drag(stage.file("second.png"))
+    drag.to(*stage.area().center())
+    stage.answer("ok")
+    stage.companion.expect_alert(SUCCESS, 10)
+    drag.to(40, 700)
+    drag.drop()
+    stage.companion.window.dismiss_alert()
+    stage.progress_gone()
+    time.sleep(0.3)
+    expect(stage.pixels() == rest, "the drop area is still lit")
+
+
 def brought_to_the_front(stage):
     """The panel is silent, so no alert comes that would become the active window by itself."""
     stage.paired()
@@ -559,6 +580,7 @@ def gone_after_the_body(stage):
 SCENARIOS = [
     ("a dropped file reaches the panel byte for byte, and its owner keeps it", a_dropped_file),
     ("the drop area lights up while a drag is over it", the_highlight),
+    ("an alert that opens under a drag puts the drop area out", an_alert_under_a_drag),
     ("half a second after a drop the application is brought to the front", brought_to_the_front),
     ("a drag of text alone is refused at the door", a_refused_drag),
     ("a drag that may only be moved is refused at the door, and its file stays", a_drag_that_may_only_be_moved),

@@ -4,6 +4,7 @@
 
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <utility>
 
 namespace companion {
 
@@ -32,16 +33,24 @@ DragDropViewWidget::DragDropViewWidget(QWidget* parent)
 
 void DragDropViewWidget::dragEnterEvent(QDragEnterEvent* event)
 {
-    if (!m_model || !mayBeCopied(*event) || !m_model->takesDrag(MimePasteboard(*event->mimeData()))) {
-        event->ignore();
+    takeOrRefuse(*event);
+}
+
+void DragDropViewWidget::takeOrRefuse(QDragMoveEvent& event)
+{
+    if (!m_model || !mayBeCopied(event) || !m_model->takesDrag(MimePasteboard(*event.mimeData()))) {
+        event.ignore();
         return;
     }
+    m_isDragInside = true;
     m_model->draggingEntered();
-    allowCopy(*event);
+    allowCopy(event);
 }
 
 void DragDropViewWidget::dragMoveEvent(QDragMoveEvent* event)
 {
+    if (!m_isDragInside) // an alert was open meanwhile
+        return takeOrRefuse(*event);
     m_model->draggingUpdated();
     if (mayBeCopied(*event))
         allowCopy(*event);
@@ -51,12 +60,27 @@ void DragDropViewWidget::dragMoveEvent(QDragMoveEvent* event)
 
 void DragDropViewWidget::dragLeaveEvent(QDragLeaveEvent*)
 {
-    m_model->draggingExited();
+    endDrag();
+}
+
+void DragDropViewWidget::endDrag()
+{
+    if (std::exchange(m_isDragInside, false))
+        m_model->draggingExited();
+}
+
+/// A window under an alert is told of drops, but neither of moves nor that the drag has left.
+bool DragDropViewWidget::event(QEvent* event)
+{
+    if (event->type() == QEvent::WindowBlocked)
+        endDrag();
+    return ImageView::event(event);
 }
 
 /// The source waits for the answer, so what follows, which may be an alert, comes after it.
 void DragDropViewWidget::dropEvent(QDropEvent* event)
 {
+    m_isDragInside = false;
     const Drop drop = mayBeCopied(*event) ? m_model->readDrop(MimePasteboard(*event->mimeData())) : Drop();
     if (drop.isAccepted())
         allowCopy(*event);

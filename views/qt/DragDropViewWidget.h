@@ -16,13 +16,18 @@ public:
     void setModel(DragDropView& model) { m_model = &model; }
 
 protected:
+    bool event(QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dragLeaveEvent(QDragLeaveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
 private:
+    void takeOrRefuse(QDragMoveEvent& event);
+    void endDrag();
+
     DragDropView* m_model = nullptr;
+    bool m_isDragInside = false; ///< one that was taken
 };
 
 } // namespace companion
