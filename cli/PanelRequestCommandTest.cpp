@@ -239,6 +239,17 @@ TEST_F(UploadCommandTest, FileIsSentUnderItsNameAndTheAlertsWordsAreTold)
     EXPECT_THAT(result->json.text(), HasSubstr(R"("file":"/home/me/a.b.png","size":1300)"));
 }
 
+TEST_F(UploadCommandTest, NameThatIsNotUtf8IsSentAsTheTextThatThePanelCanShow)
+{
+    files.files["caf\xE9.p\xFFg"] = sharedBytes("x");
+    UploadCommand command(tools(), options(), uploadTools(), "caf\xE9.p\xFFg");
+    start(command);
+    EXPECT_EQ(inner.request(0).headers[2], (HttpHeader{"srcfilename", "caf\uFFFD.p\uFFFDg"}));
+    EXPECT_EQ(inner.request(0).headers[3], (HttpHeader{"filetype", "(null)/p\uFFFDg"}));
+    answer(200, "");
+    EXPECT_EQ(resultText(), "0 caf\uFFFD.p\uFFFDg (1 byte): File Uploaded successfully.");
+}
+
 TEST_F(UploadCommandTest, AnswerThatIsNotUtf8IsDone)
 {
     files.files["a.txt"] = sharedBytes("x");

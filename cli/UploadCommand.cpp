@@ -2,6 +2,7 @@
 
 #include "cli/ProgressBar.h"
 #include "panel/FileTypes.h"
+#include "platform/Utf8.h"
 
 #include <chrono>
 #include <utility>
@@ -12,9 +13,10 @@ namespace {
 
 constexpr std::chrono::milliseconds betweenProgress{100};
 
+/// As text: UTF-8, with U+FFFD for what is none.
 std::string lastComponent(const std::string& path)
 {
-    return path.substr(path.rfind('/') + 1);
+    return lenientUtf8(path.substr(path.rfind('/') + 1));
 }
 
 /// A file's name is sent as it stands, in a header field.
@@ -65,16 +67,17 @@ void UploadCommand::watch(UploadDataToHost& upload) const
     if (!width)
         return;
     using SteadyClock = std::chrono::steady_clock;
-    upload.setWatch({.progress =
-                         [&output = m_tools.output, width = *width, next = SteadyClock::time_point()](
-                             std::uint64_t sent, std::uint64_t total) mutable {
-                             const auto now = SteadyClock::now();
-                             if (now < next && sent < total)
-                                 return;
-                             next = now + betweenProgress;
-                             output.showProgress(progressBar(sent, total, width));
-                         },
-        .ended = {}});
+    upload.setWatch([&output = m_tools.output, width = *width] {
+        auto show = [&output, width, next = SteadyClock::time_point()](
+                        std::uint64_t sent, std::uint64_t total) mutable {
+            const auto now = SteadyClock::now();
+            if (now < next && sent < total)
+                return;
+            next = now + betweenProgress;
+            output.showProgress(progressBar(sent, total, width));
+        };
+        return UploadWatch{.progress = std::move(show), .ended = {}};
+    });
 }
 
 Result UploadCommand::resultOfAnswer(int status, const std::string& body)

@@ -13,7 +13,7 @@ namespace {
 /// Lets the open panel go, or the drag's end be seen, before the main thread is busy with the file.
 constexpr std::chrono::milliseconds delayAfterUserAction{500};
 
-UploadWatch watchFor(std::shared_ptr<UploadProgress::Report> report)
+UploadWatch watchBy(std::shared_ptr<UploadProgress::Report> report)
 {
     return {
         .progress = [report](std::uint64_t sent, std::uint64_t total) { report->sent(sent, total); },
@@ -25,9 +25,10 @@ UploadWatch watchFor(std::shared_ptr<UploadProgress::Report> report)
 
 bool DashboardViewController::passesUploadGate()
 {
-    if (!m_isFileUploadEnabled)
+    const bool isEnabled = m_isFileUploadEnabled; // a panel may be paired while the alert is open
+    if (!isEnabled)
         m_use.alerts.runModal("Cannot upload", "File upload feature is not available for your device.");
-    return m_isFileUploadEnabled;
+    return isEnabled;
 }
 
 void DashboardViewController::uploadFileAction()
@@ -67,7 +68,7 @@ void DashboardViewController::classifyUploadFile(const FileUrl& url)
     UploadDataToHost upload({host.httpSession, host.console, m_use.mainQueue, m_use.alerts});
     upload.initWith(
         fileType, m_use.upload.fileReader.readFile(url.path()), fileName, m_selectedDeviceIPAddress);
-    upload.setWatch(watchFor(m_uploadProgress.begin(fileName)));
+    upload.setWatch([&] { return watchBy(m_uploadProgress.begin(fileName)); });
     upload.upload();
 }
 

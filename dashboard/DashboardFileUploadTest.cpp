@@ -58,6 +58,14 @@ TEST_F(DashboardFileUploadTest, WithoutAPanelTheButtonShowsNoOpenPanel)
     EXPECT_TRUE(queue.isIdle());
 }
 
+TEST_F(DashboardFileUploadTest, APanelThatIsPairedWhileTheRefusalIsShownChangesNothing)
+{
+    alerts.whileShown = [this] { pair(); };
+    dashboard->uploadFileAction();
+    EXPECT_EQ(alerts.shown.size(), 1u);
+    EXPECT_EQ(taken(), "") << "no open panel";
+}
+
 TEST_F(DashboardFileUploadTest, APanelThatTakesNoFilesRefusesTheButtonAndTheDrop)
 {
     pair("Halcyon-X 75");
@@ -202,12 +210,12 @@ TEST_F(DashboardFileUploadTest, ProgressGoesToTheViewAndSilentFailuresTakeItAway
     EXPECT_EQ(taken(), "uploads:");
 }
 
-TEST_F(DashboardFileUploadTest, UrlThatIsNoneLeavesNoProgressBehind)
+TEST_F(DashboardFileUploadTest, UrlThatIsNoneShowsNoProgress)
 {
     dashboard->didPickCastingDeviceWithIP("10.0 .2.15", "0A00020F", "Room 204");
     dashboard->uploadFileURL(file("/home/ada/a.png"));
     queue.advance(500ms);
-    EXPECT_TRUE(taken().ends_with("say Uploading a.png; uploads:"));
+    EXPECT_TRUE(taken().ends_with("; read /home/ada/a.png"));
     EXPECT_TRUE(http.sent().empty());
 }
 

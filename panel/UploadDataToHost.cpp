@@ -105,12 +105,15 @@ void UploadDataToHost::upload()
 
     HttpRequest made = request(std::move(*url), boundary);
     m_host.console.print("request: " + description(made));
+    UploadWatch watch = m_makeWatch ? m_makeWatch() : UploadWatch();
+    made.progress = std::move(watch.progress);
     // The completion outlives this object, so it holds by itself what it needs.
-    m_host.httpSession.send(std::move(made), [host = m_host, ended = m_watch.ended](const HttpReply& reply) {
-        if (ended)
-            ended();
-        handleReply(host, reply);
-    });
+    m_host.httpSession.send(
+        std::move(made), [host = m_host, ended = std::move(watch.ended)](const HttpReply& reply) {
+            if (ended)
+                ended();
+            handleReply(host, reply);
+        });
 }
 
 HttpRequest UploadDataToHost::request(Url url, const std::string& boundary) const
@@ -132,7 +135,6 @@ HttpRequest UploadDataToHost::request(Url url, const std::string& boundary) cons
     made.body = makeMultipartBody(/*textFields=*/{}, m_data, "my-file", *m_fileName, boundary, *m_fileType);
     made.cachePolicy = CachePolicy::useProtocolCachePolicy;
     made.timeout = std::chrono::seconds(60);
-    made.progress = m_watch.progress;
     return made;
 }
 

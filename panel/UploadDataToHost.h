@@ -56,8 +56,8 @@ public:
     const std::optional<std::string>& selectedDeviceIP() const { return m_selectedDeviceIP; }
     void setSelectedDeviceIP(std::optional<std::string> address) { m_selectedDeviceIP = std::move(address); }
 
-    /// For the uploads that are started from now on.
-    void setWatch(UploadWatch watch) { m_watch = std::move(watch); }
+    /// Called by `upload` for each request that it is about to send.
+    void setWatch(std::function<UploadWatch()> makeWatch) { m_makeWatch = std::move(makeWatch); }
 
     /// Starts a request of its own with every call, and returns at once; nothing is sent when the address makes no
     /// URL. A fatal error when one of the four values is absent that it comes to need.
@@ -71,7 +71,7 @@ private:
     FileBytes m_data;
     std::optional<std::string> m_fileName;
     std::optional<std::string> m_selectedDeviceIP;
-    UploadWatch m_watch;
+    std::function<UploadWatch()> m_makeWatch;
 };
 
 } // namespace companion

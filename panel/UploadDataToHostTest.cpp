@@ -289,10 +289,13 @@ TEST_F(UploadDataToHostTest, AlertsOfSeveralUploadsComeOneAfterTheOther)
 TEST_F(UploadDataToHostTest, WatchHearsOfBytesAndOfTheEndBeforeTheOutcome)
 {
     prepare();
-    upload.setWatch({[this](std::uint64_t sent, std::uint64_t total) {
-                         transcript.add("sent " + std::to_string(sent) + " of " + std::to_string(total));
-                     },
-        [this] { queue.async([this] { transcript.add("ended"); }); }});
+    upload.setWatch([this] {
+        return UploadWatch{[this](std::uint64_t sent, std::uint64_t total) {
+                               transcript.add(
+                                   "sent " + std::to_string(sent) + " of " + std::to_string(total));
+                           },
+            [this] { queue.async([this] { transcript.add("ended"); }); }};
+    });
     upload.upload();
     transcript.clear();
     session.request(0).progress(7, 9);
@@ -301,11 +304,28 @@ TEST_F(UploadDataToHostTest, WatchHearsOfBytesAndOfTheEndBeforeTheOutcome)
         afterAnswer(), "sent 7 of 9\n" + responseLine(404) + "--\nended\nalert Failure: File Upload failed.");
 }
 
+TEST_F(UploadDataToHostTest, EachRequestThatIsSentHasAWatchOfItsOwn)
+{
+    int watches = 0;
+    prepare();
+    upload.setWatch([&watches] {
+        ++watches;
+        return UploadWatch();
+    });
+    upload.setSelectedDeviceIP("10.0 .2.15");
+    upload.upload();
+    EXPECT_EQ(watches, 0) << "nothing is sent";
+    upload.setSelectedDeviceIP("10.0.2.15");
+    upload.upload();
+    upload.upload();
+    EXPECT_EQ(watches, 2);
+}
+
 TEST_F(UploadDataToHostTest, WatchHearsOfTheEndOfASilentUpload)
 {
     int ends = 0;
     prepare();
-    upload.setWatch({{}, [&ends] { ++ends; }});
+    upload.setWatch([&ends] { return UploadWatch{{}, [&ends] { ++ends; }}; });
     upload.upload();
     session.fail(0, "Connection refused");
     EXPECT_EQ(ends, 1);

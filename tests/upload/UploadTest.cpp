@@ -80,7 +80,7 @@ protected:
         session.port = port;
         UploadDataToHost upload({session, console, queue, alerts});
         upload.initWith("image/png", sharedBytes(content), name, "127.0.0.1");
-        upload.setWatch({{}, [this] { queue.async([this] { ++ended; }); }});
+        upload.setWatch([this] { return UploadWatch{{}, [this] { queue.async([this] { ++ended; }); }}; });
         upload.upload();
         ++started;
     }
