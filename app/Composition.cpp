@@ -130,9 +130,9 @@ Composition::Works::Works(const Options& options, QtMainQueue& mainQueue, MainWi
     tellUnknownScreen();
     openPoster();
     setLastWish([this](std::string_view what) {
+        logLastWords(what);
         if (m_xtestPoster)
             m_xtestPoster->releaseHeldButton();
-        logLastWords(what);
     });
 }
 
@@ -158,12 +158,14 @@ void Composition::Works::openPoster()
     std::string whyNot;
     m_xtestPoster = XTestMouseEventPoster::open(
         "", [this] { return m_screen.mapping(); }, whyNot, desktopClickRules);
-    if (m_xtestPoster && isWaylandSession())
-        m_log.log("On Wayland touches reach X11 programs only; an X11 session has no such limit");
-    if (m_xtestPoster)
-        m_flushingPause = std::make_unique<FlushingPause>(m_threadPause, *m_xtestPoster);
-    else
+    if (!m_xtestPoster) {
         m_unavailablePoster = std::make_unique<UnavailableMouseEventPoster>(m_log, whyNot);
+        return;
+    }
+    m_xtestPoster->setLog(m_log);
+    m_flushingPause = std::make_unique<FlushingPause>(m_threadPause, *m_xtestPoster);
+    if (isWaylandSession())
+        m_log.log("On Wayland touches reach X11 programs only; an X11 session has no such limit");
 }
 
 void Composition::Works::showDashboard()
@@ -232,10 +234,12 @@ private:
     const Options m_options;
     QtMainQueue m_mainQueue{isTrackingWidgets};
     MainWindow m_window;
-    std::unique_ptr<Works> m_works;
 
-    SignalDescriptor m_signals;
+    SignalDescriptor
+        m_signals; // go after the works: a second signal must not end them before they have let go the button
     QSocketNotifier m_signalNotifier;
+
+    std::unique_ptr<Works> m_works;
 };
 
 Composition::Shell::Shell(const Options& options)

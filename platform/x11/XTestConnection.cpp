@@ -4,7 +4,6 @@
 #include <xcb/xtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <span>
 #include <utility>
@@ -179,8 +178,8 @@ void XTestConnection::handleEvents()
         const unsigned type = event->response_type & ~sentByAnotherClient;
         if (type == 0) {
             const auto* const error = reinterpret_cast<const xcb_generic_error_t*>(event.get());
-            std::fprintf(stderr, "X error %d ignored (request %d.%d)\n", error->error_code, error->major_code,
-                error->minor_code);
+            tell("X error " + std::to_string(error->error_code) + " ignored (request "
+                + std::to_string(error->major_code) + "." + std::to_string(error->minor_code) + ")");
         } else if (type == XCB_MAPPING_NOTIFY
             && reinterpret_cast<const xcb_mapping_notify_event_t*>(event.get())->request
                 == XCB_MAPPING_POINTER) {
@@ -192,7 +191,14 @@ void XTestConnection::handleEvents()
 void XTestConnection::noticeLoss()
 {
     if (isLost() && !std::exchange(m_isLossTold, true))
-        std::fprintf(stderr, "The connection to the X display \"%s\" is lost\n", m_displayName.c_str());
+        tell("The connection to the X display \"" + m_displayName
+            + "\" is lost: touches move nothing any more");
+}
+
+void XTestConnection::tell(const std::string& line)
+{
+    if (m_log)
+        m_log->log(line);
 }
 
 } // namespace companion

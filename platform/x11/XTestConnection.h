@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Log.h"
 #include "platform/x11/RootPixel.h"
 
 #include <cstdint>
@@ -28,6 +29,9 @@ public:
     ~XTestConnection(); ///< Sends what is still waiting.
     XTestConnection(const XTestConnection&) = delete;
     XTestConnection& operator=(const XTestConnection&) = delete;
+
+    /// Where the server's errors and its loss are told from now on; before, nowhere. It must outlive the connection.
+    void setLog(SystemLog& log) { m_log = &log; }
 
     const std::string& displayName() const { return m_displayName; }
     bool isLost() const;
@@ -59,9 +63,11 @@ private:
     void readPointerMapping();
     void handleEvents();
     void noticeLoss();
+    void tell(const std::string& line);
 
     xcb_connection_t* const m_connection;
     const std::string m_displayName;
+    SystemLog* m_log = nullptr;
     std::uint32_t m_root = 0; ///< The window that all others of the screen lie in.
     bool m_isLossTold = false;
     unsigned m_leftButton = 1;

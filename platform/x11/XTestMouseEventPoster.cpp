@@ -3,6 +3,7 @@
 #include <X11/keysym.h>
 
 #include <chrono>
+#include <future>
 #include <thread>
 #include <utility>
 
@@ -14,6 +15,7 @@ namespace {
 
 constexpr std::uint16_t leftShiftKeyCode = 56;
 constexpr auto longestWaitForPress = 100ms;
+constexpr auto longestWaitForRelease = 1s;
 
 } // namespace
 
@@ -216,9 +218,14 @@ void XTestMouseEventPoster::releaseHeldButton()
     const unsigned held = m_held;
     if (held == 0)
         return;
-    std::string whyNot;
-    if (const auto connection = XTestConnection::open(m_displayName, whyNot))
-        releaseAll(*connection, held, m_pressedButton);
+    auto isDone = std::make_shared<std::promise<void>>();
+    std::thread([isDone, name = m_displayName, held, button = m_pressedButton.load()] {
+        std::string whyNot;
+        if (const auto connection = XTestConnection::open(name, whyNot))
+            releaseAll(*connection, held, button);
+        isDone->set_value();
+    }).detach();
+    isDone->get_future().wait_for(longestWaitForRelease);
 }
 
 // The release must not overtake it, being sent on another connection. Not for long: the server may hang.

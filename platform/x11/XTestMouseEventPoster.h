@@ -29,7 +29,7 @@ class XTestMouseEventPoster : public MouseEventPoster {
 public:
     /// Where the main screen lies now; nothing when there is none. Asked at every event.
     using Mapping = std::function<std::optional<ScreenMapping>()>;
-    /// As the desktop has them now. Asked at presses and releases, never at a move.
+    /// As the desktop has them now. Asked at presses, never at a move.
     using Rules = std::function<ClickRules()>;
     using Now = std::function<ClickSeries::TimePoint()>;
 
@@ -39,6 +39,9 @@ public:
         Rules rules = [] { return ClickRules(); }, Now now = std::chrono::steady_clock::now);
 
     ~XTestMouseEventPoster() override;
+
+    /// Where it is told that the server is gone, or refuses something. It must outlive the poster.
+    void setLog(SystemLog& log) { m_connection->setLog(log); }
 
     /// Nothing when there is no main screen.
     std::optional<MouseEvent> makeMouseEvent(MouseEventType type, Point at) override;
@@ -55,7 +58,8 @@ public:
     void sync() { m_connection->sync(); }
 
     /// Releases what this object holds down, on a short-lived connection. Any thread, also while the main thread
-    /// is stuck or posting; for the way out of a process: nothing is pressed any more.
+    /// is stuck or posting; for the way out of a process: nothing is pressed any more. A server that hangs is waited
+    /// for no longer than a second.
     void releaseHeldButton();
 
 private:

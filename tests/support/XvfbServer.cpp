@@ -1,5 +1,6 @@
 #include "tests/support/XvfbServer.h"
 
+#include <csignal>
 #include <regex>
 #include <stdexcept>
 
@@ -19,6 +20,21 @@ XvfbServer::XvfbServer(const std::string& geometry)
             throw std::runtime_error("Xvfb did not start: " + m_server->output());
     }
     m_display = ":" + match[2].str();
+}
+
+void XvfbServer::pause()
+{
+    m_server->sendSignal(SIGSTOP);
+}
+
+void XvfbServer::resume()
+{
+    m_server->sendSignal(SIGCONT);
+}
+
+void XvfbServer::stop()
+{
+    m_server.reset();
 }
 
 } // namespace companion::testing

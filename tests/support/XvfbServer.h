@@ -16,6 +16,13 @@ public:
     /// For DISPLAY, for example ":99".
     const std::string& display() const { return m_display; }
 
+    /// Takes connections and answers nobody until `resume`.
+    void pause();
+    void resume();
+
+    /// Its clients lose their connections.
+    void stop();
+
 private:
     std::unique_ptr<ChildProcess> m_server;
     std::string m_display;

@@ -55,6 +55,15 @@ TEST_F(HeldButtonTest, IsReleasedOnAFatalErrorInAnotherThread)
     EXPECT_EQ(recorder.takeText(), pressedAndReleased);
 }
 
+TEST_F(HeldButtonTest, AServerThatHangsDoesNotKeepAFatalErrorFromEndingTheProgram)
+{
+    start("fatal once told");
+    xvfb.pause();
+    program->write("now\n");
+    EXPECT_EQ(program->waitForExit(std::chrono::seconds(5)), 128 + SIGABRT);
+    xvfb.resume();
+}
+
 TEST_F(HeldButtonTest, IsReleasedWhenNobodyCatchesAnExceptionOfAnotherThread)
 {
     start("exception");

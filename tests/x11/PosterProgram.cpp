@@ -33,7 +33,9 @@ int main(int, char** argv)
     std::puts("held");
     std::fflush(stdout);
 
-    if (way == "fatal")
+    if (way == "fatal once told")
+        std::getchar();
+    if (way.starts_with("fatal"))
         std::thread([] { fatalError("for the test"); }).join();
     if (way == "exception")
         std::thread([] { throw std::runtime_error("for the test"); }).join();

@@ -1,4 +1,5 @@
 #include "platform/x11/XTestMouseEventPoster.h"
+#include "platform/testing/FakeLog.h"
 #include "platform/x11/FlushingPause.h"
 #include "tests/support/XRecorder.h"
 #include "tests/support/XvfbServer.h"
@@ -442,6 +443,25 @@ TEST_F(XTestMouseEventPosterTest, AnotherThreadReleasesWhatIsHeld)
     std::thread([this] { poster->releaseHeldButton(); }).join();
     EXPECT_EQ(recorder.takeText(), "release1 100,200");
     poster.reset(); // the server takes no second release
+}
+
+TEST(XTestMouseEventPosterLogTest, TheServersEndIsToldOnce)
+{
+    XvfbServer xvfb;
+    Transcript transcript;
+    FakeSystemLog log(transcript);
+    const auto poster = openPoster(xvfb.display(), [] { return ScreenMapping{}; });
+    poster->setLog(log);
+    poster->sync();
+    EXPECT_EQ(transcript.take(), "");
+    xvfb.stop();
+    for (int i = 0; i < 3; ++i) {
+        poster->post(MouseEvent{leftDown, {100, 200}});
+        poster->sync();
+    }
+    EXPECT_EQ(transcript.take(),
+        "log The connection to the X display \"" + xvfb.display()
+            + "\" is lost: touches move nothing any more");
 }
 
 TEST_F(XTestMouseEventPosterTest, OnceAnotherThreadHasReleasedWhatIsHeldNothingIsPressedAnyMore)
