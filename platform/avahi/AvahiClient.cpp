@@ -308,7 +308,11 @@ void AvahiClient::callBus(
     QDBusMessage message =
         QDBusMessage::createMethodCall(busName, QStringLiteral("/org/freedesktop/DBus"), busName, method);
     message.setArguments(arguments);
-    call(message, std::move(onReply));
+    // Once the bus has gone, the error that stands for the answer says nothing about the daemon.
+    call(message, [this, onReply = std::move(onReply)](const QDBusMessage& reply) {
+        if (m_bus && m_bus->isConnected())
+            onReply(reply);
+    });
 }
 
 void AvahiClient::call(const QDBusMessage& message, std::function<void(const QDBusMessage&)> onReply)

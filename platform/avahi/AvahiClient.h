@@ -48,8 +48,8 @@ private:
 
 /// The Avahi daemon on the system bus, as long and as often as it is there. Main thread only.
 ///
-/// Nothing here waits: calls are asynchronous, and a bus is connected to only once it has shown that it answers. While
-/// it does not, it is tried after two seconds, then after four, and so on up to half a minute; a daemon that is missing
+/// Nothing here waits: calls are asynchronous, and a bus is connected to only once it has shown that it answers (see
+/// BusProbe for those of which that cannot be asked). While it does not, it is tried after two seconds, then after four, and so on up to half a minute; a daemon that is missing
 /// costs no wake-ups, since the bus tells when it comes.
 class AvahiClient : public QObject {
     Q_OBJECT
