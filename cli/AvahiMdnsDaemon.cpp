@@ -26,21 +26,25 @@ bool isSilent(const QDBusMessage& reply)
     return reply.type() == QDBusMessage::ErrorMessage && QDBusError(reply).type() == QDBusError::NoReply;
 }
 
-/// The daemon's own words for itself, for example "avahi 0.8".
+/// The daemon's own words for itself, for example "avahi 0.8". The calls take no longer than `time` together.
 MdnsDaemonFacts lookAtDaemon(const QDBusConnection& bus, int time)
 {
-    const QDBusMessage owner = busCall(bus, QStringLiteral("GetNameOwner"), {avahi}, time);
+    const QDBusMessage owner = busCall(bus, QStringLiteral("GetNameOwner"), {avahi}, time / 4);
     if (isSilent(owner))
         return {MdnsDaemonState::silentBus, ""};
     if (owner.type() != QDBusMessage::ReplyMessage) {
         const auto started =
-            busCall(bus, QStringLiteral("StartServiceByName"), {avahi, QVariant::fromValue(0U)}, time);
+            busCall(bus, QStringLiteral("StartServiceByName"), {avahi, QVariant::fromValue(0U)}, time / 2);
+        if (isSilent(started))
+            return {MdnsDaemonState::silentDaemon, ""};
         if (started.type() != QDBusMessage::ReplyMessage)
             return {MdnsDaemonState::noDaemon, started.errorMessage().toStdString()};
     }
     const auto question = QDBusMessage::createMethodCall(avahi, QStringLiteral("/"),
         QStringLiteral("org.freedesktop.Avahi.Server"), QStringLiteral("GetVersionString"));
-    const QDBusMessage version = bus.call(question, QDBus::Block, time);
+    const QDBusMessage version = bus.call(question, QDBus::Block, time / 4);
+    if (isSilent(version))
+        return {MdnsDaemonState::silentDaemon, ""};
     const QString text = version.arguments().value(0).toString();
     return {MdnsDaemonState::running, text.isEmpty() ? "Avahi" : text.toStdString()};
 }
@@ -65,9 +69,10 @@ MdnsDaemonFacts look(int time)
 
 MdnsDaemonFacts AvahiMdnsDaemon::look(std::chrono::milliseconds time)
 {
-    // A call that gets no answer is over before the whole is, so that it can be told from a connection that hangs.
-    const int timeOfCall = static_cast<int>(std::max<std::chrono::milliseconds::rep>(time.count() / 4, 1));
-    const auto facts = m_calls.call(time, [timeOfCall] { return cli::look(timeOfCall); });
+    // Calls that get no answer are over before the whole is, so that they can be told from a connection that hangs.
+    const int timeOfCalls =
+        static_cast<int>(std::max<std::chrono::milliseconds::rep>(time.count() * 3 / 4, 4));
+    const auto facts = m_calls.call(time, [timeOfCalls] { return cli::look(timeOfCalls); });
     return facts.value_or(MdnsDaemonFacts{MdnsDaemonState::silentBus, ""});
 }
 

@@ -82,6 +82,9 @@ TEST(MdnsDaemonCheckTest, StatesAreToldApart)
         StartsWith("fail mDNS daemon: no system bus to reach the mDNS daemon over (no file) - "));
     EXPECT_THAT(told(mdnsDaemonCheck({MdnsDaemonState::silentBus, ""})),
         StartsWith("fail mDNS daemon: the system bus does not answer - "));
+    EXPECT_EQ(told(mdnsDaemonCheck({MdnsDaemonState::silentDaemon, ""})),
+        "fail mDNS daemon: the mDNS daemon does not answer (avahi-daemon) - restart it: sudo systemctl restart "
+        "avahi-daemon");
 }
 
 TEST(PanelsCheckTest, PanelsThatAreSeenAreListed)
@@ -136,7 +139,9 @@ TEST(TouchesCheckTest, FirewallCommandsAreNamed)
     EXPECT_THAT(none, StartsWith("fail touches: none within 15 s - a firewall is the usual reason: "));
     EXPECT_THAT(none, HasSubstr("sudo ufw allow 41863/udp"));
     EXPECT_THAT(none, HasSubstr("sudo firewall-cmd --permanent --add-port=41863/udp"));
-    EXPECT_THAT(told(noTouchesCheck()), StartsWith("warn touches: not waited for"));
+    EXPECT_EQ(told(noTouchesCheck("Address already in use")),
+        "warn touches: not waited for, since another program has the port");
+    EXPECT_EQ(told(noTouchesCheck("Permission denied")), "warn touches: not waited for: Permission denied");
 }
 
 TEST(DisplayCheckTest, DisplaysAreToldApart)

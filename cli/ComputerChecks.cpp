@@ -14,9 +14,8 @@ constexpr auto firewallAdvice =
 
 bool isCompanion(const std::vector<PortHolder>& holders)
 {
-    // The kernel keeps 15 bytes of a program's name.
-    return holders.size() == 1 && std::string("panel-companion").starts_with(holders.front().program)
-        && holders.front().program.size() == 15;
+    // The kernel keeps 15 bytes of a program's name, which are just enough.
+    return holders.size() == 1 && holders.front().program == "panel-companion";
 }
 
 } // namespace
@@ -25,7 +24,7 @@ Check touchPortCheck(const std::optional<std::string>& error, const std::vector<
 {
     if (!error)
         return {portName, Mark::ok, "free", ""};
-    if (*error != "Address already in use")
+    if (!saysPortIsTaken(*error))
         return {portName, Mark::fail, *error, ""};
     const std::string found = "held by " + holdersText(holders);
     if (isCompanion(holders))
@@ -42,9 +41,10 @@ Check touchesCheck(const std::optional<std::chrono::milliseconds>& after, const 
     return {"touches", Mark::fail, "none within " + secondsText(waited), firewallAdvice};
 }
 
-Check noTouchesCheck()
+Check noTouchesCheck(const std::string& error)
 {
-    return {"touches", Mark::warn, "not waited for, since another program has the port", ""};
+    const std::string why = saysPortIsTaken(error) ? ", since another program has the port" : ": " + error;
+    return {"touches", Mark::warn, "not waited for" + why, ""};
 }
 
 Check displayCheck(const DisplayFacts& facts)

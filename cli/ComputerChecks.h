@@ -17,8 +17,8 @@ Check touchPortCheck(const std::optional<std::string>& error, const std::vector<
 Check touchesCheck(const std::optional<std::chrono::milliseconds>& after, const std::string& sender,
     std::chrono::milliseconds waited);
 
-/// In place of it when the port is not ours.
-Check noTouchesCheck();
+/// In place of it when the port is not ours; `error` is the socket's.
+Check noTouchesCheck(const std::string& error);
 
 /// What there is to show windows on and to post input events to.
 struct DisplayFacts {

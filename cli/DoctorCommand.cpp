@@ -80,18 +80,17 @@ void DoctorCommand::checkPorts()
 void DoctorCommand::checkTouchPort()
 {
     m_socket = m_tools.sockets.makeSocket(*this, "client udp socket");
-    const auto error = m_socket->bindToPort(touchPort);
+    auto error = m_socket->bindToPort(touchPort);
     tell(touchPortCheck(error, error ? m_tools.portHolder.holdersOf(touchPort) : std::vector<PortHolder>()));
-    if (!m_request.awaitsTouches) {
-        m_socket->close();
-        checkDisplay();
-    } else if (error || m_socket->beginReceiving()) {
-        m_socket->close();
-        tell(noTouchesCheck());
-        checkDisplay();
-    } else {
-        awaitTouches();
+    if (m_request.awaitsTouches && !error) {
+        error = m_socket->beginReceiving();
+        if (!error)
+            return awaitTouches();
     }
+    m_socket->close();
+    if (m_request.awaitsTouches)
+        tell(noTouchesCheck(*error));
+    checkDisplay();
 }
 
 void DoctorCommand::awaitTouches()

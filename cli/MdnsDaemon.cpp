@@ -13,6 +13,8 @@ std::string whyNoPanelCanBeFound(const MdnsDaemonFacts& facts)
         return "the system bus does not answer";
     case MdnsDaemonState::noDaemon:
         return "no mDNS daemon runs (avahi-daemon)";
+    case MdnsDaemonState::silentDaemon:
+        return "the mDNS daemon does not answer (avahi-daemon)";
     }
     return "";
 }

@@ -5,7 +5,7 @@
 
 namespace companion::cli {
 
-enum class MdnsDaemonState { running, noBus, silentBus, noDaemon };
+enum class MdnsDaemonState { running, noBus, silentBus, noDaemon, silentDaemon };
 
 struct MdnsDaemonFacts {
     MdnsDaemonState state = MdnsDaemonState::noBus;

@@ -3,6 +3,7 @@
 #include "panel/LocalAddress.h"
 
 #include <algorithm>
+#include <system_error>
 
 namespace companion::cli {
 
@@ -82,9 +83,11 @@ Check mdnsDaemonCheck(const MdnsDaemonFacts& facts)
 {
     if (facts.state == MdnsDaemonState::running)
         return {"mDNS daemon", Mark::ok, facts.detail + " runs", ""};
-    const std::string advice = facts.state == MdnsDaemonState::noDaemon
-        ? "install avahi-daemon and start it: sudo systemctl start avahi-daemon"
-        : "start the system bus: sudo systemctl start dbus";
+    std::string advice = "start the system bus: sudo systemctl start dbus";
+    if (facts.state == MdnsDaemonState::noDaemon)
+        advice = "install avahi-daemon and start it: sudo systemctl start avahi-daemon";
+    else if (facts.state == MdnsDaemonState::silentDaemon)
+        advice = "restart it: sudo systemctl restart avahi-daemon";
     return {"mDNS daemon", Mark::fail, whyNoPanelCanBeFound(facts), advice};
 }
 
@@ -122,7 +125,8 @@ Check portCheck(const PortAnswer& answer)
         return check;
     check.mark = Mark::fail;
     check.found = answer.address + ": " + answer.error;
-    check.advice = answer.error == "Connection refused"
+    const auto refused = std::make_error_code(std::errc::connection_refused);
+    check.advice = answer.error == refused.message()
         ? "no service listens there: restart the panel, or check its address"
         : "is the panel on, and in a network that this computer reaches?";
     return check;

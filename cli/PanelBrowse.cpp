@@ -1,5 +1,7 @@
 #include "cli/PanelBrowse.h"
 
+#include "discovery/DevicesListViewController.h"
+
 #include <algorithm>
 #include <chrono>
 #include <utility>
@@ -36,7 +38,8 @@ void PanelBrowse::start(OnPanel onPanel)
     m_onPanel = std::move(onPanel);
     m_browser = m_browsers.makeServiceBrowser();
     m_browser->setDelegate(this);
-    m_browser->searchForServices("_airplay._tcp", "local.");
+    m_browser->searchForServices(
+        DevicesListViewController::serviceType, DevicesListViewController::serviceDomain);
 }
 
 std::size_t PanelBrowse::otherServices() const

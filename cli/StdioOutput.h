@@ -10,7 +10,8 @@ namespace companion::cli {
 
 /// Standard output and standard error of the process. Waits for a reader that is slow: no line is lost.
 ///
-/// What cannot be written to standard output is told once on standard error. Control characters are spelled out. Marks are coloured on a terminal, unless NO_COLOR is set (no-color.org).
+/// What cannot be written to standard output is told once on standard error. Control characters are spelled out. Marks
+/// are coloured on a terminal, unless NO_COLOR is set (no-color.org).
 class StdioOutput : public Output {
 public:
     StdioOutput();

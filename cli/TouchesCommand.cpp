@@ -4,8 +4,9 @@
 #include "touchback/Number.h"
 #include "touchback/TouchMessage.h"
 
+#include <algorithm>
 #include <array>
-#include <cstdio>
+#include <charconv>
 #include <utility>
 
 namespace companion::cli {
@@ -44,9 +45,13 @@ std::string touchJson(double milliseconds, std::string_view datagram, const UdpS
 /// "    16.204 ms  MOVE,16400,16390,1700000000016;  192.168.1.20"
 std::string touchLine(double milliseconds, std::string_view datagram, const UdpSender& from)
 {
-    std::array<char, 32> time{};
-    std::snprintf(time.data(), time.size(), "%10.3f ms  ", milliseconds);
-    return time.data() + recordedText(datagram) + "  " + from.host;
+    std::array<char, 32> digits{};
+    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), milliseconds,
+        std::chars_format::fixed, /*precision=*/3);
+    const std::string time(digits.data(), end.ptr);
+    constexpr std::size_t width = 10;
+    return std::string(width - std::min(width, time.size()), ' ') + time + " ms  " + recordedText(datagram)
+        + "  " + from.host;
 }
 
 } // namespace
@@ -54,7 +59,7 @@ std::string touchLine(double milliseconds, std::string_view datagram, const UdpS
 std::string whyNoTouchesCanBeHeard(const std::string& error, const UdpPortHolder& portHolder)
 {
     const std::string port = "UDP port " + std::to_string(touchPort);
-    if (error != "Address already in use")
+    if (!saysPortIsTaken(error))
         return port + ": " + error;
     return port + " is held by " + holdersText(portHolder.holdersOf(touchPort));
 }

@@ -1,6 +1,13 @@
 #include "cli/UdpPortHolder.h"
 
+#include <system_error>
+
 namespace companion::cli {
+
+bool saysPortIsTaken(const std::string& error)
+{
+    return error == std::make_error_code(std::errc::address_in_use).message();
+}
 
 std::string holdersText(const std::vector<PortHolder>& holders)
 {

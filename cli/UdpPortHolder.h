@@ -21,6 +21,9 @@ public:
     virtual std::vector<PortHolder> holdersOf(std::uint16_t port) const = 0;
 };
 
+/// Whether a socket's error, in the system's words and its language, is that somebody has the port.
+bool saysPortIsTaken(const std::string& error);
+
 /// "socat (process 123)", several with " and " in between; or words for a holder that is not to be known.
 std::string holdersText(const std::vector<PortHolder>& holders);
 

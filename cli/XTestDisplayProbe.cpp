@@ -45,7 +45,7 @@ struct Xcb {
 
     bool hasXTest(void* connection) const
     {
-        // The server's reply to QueryExtension; its ninth byte is "present" (X Window System Protocol, chapter 9).
+        // The server's reply to QueryExtension; its ninth byte is "present" (X Window System Protocol, appendix B).
         constexpr int present = 8;
         const unsigned char* const reply = extensionData(connection, testId);
         return reply && reply[present] != 0;

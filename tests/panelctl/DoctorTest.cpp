@@ -227,6 +227,15 @@ protected:
     AvahiDaemon avahi{bus};
 };
 
+TEST_F(PanelctlDiscoveryTest, DaemonThatIsSilentIsToldFromAMissingOne)
+{
+    avahi.start();
+    avahi.pause();
+    const Ending ending = run({"doctor", "--timeout", "2"});
+    EXPECT_THAT(
+        ending.output, HasSubstr("fail  mDNS daemon: the mDNS daemon does not answer (avahi-daemon) - "));
+}
+
 TEST_F(PanelctlDiscoveryTest, PanelsAreListed)
 {
     startAnnouncedPanel();

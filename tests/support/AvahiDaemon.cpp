@@ -113,6 +113,11 @@ void AvahiDaemon::crash()
     m_daemon.reset();
 }
 
+void AvahiDaemon::pause()
+{
+    m_daemon->sendSignal(SIGSTOP);
+}
+
 Announcement::Announcement(
     const PrivateBus& bus, const std::string& name, const std::string& type, const std::string& host)
     : m_publisher(publishCommand(name, type, host), bus.environment())

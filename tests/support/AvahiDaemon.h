@@ -40,6 +40,8 @@ public:
     void stop();
     /// Ends without a word to the network.
     void crash();
+    /// Answers nobody any more.
+    void pause();
 
 private:
     const PrivateBus& m_bus;
