@@ -80,7 +80,7 @@ private:
     TrackingPredicate m_isTracking;
 
     std::mutex m_mutex;
-    std::vector<Job> m_incoming;         ///< Guarded, as the next three.
+    std::vector<Job> m_incoming;         ///< Guarded, as the next four.
     std::vector<DelayedJob> m_delayed;   ///< A heap, the earliest first.
     std::uint64_t m_delayedJobs = 0;     ///< Handed in so far: equal due times keep their order.
     bool m_isWakePending = false;        ///< The main thread has been woken, or will look by itself.
