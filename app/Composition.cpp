@@ -235,8 +235,8 @@ private:
     QtMainQueue m_mainQueue{isTrackingWidgets};
     MainWindow m_window;
 
-    SignalDescriptor
-        m_signals; // go after the works: a second signal must not end them before they have let go the button
+    // These go after the works, which let go the button: a second signal must not come before that.
+    SignalDescriptor m_signals;
     QSocketNotifier m_signalNotifier;
 
     std::unique_ptr<Works> m_works;
