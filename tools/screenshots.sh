@@ -29,6 +29,17 @@ for scale in 1.5 2; do
 done
 rmdir "$fresh/scaled"
 
+if command -v chromium >/dev/null && command -v chromedriver >/dev/null; then
+    cmake --build --preset debug --target panel-simulator panelctl >/dev/null
+    mkdir "$fresh/upload"
+    convert "$fresh/paired.png" -resize 640x "$fresh/upload/Timetable.png"
+    tools/lib/isolated.sh /usr/bin/python3 tools/demo/panel-page.py build/debug/bin "$fresh/upload/Timetable.png" \
+        "$fresh/panel-page.png"
+    rm -r "$fresh/upload"
+else
+    echo "panel-page.png stays as it is: chromium or chromedriver is not here." >&2
+fi
+
 mkdir -p "$folder"
 for picture in "$fresh"/*.png; do
     # Few colours are used: a palette of 256 halves a file, and no eye tells.

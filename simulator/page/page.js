@@ -32,9 +32,14 @@ function show(id, text) {
     byId(id).textContent = text;
 }
 
+/// On one line, also where it ends in "AM".
+function timeOfDay(time) {
+  return new Date(time).toLocaleTimeString().replaceAll(" ", "\u00a0");
+}
+
 function ago(time) {
   const seconds = Math.max(0, Math.round((Date.now() - time) / 1000));
-  return seconds < 60 ? `${seconds} s ago` : new Date(time).toLocaleTimeString();
+  return seconds < 60 ? `${seconds} s ago` : timeOfDay(time);
 }
 
 function sizeText(bytes) {
@@ -103,7 +108,7 @@ function uploadItem(upload) {
   const name = upload.srcfilename || upload.fileName;
   item.append(name);
   item.appendChild(document.createElement("small")).textContent =
-    `${sizeText(upload.size)}, from ${upload.from}, ${new Date(upload.time).toLocaleTimeString()}`;
+    `${sizeText(upload.size)}, from ${upload.from}, ${timeOfDay(upload.time)}`;
   if (upload.storedName && upload.picture)
     item.append(picture(upload.storedName, name));
   return item;
