@@ -84,6 +84,7 @@ public:
 private:
     void tellUnknownScreen();
     void openPoster();
+    void letGo();
     void connectView();
     DashboardDependencies dashboardDependencies(QtDashboardView& view);
 
@@ -122,10 +123,13 @@ Composition::Works::Works(const Options& options, QtMainQueue& mainQueue, MainWi
     , m_screen(options.screenName)
     , m_interfaceName(options.interfaceName)
     , m_panels(options.panels, m_announcedPanels, m_mainQueue)
-    , m_sockets(m_mainQueue, m_log, [this] {
-        if (m_xtestPoster)
-            m_xtestPoster->flush();
-    })
+    , m_sockets(
+          m_mainQueue, m_log,
+          [this] {
+              if (m_xtestPoster)
+                  m_xtestPoster->flush();
+          },
+          [this] { letGo(); })
 {
     tellUnknownScreen();
     openPoster();
@@ -134,6 +138,7 @@ Composition::Works::Works(const Options& options, QtMainQueue& mainQueue, MainWi
         if (m_xtestPoster)
             m_xtestPoster->releaseHeldButton();
     });
+    m_mainQueue.setWhenBlocked([this] { letGo(); });
 }
 
 /// Requests go first: a completion may hold the last reference to the dashboard, which needs the rest to be there.
@@ -143,7 +148,16 @@ Composition::Works::~Works()
     m_dashboard.reset();
     delete m_view; // the window, whose it is, outlives what it uses
     m_mainQueue.dropAllJobs();
+    m_mainQueue.setWhenBlocked({});
     setLastWish(logLastWords);
+}
+
+/// A finger that is down when touches come no more, or wait for an alert to be closed, would hold the button for as long;
+/// and X takes no click of the real mouse meanwhile.
+void Composition::Works::letGo()
+{
+    if (m_xtestPoster)
+        m_xtestPoster->letGo();
 }
 
 void Composition::Works::tellUnknownScreen()

@@ -28,12 +28,13 @@ bool setOption(int socket, int level, int option, int value)
 } // namespace
 
 PosixAsyncUdpSocket::PosixAsyncUdpSocket(AsyncUdpSocketDelegate& delegate, std::string queueLabel,
-    MainQueue& mainQueue, SystemLog& log, std::function<void()> afterSlice)
+    MainQueue& mainQueue, SystemLog& log, std::function<void()> afterSlice, std::function<void()> afterClose)
     : m_delegate(delegate)
     , m_queueLabel(std::move(queueLabel))
     , m_mainQueue(mainQueue)
     , m_log(log)
     , m_afterSlice(std::move(afterSlice))
+    , m_afterClose(std::move(afterClose))
 {
     open();
 }
@@ -100,6 +101,13 @@ void PosixAsyncUdpSocket::close()
     m_receiver.reset();
     if (m_socket >= 0)
         ::close(std::exchange(m_socket, -1));
+    closeDelivery();
+    if (m_afterClose)
+        m_afterClose();
+}
+
+void PosixAsyncUdpSocket::closeDelivery()
+{
     if (!m_delivery)
         return;
     m_delivery->close();

@@ -22,9 +22,10 @@ public:
     static constexpr int wantedReceiveBuffer = 4 << 20;
 
     /// All must outlive the socket; the main queue's jobs may outlive it. `afterSlice`, which may be empty, is
-    /// called on the main thread after each run of datagrams that were delivered in one go.
+    /// called on the main thread after each run of datagrams that were delivered in one go, and so is `afterClose`
+    /// once the socket is closed.
     PosixAsyncUdpSocket(AsyncUdpSocketDelegate& delegate, std::string queueLabel, MainQueue& mainQueue,
-        SystemLog& log, std::function<void()> afterSlice);
+        SystemLog& log, std::function<void()> afterSlice, std::function<void()> afterClose = {});
     ~PosixAsyncUdpSocket() override;
     PosixAsyncUdpSocket(const PosixAsyncUdpSocket&) = delete;
     PosixAsyncUdpSocket& operator=(const PosixAsyncUdpSocket&) = delete;
@@ -48,12 +49,14 @@ private:
     void askForReceiveBuffer();
     std::optional<Error> unusable() const;
     std::optional<Error> startReceiver();
+    void closeDelivery();
 
     AsyncUdpSocketDelegate& m_delegate;
     const std::string m_queueLabel;
     MainQueue& m_mainQueue;
     SystemLog& m_log;
     const std::function<void()> m_afterSlice;
+    const std::function<void()> m_afterClose;
 
     int m_socket = -1;
     bool m_isIPv6 = true;

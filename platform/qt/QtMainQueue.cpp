@@ -112,7 +112,8 @@ private:
 QtMainQueue::Blocker::Blocker(QtMainQueue& queue)
     : m_queue(queue)
 {
-    ++m_queue.m_blockers;
+    if (m_queue.m_blockers++ == 0 && m_queue.m_whenBlocked)
+        m_queue.m_whenBlocked();
 }
 
 QtMainQueue::Blocker::~Blocker()

@@ -35,6 +35,9 @@ public:
     /// Destroys the jobs that have not run, and what they hold on to, while that can still go in good order.
     void dropAllJobs();
 
+    /// Called on the main thread when something modal begins to hold up the jobs; may be empty.
+    void setWhenBlocked(std::function<void()> whenBlocked) { m_whenBlocked = std::move(whenBlocked); }
+
     /// Jobs and ticks stand still as long as one of these exists: around everything modal. Main thread only.
     class Blocker {
     public:
@@ -78,6 +81,7 @@ private:
     void lookAtHeldWatches();
 
     TrackingPredicate m_isTracking;
+    std::function<void()> m_whenBlocked;
 
     std::mutex m_mutex;
     std::vector<Job> m_incoming;         ///< Guarded, as the next four.

@@ -211,6 +211,14 @@ void XTestMouseEventPoster::setKeyDown(Held key, bool isDown)
     m_held &= ~static_cast<unsigned>(key);
 }
 
+void XTestMouseEventPoster::letGo()
+{
+    if (holds(leftButton))
+        setLeftButtonDown(false);
+    setKeyDown(shiftKey, false);
+    setKeyDown(controlKey, false);
+}
+
 void XTestMouseEventPoster::releaseHeldButton()
 {
     m_hasEnded = true;

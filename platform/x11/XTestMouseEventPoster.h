@@ -57,6 +57,9 @@ public:
     /// Flushes and waits until the server has processed, and stamped with its time, what was posted.
     void sync() { m_connection->sync(); }
 
+    /// Releases what this object holds down, where the pointer is. What is pressed later is pressed as ever.
+    void letGo();
+
     /// Releases what this object holds down, on a short-lived connection. Any thread, also while the main thread
     /// is stuck or posting; for the way out of a process: nothing is pressed any more. A server that hangs is waited
     /// for no longer than a second.

@@ -208,6 +208,33 @@ def ends_with_a_finger_down(lab):
     wait_until(lambda: clicks.releases() == 1, "the release", 3)
 
 
+def session_ends_with_a_finger_down(lab):
+    """The mouse works again, without which nobody could press OK."""
+    panel, companion, clicks = start_casting_beside_window(lab)
+    panel.reply("busy")
+    companion.expect_alert("Device busy", 8)
+    wait_until(lambda: clicks.releases() == 1, "the release", 3)
+    lab.desktop.click(clicks.x + 20, clicks.y + 20)
+    wait_until(lambda: len(clicks.presses()) == 2 and clicks.releases() == 2, "a click of the mouse", 3)
+    companion.window.dismiss_alert()
+
+
+def dialog_opens_with_a_finger_down(lab):
+    """What the finger does meanwhile waits until the dialog is closed."""
+    panel, companion, clicks = start_casting_beside_window(lab)
+    companion.window.press("Upload a file")
+    companion.window.find("dialog|file chooser", "Upload a file")
+    wait_until(lambda: clicks.releases() == 1, "the release", 3)
+    touch(lab, panel, "UP", clicks.x + 100, clicks.y + 100)
+    lab.desktop.key("Escape")
+    companion.window.gone("dialog|file chooser", "Upload a file")
+    time.sleep(1)  # two taps in quick succession would be half a double tap
+    touch(lab, panel, "DOWN", clicks.x + 40, clicks.y + 40)
+    wait_until(lambda: len(clicks.presses()) == 2, "another press", 3)
+    touch(lab, panel, "UP", clicks.x + 40, clicks.y + 40)
+    wait_until(lambda: clicks.releases() == 2, "its release", 3)
+
+
 def dies_with_a_finger_down(lab):
     panel, companion, clicks = start_casting_beside_window(lab)
     panel.reply("invalid")
@@ -405,6 +432,8 @@ SCENARIOS = [
     ("disconnecting stops the session and unpairs", disconnecting_unpairs),
     ("the program ends at once, with status 0, while heartbeats wait for answers", ends_while_requests_wait),
     ("the program ends while the start alert is open, and begins no casting", ends_while_the_start_alert_is_open),
+    ("a session ends with a finger down, and the button is let go", session_ends_with_a_finger_down),
+    ("a dialog opens with a finger down, and the button is let go", dialog_opens_with_a_finger_down),
     ("the program ends with a finger down, and the button is let go", ends_with_a_finger_down),
     ("a heartbeat's answer that is no text is fatal, and the button is let go", dies_with_a_finger_down),
     ("the wireless switch works a panel on a cable", cable_mode),

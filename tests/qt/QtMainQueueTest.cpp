@@ -162,6 +162,21 @@ TEST_F(QtMainQueueTest, JobsWaitForTheBlockerAndRunInOrderOnceItIsGone)
     EXPECT_THAT(m_words, ElementsAre("before", "during", "after"));
 }
 
+TEST_F(QtMainQueueTest, TheFirstBlockerIsTold)
+{
+    int told = 0;
+    m_queue.setWhenBlocked([&told] { ++told; });
+    {
+        const QtMainQueue::Blocker outer(m_queue);
+        EXPECT_EQ(told, 1);
+        const QtMainQueue::Blocker inner(m_queue);
+        EXPECT_EQ(told, 1);
+    }
+    EXPECT_EQ(told, 1);
+    const QtMainQueue::Blocker another(m_queue);
+    EXPECT_EQ(told, 2);
+}
+
 TEST_F(QtMainQueueTest, OfTwoBlockersTheLastOneLetsTheJobsGo)
 {
     auto outer = std::make_unique<QtMainQueue::Blocker>(m_queue);

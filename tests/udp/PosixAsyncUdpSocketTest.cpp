@@ -540,10 +540,12 @@ TEST_F(PosixAsyncUdpSocketTest, AnErrorThatStaysIsLoggedAndDoesNotSpin)
     EXPECT_LE(countLogLines("cannot receive"), 3u);
 }
 
-TEST_F(PosixAsyncUdpSocketTest, TheFactoryMakesSocketsThatEndTheirSlicesWithItsHook)
+TEST_F(PosixAsyncUdpSocketTest, TheFactoryMakesSocketsThatEndTheirSlicesAndThemselvesWithItsHooks)
 {
     int slices = 0;
-    PosixAsyncUdpSocketFactory factory(m_queue, m_log, [&] { ++slices; });
+    int closed = 0;
+    PosixAsyncUdpSocketFactory factory(
+        m_queue, m_log, [&] { ++slices; }, [&] { ++closed; });
     const auto made = factory.makeSocket(m_delegate, "client udp socket");
     auto& socket = dynamic_cast<PosixAsyncUdpSocket&>(*made);
     ASSERT_EQ(socket.bindToPort(0), std::nullopt);
@@ -552,6 +554,10 @@ TEST_F(PosixAsyncUdpSocketTest, TheFactoryMakesSocketsThatEndTheirSlicesWithItsH
     m_peer.send("x", socket.localPort());
     ASSERT_TRUE(waitForCount(1));
     EXPECT_EQ(slices, 1);
+    EXPECT_EQ(closed, 0);
+    made->close();
+    made->close();
+    EXPECT_EQ(closed, 1);
 }
 
 } // namespace companion::testing

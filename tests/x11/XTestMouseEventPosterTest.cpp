@@ -464,6 +464,20 @@ TEST(XTestMouseEventPosterLogTest, TheServersEndIsToldOnce)
             + "\" is lost: touches move nothing any more");
 }
 
+TEST_F(XTestMouseEventPosterTest, LettingGoReleasesWhatIsHeldAndLaterPressesGoOn)
+{
+    post(leftDown, {100, 200});
+    poster->letGo();
+    poster->letGo();
+    EXPECT_EQ(recorded(), "motion 100,200 press1 100,200 release1 100,200");
+    post(leftDragged, {110, 200});
+    post(leftUp, {120, 200});
+    EXPECT_EQ(recorded(), "motion 110,200 motion 120,200") << "there is nothing to release any more";
+    post(leftDown, {500, 300});
+    post(leftUp, {500, 300});
+    EXPECT_EQ(recorded(), "motion 500,300 press1 500,300 release1 500,300");
+}
+
 TEST_F(XTestMouseEventPosterTest, OnceAnotherThreadHasReleasedWhatIsHeldNothingIsPressedAnyMore)
 {
     poster->releaseHeldButton();

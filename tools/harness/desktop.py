@@ -69,6 +69,9 @@ class Desktop:
         subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True, timeout=5,
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
+    def key(self, name):
+        subprocess.run(["xdotool", "key", name], check=True, timeout=5, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+
     def screenshot(self, file):
         if shutil.which("import"):
             subprocess.run(["import", "-window", "root", str(file)], check=False, timeout=20,
