@@ -15,7 +15,7 @@ LIST
 pretend_distribution() {
     printf '%s\n' "$@" >available
     pretend dpkg-query <<<'exit 1'
-    pretend apt-cache <<<"grep -qxF -- \"\$2\" '$PWD/available' && echo '  Candidate: 1.0' || echo '  Candidate: (none)'"
+    pretend apt-cache <<<"grep -qxF -- \"\$2\" '$PWD/available' && echo '  Candidate: 1.0' || echo '  Candidate: (none)'; seq 100000"
     pretend apt-get <<<"echo \"\${*#-q -y }\" >>'$PWD/apt'; [[ ! -f '$PWD/broken' ]] || ! grep -qwf '$PWD/broken' <<<\"\$*\""
     as_root() { "$@"; }
     can_install() { :; }

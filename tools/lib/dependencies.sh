@@ -35,9 +35,10 @@ missing_of() {
 
 # The first alternative that the distribution has; none and status 1 when it has none.
 choose_name() {
-    local name
+    local name policy
     for name in ${1//|/ }; do
-        if apt-cache policy "$name" 2>/dev/null | grep -q 'Candidate: [^(]'; then
+        policy=$(LC_ALL=C apt-cache policy "$name" 2>/dev/null)
+        if [[ $policy == *'Candidate: '[^\(]* ]]; then
             printf '%s\n' "$name"
             return
         fi
@@ -76,7 +77,8 @@ update_package_lists() {
 }
 
 install_packages() {
-    if ! apt -o Acquire::Retries=3 install --no-install-recommends "$@"; then
+    # Another installation may be under way, as on a computer that has just been started.
+    if ! apt -o Acquire::Retries=3 -o DPkg::Lock::Timeout=300 install --no-install-recommends "$@"; then
         printf 'These packages could not be installed (is the network up?): %s\n' "$*" >&2
         return 1
     fi

@@ -4,7 +4,7 @@
 
 # Sets $scratch, a private directory with a short name (names of sockets are limited), removed at the end.
 make_scratch() {
-    scratch=$(mktemp -d /tmp/panel-companion.XXXXXX)
+    scratch=$(mktemp -d /tmp/panel-companion.XXXXXX) || exit 2
     trap 'rm -rf "$scratch"' EXIT
     trap 'exit 130' INT
     trap 'exit 143' TERM HUP
