@@ -189,8 +189,6 @@ void Composition::Works::showDashboard()
     m_dashboard->viewDidLoad();
     connectView();
     m_window.setContentView(m_view);
-    m_announcedPanels.searchAhead(
-        DevicesListViewController::serviceType, DevicesListViewController::serviceDomain);
 }
 
 void Composition::Works::connectView()

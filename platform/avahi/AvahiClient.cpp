@@ -99,12 +99,6 @@ AvahiClient::~AvahiClient()
 
 void AvahiClient::start()
 {
-    m_isPersistent = true;
-    startIfThereIsABus();
-}
-
-void AvahiClient::startIfThereIsABus()
-{
     if (!m_bus && !m_probe.isRunning() && !m_busRetry.isActive())
         tryBus();
 }
@@ -171,8 +165,6 @@ void AvahiClient::doWithoutBus(Availability why)
 // A computer without a bus may never get one, and is not to be woken for it all day.
 void AvahiClient::retryLater()
 {
-    if (!m_isPersistent)
-        return;
     m_busRetry.start(m_untilBusRetry);
     m_untilBusRetry = std::min(m_untilBusRetry * 2, longestBusRetry);
 }

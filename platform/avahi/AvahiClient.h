@@ -61,9 +61,6 @@ public:
     /// Connects; `daemonCame` follows, now or some day.
     void start();
 
-    /// Connects if there is a bus now; else nothing happens, and nothing wakes up, before `start`.
-    void startIfThereIsABus();
-
     bool isDaemonRunning() const { return !m_owner.isEmpty(); }
 
     /// Calls `method` of org.freedesktop.Avahi.Server, which makes an object. Mute without a daemon.
@@ -104,7 +101,6 @@ private:
     void setAvailability(Availability availability);
 
     SystemLog& m_log;
-    bool m_isPersistent = false; ///< a missing bus is tried again
     BusProbe m_probe;
     QTimer m_busRetry;
     std::chrono::milliseconds m_untilBusRetry = shortestBusRetry;

@@ -75,19 +75,10 @@ void AvahiServiceBrowser::setDelegate(ServiceBrowserDelegate* delegate)
     m_reports->setDelegate(delegate);
 }
 
-void AvahiServiceBrowser::searchAhead(const std::string& type, const std::string& domain)
-{
-    m_type = type;
-    m_domain = domain;
-    m_session->client.startIfThereIsABus();
-}
-
 void AvahiServiceBrowser::searchForServices(const std::string& type, const std::string& domain)
 {
     m_type = type;
     m_domain = domain;
-    m_isReporting = true;
-    reportWhatIsKnown();
     m_session->client.start();
 }
 
@@ -136,7 +127,7 @@ void AvahiServiceBrowser::receiveSignal(const QString& member, const QVariantLis
 
 void AvahiServiceBrowser::addSighting(const std::string& name, ServiceInstance instance)
 {
-    Known& known = m_known.try_emplace(name, Known{++m_foundSoFar, {}, {}}).first->second;
+    Known& known = m_known[name];
     for (Sighting& sighting : known.sightings) {
         if (sighting.instance == instance) {
             sighting.isConfirmed = true;
@@ -174,24 +165,10 @@ void AvahiServiceBrowser::removeUnconfirmed()
         removeSighting(name, instance);
 }
 
-void AvahiServiceBrowser::reportWhatIsKnown()
-{
-    std::vector<KnownServices::value_type*> inOrder;
-    for (auto& entry : m_known)
-        inOrder.push_back(&entry);
-    std::sort(inOrder.begin(), inOrder.end(),
-        [](const auto* a, const auto* b) { return a->second.number < b->second.number; });
-    for (auto* entry : inOrder)
-        reportFound(entry->first, entry->second);
-}
-
 void AvahiServiceBrowser::reportFound(const std::string& name, Known& known)
 {
-    if (!m_isReporting)
-        return;
     const auto service = makeService(name);
-    for (const Sighting& sighting : known.sightings)
-        service->addInstance(sighting.instance);
+    service->addInstance(known.sightings.front().instance);
     known.service = service;
     m_reports->found(service);
 }
@@ -202,8 +179,7 @@ void AvahiServiceBrowser::reportRemoved(KnownServices::iterator known)
     if (!service)
         service = makeService(known->first);
     m_known.erase(known);
-    if (m_isReporting)
-        m_reports->removed(std::move(service));
+    m_reports->removed(std::move(service));
 }
 
 std::shared_ptr<AvahiService> AvahiServiceBrowser::makeService(const std::string& name)

@@ -6,7 +6,6 @@
 #include "platform/MainQueue.h"
 #include "platform/ServiceBrowser.h"
 
-#include <cstdint>
 #include <memory>
 #include <QString>
 #include <QTimer>
@@ -32,13 +31,7 @@ public:
 
     void setDelegate(ServiceBrowserDelegate* delegate) override;
 
-    /// Starts browsing and reports nothing yet. To be called before `searchForServices` and with the same arguments, by
-    /// somebody who knows that a search is to come: the daemon tells of all services that it knows before it answers
-    /// the first question about one of them, which takes a tenth of a second and more for a thousand. Without a bus
-    /// nothing happens: nobody waits for an answer yet.
-    void searchAhead(const std::string& type, const std::string& domain);
-
-    /// To be called once. What was found ahead is reported in the order in which it was found.
+    /// To be called once.
     void searchForServices(const std::string& type, const std::string& domain) override;
 
 private:
@@ -49,10 +42,8 @@ private:
         bool isConfirmed; ///< seen by the present browse
     };
 
-    /// A service that was found: the delegate's object, from its report on and as long as somebody holds it, and where
-    /// it is seen.
+    /// A service that was reported found: the delegate's object, as long as somebody holds it, and where it is seen.
     struct Known {
-        std::uint64_t number; ///< in the order of finding
         std::weak_ptr<AvahiService> service;
         std::vector<Sighting> sightings;
     };
@@ -65,7 +56,6 @@ private:
     void addSighting(const std::string& name, ServiceInstance instance);
     void removeSighting(const std::string& name, ServiceInstance instance);
     void removeUnconfirmed();
-    void reportWhatIsKnown();
     void reportFound(const std::string& name, Known& known);
     void reportRemoved(KnownServices::iterator known);
     std::shared_ptr<AvahiService> makeService(const std::string& name);
@@ -77,8 +67,6 @@ private:
     std::string m_type;
     std::string m_domain;
     KnownServices m_known; ///< by name
-    std::uint64_t m_foundSoFar = 0;
-    bool m_isReporting = false;
     bool m_hasFailed = false;
     QTimer m_retry;
     std::unique_ptr<AvahiObject> m_browser;
@@ -92,24 +80,14 @@ public:
     {
     }
 
-    /// Browses from now on for the next browser to be made, which is to search for the same.
-    void searchAhead(const std::string& type, const std::string& domain)
-    {
-        m_ahead = std::make_unique<AvahiServiceBrowser>(m_queue, m_log);
-        m_ahead->searchAhead(type, domain);
-    }
-
     std::unique_ptr<ServiceBrowser> makeServiceBrowser() override
     {
-        if (m_ahead)
-            return std::move(m_ahead);
         return std::make_unique<AvahiServiceBrowser>(m_queue, m_log);
     }
 
 private:
     MainQueue& m_queue;
     SystemLog& m_log;
-    std::unique_ptr<AvahiServiceBrowser> m_ahead;
 };
 
 } // namespace companion

@@ -99,22 +99,6 @@ TEST_F(AvahiProtocolTest, NextInstanceIsTriedOnceTheFirstHasFailed)
     EXPECT_THAT(transcript.lines(), Not(Contains("resolve 2/0 a")));
 }
 
-TEST_F(AvahiProtocolTest, EveryInstanceFoundAheadMayBeTried)
-{
-    browser = std::make_unique<AvahiServiceBrowser>(queue, log);
-    browser->searchAhead("_airplay._tcp", "local.");
-    ASSERT_TRUE(waitFor("browse _airplay._tcp local"));
-    daemon->sendItemNew(1, 0, "a");
-    daemon->sendItemNew(1, 1, "a");
-    run(100ms);
-
-    browser->setDelegate(&list);
-    browser->searchForServices("_airplay._tcp", "local.");
-    ASSERT_TRUE(waitFor("resolve 1/0 a"));
-    daemon->sendFailure("/Resolver2");
-    EXPECT_TRUE(waitFor("resolve 1/1 a"));
-}
-
 TEST_F(AvahiProtocolTest, InstanceThatComesAfterTheFailureOfAllOthersIsTried)
 {
     browseAndFind("a");
