@@ -1,7 +1,9 @@
 #include "tests/screens/ScreenTest.h"
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QComboBox>
+#include <QDialog>
 #include <QLabel>
 
 namespace companion::testing {
@@ -75,6 +77,27 @@ TEST_F(AccessibilityTest, TheCastButtonCanBePressed)
     EXPECT_FALSE(m_dashboard.controller->isCastingInProgress()); // an alert must not hold the caller up
     QCoreApplication::processEvents();
     EXPECT_TRUE(m_dashboard.controller->isCastingInProgress());
+}
+
+TEST_F(AccessibilityTest, UnderAnAlertNothingCanBePressed)
+{
+    QDialog alert;
+    alert.setModal(true);
+    alert.show();
+    ASSERT_EQ(QApplication::activeModalWidget(), &alert);
+    int clicks = 0;
+    for (const char* name : {"castButtonView", "fileUploadButton", "devicesListIcon", "settingsIcon",
+             "connectButton", "disconnectButton", "wirelessTouchSwitch"}) {
+        if (const auto* button = qobject_cast<QAbstractButton*>(&find(m_window, name)))
+            QObject::connect(button, &QAbstractButton::clicked, &alert, [&clicks] { ++clicks; });
+        heard(name).actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    }
+    m_dashboard.transcript.clear();
+    QTest::qWait(300); // the toolkit takes its time to show that a button is pressed
+    EXPECT_EQ(m_dashboard.transcript.take(), "");
+    EXPECT_GT(clicks, 0) << "no press reaches the window anyway";
+    EXPECT_FALSE(m_dashboard.controller->isCastingInProgress());
+    EXPECT_FALSE(m_dashboard.view->wirelessTouchSwitch().checked());
 }
 
 TEST_F(AccessibilityTest, TheSwitchTellsItsStateAndItsValue)

@@ -8,11 +8,23 @@
 #include <QAbstractItemView>
 #include <QAccessible>
 #include <QAccessibleWidget>
+#include <QApplication>
 #include <QComboBox>
 
 namespace companion {
 
+bool isUnderAlert(const QWidget& view)
+{
+    const QWidget* const modal = QApplication::activeModalWidget();
+    return modal && modal->window() != view.window();
+}
+
 namespace {
+
+bool isWorkable(const QWidget& view)
+{
+    return view.isEnabled() && !isUnderAlert(view);
+}
 
 /// A check box that can be pressed or toggled, and whose value is 0 or 1.
 class AccessibleSwitch : public QAccessibleWidget, public QAccessibleValueInterface {
@@ -55,7 +67,7 @@ public:
 
     void setCurrentValue(const QVariant& value) override
     {
-        if (m_widget.isEnabled() && m_widget.model())
+        if (isWorkable(m_widget) && m_widget.model())
             m_widget.model()->accessibilitySetValue(value.toBool());
     }
 
@@ -68,7 +80,7 @@ public:
     {
         if (name != toggleAction() && name != pressAction())
             QAccessibleWidget::doAction(name);
-        else if (m_widget.isEnabled() && m_widget.model())
+        else if (isWorkable(m_widget) && m_widget.model())
             m_widget.model()->accessibilityPerformPress();
     }
 
@@ -101,7 +113,7 @@ public:
     {
         if (name != pressAction())
             QAccessibleWidget::doAction(name);
-        else if (m_button.isEnabled()) // what it starts may be modal, and the caller must not wait for that
+        else if (isWorkable(m_button)) // what it starts may be modal, and the caller must not wait for that
             QMetaObject::invokeMethod(&m_button, &QAbstractButton::click, Qt::QueuedConnection);
     }
 
@@ -147,7 +159,7 @@ public:
 
     void doAction(const QString& name) override
     {
-        if ((name != showMenuAction() && name != pressAction()) || !m_button.isEnabled())
+        if ((name != showMenuAction() && name != pressAction()) || !isWorkable(m_button))
             return;
         if (m_button.view()->isVisible())
             m_button.hidePopup();

@@ -2,6 +2,7 @@
 
 #include "platform/FatalError.h"
 #include "ui_Dashboard.h"
+#include "views/qt/Accessibility.h"
 #include "views/qt/QtDevicesListView.h"
 #include "views/qt/QtSettingsView.h"
 #include "views/qt/Theme.h"
@@ -62,17 +63,24 @@ void QtDashboardView::style()
 
 void QtDashboardView::connectControls()
 {
+    using Signal = void (QtDashboardView::*)();
+    const auto emitUnlessUnderAlert = [this](QAbstractButton* button, Signal signal) {
+        connect(button, &QAbstractButton::clicked, this, [this, signal] {
+            if (!isUnderAlert(*this))
+                Q_EMIT(this->*signal)();
+        });
+    };
+    emitUnlessUnderAlert(m_scene->connectButton, &QtDashboardView::connectButtonClicked);
+    emitUnlessUnderAlert(m_scene->castButtonView, &QtDashboardView::castButtonClicked);
+    emitUnlessUnderAlert(m_scene->fileUploadButton, &QtDashboardView::uploadFileAction);
     connect(m_scene->devicesListIcon, &QToolButton::clicked, this, [this] {
-        if (!closeIfOpen(m_devicesPopover))
+        if (!isUnderAlert(*this) && !closeIfOpen(m_devicesPopover))
             Q_EMIT devicesListIconClicked();
     });
     connect(m_scene->settingsIcon, &QToolButton::clicked, this, [this] {
-        if (!closeIfOpen(m_settingsPopover))
+        if (!isUnderAlert(*this) && !closeIfOpen(m_settingsPopover))
             Q_EMIT settingsIconClicked();
     });
-    connect(m_scene->connectButton, &QPushButton::clicked, this, &QtDashboardView::connectButtonClicked);
-    connect(m_scene->castButtonView, &RoundButton::clicked, this, &QtDashboardView::castButtonClicked);
-    connect(m_scene->fileUploadButton, &QPushButton::clicked, this, &QtDashboardView::uploadFileAction);
 }
 
 /// A second click on what opened a popover closes it; whatever else asks for one that is open wants to see it.

@@ -2,6 +2,7 @@
 
 #include "discovery/DevicesListViewController.h"
 #include "ui_DevicesList.h"
+#include "views/qt/Accessibility.h"
 #include "views/qt/Theme.h"
 
 namespace companion {
@@ -15,13 +16,15 @@ QtDevicesListView::QtDevicesListView(QWidget* parent)
     setFixedSize(size());
     setFocusProxy(m_scene->devicesTableView);
     connect(m_scene->devicesTableView, &DevicesTableView::rowClicked, this, [this](int row, int column) {
+        if (isUnderAlert(*this))
+            return;
         m_clickedRow = row;
         m_clickedColumn = column;
         if (m_controller)
             m_controller->deviceClicked();
     });
     connect(m_scene->disconnectButton, &QPushButton::clicked, this, [this] {
-        if (m_controller)
+        if (m_controller && !isUnderAlert(*this))
             m_controller->disconnectDevice();
     });
 }
