@@ -42,7 +42,8 @@ DiscoverCommand::DiscoverCommand(PanelSearch search, Output& output, Request req
 void DiscoverCommand::start(Finished finished)
 {
     m_finished = std::move(finished);
-    const std::string whyNot = whyNoPanelCanBeFound(m_search.mdnsDaemon.look(timeForDaemon));
+    const std::string whyNot = whyNoPanelCanBeFound(
+        m_search.mdnsDaemon.look(std::min<std::chrono::milliseconds>(timeForDaemon, m_request.time)));
     if (!whyNot.empty()) {
         std::exchange(m_finished, nullptr)(
             {ExitStatus::noPanel, whyNot, JsonObject().addJson("panels", "[]")});

@@ -108,8 +108,7 @@ void DoctorCommand::awaitTouches()
 void DoctorCommand::udpSocketDidReceiveData(
     AsyncUdpSocket& /*socket*/, std::string_view /*data*/, const UdpSender& from)
 {
-    const auto panel = onePanel();
-    if (panel && *panel != from.host)
+    if (m_askedPanel && *m_askedPanel != from.host)
         return;
     touchesDone(
         std::chrono::duration_cast<std::chrono::milliseconds>(m_tools.now() - m_waitBegan), from.host);
@@ -209,14 +208,16 @@ std::optional<std::string> DoctorCommand::onePanel() const
     return addresses.size() == 1 ? std::optional(addresses.front()) : std::nullopt;
 }
 
-/// A panel sends no touches to a computer that has not asked for them.
+/// A panel sends no touches to a computer that has not asked for them. Off is for the one that was asked, whatever panels
+/// have come and gone meanwhile.
 void DoctorCommand::switchTouchback(bool isOn)
 {
-    const auto panel = onePanel();
-    if (!panel)
+    if (isOn)
+        m_askedPanel = onePanel();
+    if (!m_askedPanel)
         return;
     const int before = m_tools.httpSession.sentRequests();
-    m_touchBack.enableHDMITouchback(isOn, /*fromHDMI=*/true, panel);
+    m_touchBack.enableHDMITouchback(isOn, /*fromHDMI=*/true, m_askedPanel);
     m_unansweredRequests += m_tools.httpSession.sentRequests() - before;
 }
 

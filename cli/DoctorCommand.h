@@ -85,6 +85,7 @@ private:
     HDMITouchBack m_touchBack;
     std::unique_ptr<AsyncUdpSocket> m_socket;
     bool m_isAwaitingTouches = false;
+    std::optional<std::string> m_askedPanel; ///< where touchback has been switched on, if anywhere
     int m_unansweredRequests = 0;
     bool m_isComplete = false;
     std::chrono::steady_clock::time_point m_waitBegan;

@@ -190,6 +190,35 @@ TEST_F(DoctorTouchesTest, InterruptedWaitEndsAfter3SecondsWhenThePanelIsSilent)
     EXPECT_NE(resultText(), "none yet");
 }
 
+TEST_F(DoctorCommandTest, ThePanelThatWasAskedIsToldToStopThoughAnotherOneHasComeMeanwhile)
+{
+    DoctorCommand command(tools(), about({}, /*awaitsTouches=*/true));
+    start(command);
+    browsers.findAndResolve("Meridian 65|Room|C0A80114");
+    queue.advance(3s);
+    ASSERT_EQ(inner.sent().size(), 1U);
+    browsers.findAndResolve("Tandem|Hall|C0A80115");
+    queue.runPending();
+    sockets.deliver("DOWN,1,1,1", {"192.168.1.21", 5000});
+    EXPECT_EQ(inner.sent().size(), 1U) << "somebody else's touch";
+    queue.advance(15s);
+    ASSERT_EQ(inner.sent().size(), 2U);
+    EXPECT_THAT(inner.request(1).url.text, HasSubstr("192.168.1.20:5000"));
+    EXPECT_THAT(inner.request(1).url.text, HasSubstr("enable=false"));
+}
+
+TEST_F(DoctorCommandTest, APanelThatWasNotAskedIsNotToldToStop)
+{
+    DoctorCommand command(tools(), about({}, /*awaitsTouches=*/true));
+    start(command);
+    browsers.findAndResolve("Meridian 65|Room|C0A80114");
+    browsers.findAndResolve("Tandem|Hall|C0A80115");
+    queue.advance(3s);
+    browsers.remove("Tandem|Hall|C0A80115");
+    queue.advance(18s);
+    EXPECT_THAT(inner.sent(), IsEmpty());
+}
+
 TEST_F(DoctorCommandTest, InterruptedBeforeAnyPanelIsAskedItEndsAtOnce)
 {
     DoctorCommand command(tools(), about({}, /*awaitsTouches=*/true));

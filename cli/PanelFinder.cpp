@@ -39,7 +39,8 @@ void PanelFinder::find(OnFound onFound)
         tell({m_choice.address, ""});
         return;
     }
-    const std::string whyNot = whyNoPanelCanBeFound(m_search.mdnsDaemon.look(timeForDaemon));
+    const std::string whyNot = whyNoPanelCanBeFound(
+        m_search.mdnsDaemon.look(std::min<std::chrono::milliseconds>(timeForDaemon, m_time)));
     if (!whyNot.empty()) {
         tell({std::nullopt, whyNot});
         return;

@@ -11,6 +11,7 @@ namespace companion::simulator {
 namespace {
 
 constexpr std::uint64_t maxPauseMs = 60'000;
+constexpr std::size_t maxSteps = 200'000; // half an hour of a fast finger
 
 /// Reads line by line; the first thing that is wrong ends it.
 class GestureParser {
@@ -100,6 +101,8 @@ private:
     {
         if (bytes.size() > maxDatagram)
             return "a datagram holds at most " + std::to_string(maxDatagram) + " bytes";
+        if (m_steps.size() == maxSteps)
+            return "a gesture has at most " + std::to_string(maxSteps) + " touches";
         m_steps.push_back({isTouch, std::move(bytes), std::exchange(m_pause, {})});
         return std::nullopt;
     }

@@ -27,7 +27,7 @@ takes uploads and sends touches. docs/panel-protocol.md describes how to drive i
   --version           print the version
   --help              print this
 
-Exit status: 0 after SIGINT or SIGTERM, 1 if it cannot start, 2 for bad usage.
+Exit status: 0 after SIGINT, SIGTERM or SIGHUP, 1 if it cannot start, 2 for bad usage.
 )";
 
 namespace {

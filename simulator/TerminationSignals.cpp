@@ -15,6 +15,10 @@ int openSignals()
     sigemptyset(&awaited);
     sigaddset(&awaited, SIGINT);
     sigaddset(&awaited, SIGTERM);
+    struct sigaction hangUp = {};
+    sigaction(SIGHUP, nullptr, &hangUp);
+    if (hangUp.sa_handler != SIG_IGN) // nohup(1)
+        sigaddset(&awaited, SIGHUP);
     sigprocmask(SIG_BLOCK, &awaited, nullptr);
     return signalfd(-1, &awaited, SFD_CLOEXEC | SFD_NONBLOCK);
 }

@@ -20,6 +20,12 @@ bool isControl(char byte)
     return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
 }
 
+/// U+0080 to U+009F, among them the beginning of a terminal's control sequences, are C2 80 to C2 9F in UTF-8.
+bool beginsC1Control(std::string_view text)
+{
+    return text.size() >= 2 && text[0] == '\xC2' && static_cast<unsigned char>(text[1]) < 0xA0;
+}
+
 bool isDigits(std::string_view text)
 {
     return !text.empty() && text.find_first_not_of(digits) == std::string_view::npos;
@@ -46,10 +52,15 @@ std::string_view cutAtCharacter(std::string_view text, std::size_t maxBytes)
 std::string printable(std::string_view text)
 {
     const bool isText = isUtf8(text);
-    std::string result(text);
-    for (char& byte : result)
-        if (isControl(byte) || (!isText && static_cast<unsigned char>(byte) >= 0x80))
-            byte = '?';
+    std::string result;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const bool isOfTwoBytes = isText && beginsC1Control(text.substr(i));
+        if (isOfTwoBytes || isControl(text[i]) || (!isText && static_cast<unsigned char>(text[i]) >= 0x80))
+            result += '?';
+        else
+            result += text[i];
+        i += isOfTwoBytes;
+    }
     return result;
 }
 

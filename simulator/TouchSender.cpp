@@ -1,5 +1,6 @@
 #include "simulator/TouchSender.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
@@ -13,6 +14,7 @@ namespace companion::simulator {
 namespace {
 
 constexpr std::size_t maxWaiting = 64;
+constexpr std::chrono::milliseconds lookInterval{200};
 
 sockaddr_in socketAddress(const std::string& ip, std::uint16_t port)
 {
@@ -121,7 +123,7 @@ Playback::Result TouchSender::send(const Gesture& gesture)
     SteadyTime due = std::chrono::steady_clock::now();
     for (const GestureStep& step : gesture) {
         due += step.pause;
-        if (!sleepUntil(due))
+        if (!sleepUntil(due, sent > 0))
             return {sent, false, "the panel is being switched off"};
         const auto receiver = m_state.touchReceiver();
         if (!receiver)
@@ -134,11 +136,13 @@ Playback::Result TouchSender::send(const Gesture& gesture)
     return {sent, false, ""};
 }
 
-/// False when the sender is to stop instead.
-bool TouchSender::sleepUntil(SteadyTime time)
+/// False when the sender is to stop instead. What has begun waits no longer than anybody wants touches.
+bool TouchSender::sleepUntil(SteadyTime time, bool hasBegun)
 {
     std::unique_lock lock(m_mutex);
-    return !m_changed.wait_until(lock, time, [this] { return m_isStopping; });
+    while (!m_isStopping && std::chrono::steady_clock::now() < time && (!hasBegun || m_state.touchReceiver()))
+        m_changed.wait_until(lock, std::min(time, std::chrono::steady_clock::now() + lookInterval));
+    return !m_isStopping;
 }
 
 std::string TouchSender::sendDatagram(const std::string& ip, const std::string& bytes) const

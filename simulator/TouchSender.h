@@ -61,7 +61,7 @@ private:
     void run();
     std::shared_ptr<Playback> nextPlayback();
     Playback::Result send(const Gesture& gesture);
-    bool sleepUntil(SteadyTime time);
+    bool sleepUntil(SteadyTime time, bool hasBegun);
     std::string sendDatagram(const std::string& ip, const std::string& bytes) const;
 
     PanelState& m_state;

@@ -3,6 +3,7 @@
 import { StrokeSender, TouchSurface, tellsEveryMove } from "/simulator/touch.js";
 
 const STATE_MS = 1000;
+const ANSWER_MS = 5000; // a network that is gone may keep the browser waiting for minutes
 const SERVICE_MODES = [
   ["OK", "ok"], ["Casting is off", "cast-off"], ["Busy", "busy"], ["Error 500", "status 500"],
   ["Not text", "invalid"], ["Slow", "delay 3000"], ["Silence", "silence"], ["Hang up", "close"], ["Cut off", "cut"],
@@ -156,7 +157,7 @@ function showConnection(isThere) {
 
 async function refresh() {
   try {
-    const answer = await fetch("/simulator/state", { cache: "no-store" });
+    const answer = await fetch("/simulator/state", { cache: "no-store", signal: AbortSignal.timeout(ANSWER_MS) });
     showState(await answer.json());
     showConnection(true);
   } catch {

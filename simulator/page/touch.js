@@ -21,6 +21,8 @@ export class StrokeSender {
   }
 
   begin() {
+    if (this.parts.length === 0)
+      this.numbers.clear();
     this.tellRefusal("");
     this.id = Array.from(crypto.getRandomValues(new Uint32Array(3)), (word) => word.toString(36)).join("-");
   }
@@ -196,6 +198,8 @@ export class TouchSurface {
   }
 
   keyDown(event) {
+    if (event.altKey || event.ctrlKey || event.metaKey) // the browser's own
+      return;
     const step = RANGE / (event.shiftKey ? 400 : 40);
     const way = { ArrowLeft: [-1, 0], ArrowRight: [1, 0], ArrowUp: [0, -1], ArrowDown: [0, 1] }[event.key];
     if (way) {

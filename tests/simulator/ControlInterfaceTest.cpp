@@ -130,6 +130,16 @@ TEST_F(ControlInterfaceTest, SwitchingOffEndsAGestureThatIsUnderWay)
     EXPECT_FALSE(listener.receive(100ms));
 }
 
+TEST_F(ControlInterfaceTest, SwitchingOffEndsALongPause)
+{
+    askForTouches();
+    auto answer = std::async([this] { return panel.post("/simulator/touch", "DOWN 1 1\nUP 1 1 60000"); });
+    EXPECT_THAT(nextTouch(), MatchesRegex("DOWN.*"));
+    askForTouches("false");
+    ASSERT_EQ(answer.wait_for(5s), std::future_status::ready);
+    EXPECT_EQ(answer.get().body, "nobody has asked for touches (after 1 datagram)\n");
+}
+
 TEST_F(ControlInterfaceTest, GestureWithAWrongLineSendsNothing)
 {
     askForTouches();

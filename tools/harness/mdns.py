@@ -4,6 +4,7 @@ import os
 import pathlib
 import shutil
 import subprocess
+import tempfile
 
 from .processes import Failure, wait_until
 
@@ -57,7 +58,9 @@ class SystemBus:
     def __init__(self, processes, folder, name="system"):
         folder = pathlib.Path(folder)
         folder.mkdir(parents=True, exist_ok=True)
-        socket = folder / f"{name}.bus"
+        # In a folder of its own: a bus's address takes neither blanks nor long names.
+        self._place = tempfile.TemporaryDirectory(prefix="panel-companion-bus.", dir="/tmp")
+        socket = pathlib.Path(self._place.name) / "bus"
         configuration = folder / f"{name}-bus.conf"
         configuration.write_text(_BUS.format(socket=socket), encoding="utf-8")
         self.address = f"unix:path={socket}"

@@ -1,7 +1,6 @@
 """The simulated panel as a script works it."""
 
 import json
-import urllib.error
 import urllib.request
 
 from .processes import Failure, wait_until
@@ -20,7 +19,9 @@ class Panel:
         self.process = processes.start(
             [program, "--model", model, "--name", name, "--address", address, *arguments],
             name="panel-simulator", namespace=namespace, environment=environment)
-        wait_until(lambda: self._answers() or not self.process.running(), "the simulated panel's answer")
+        # Its own word: another panel may have the port, and answer there.
+        wait_until(lambda: f" on {address}:" in self.process.output() or not self.process.running(),
+                   "the start of the simulated panel")
         if not self.process.running():
             raise Failure(f"the simulated panel did not start: {self.process.output().strip()}")
 
@@ -32,12 +33,6 @@ class Panel:
         request = urllib.request.Request(f"http://{self.address}:5000{path}", data=body)
         with self._opener.open(request, timeout=30) as answer:
             return answer.read().decode("utf-8")
-
-    def _answers(self):
-        try:
-            return self.state() is not None
-        except (urllib.error.URLError, OSError):
-            return False
 
     def state(self):
         return json.loads(self._request("/simulator/state"))

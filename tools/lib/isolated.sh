@@ -45,7 +45,7 @@ taken_ports() {
         BEGIN { name["1388"] = "TCP 5000"; name["1581"] = "TCP 5505"; name["A387"] = "UDP 41863" }
         { sub(/.*:/, "", $2) }
         FILENAME ~ /tcp/ ? $4 == "0A" && $2 != "A387" : $2 == "A387" { if ($2 in name) print name[$2] }' \
-        /proc/net/{tcp,tcp6,udp,udp6} 2>/dev/null | sort -u
+        /proc/net/{tcp,udp}* 2>/dev/null | sort -u
 }
 
 is_tap=no
