@@ -2,6 +2,7 @@
 
 #include "platform/Utf8.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace companion::cli {
@@ -43,8 +44,11 @@ ObservedHttpSession::ObservedHttpSession(HttpSession& inner, std::optional<std::
 void ObservedHttpSession::send(HttpRequest request, HttpCompletion completion)
 {
     ++m_sentRequests;
-    if (m_timeout)
+    if (m_timeout) {
         request.timeout = *m_timeout;
+        if (request.longestDuration)
+            request.longestDuration = std::max(*request.longestDuration, *m_timeout);
+    }
     m_inner.send(std::move(request),
         [observer = m_observer, refuses = m_refusesUnreadableAnswers, completion = std::move(completion)](
             HttpReply reply) {

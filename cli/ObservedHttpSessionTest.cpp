@@ -92,6 +92,18 @@ TEST_F(ObservedHttpSessionTest, TimeoutOfTheCommandLineReplacesThatOfTheRequest)
     EXPECT_EQ(inner.request(1).timeout, 250ms);
 }
 
+TEST_F(ObservedHttpSessionTest, LongTimeoutOfTheCommandLineIsNotCutOffByTheLongestDuration)
+{
+    for (const auto timeout : {250ms, 120'000ms}) {
+        ObservedHttpSession session(inner, timeout);
+        HttpRequest request;
+        request.longestDuration = 60s;
+        session.send(request, [](const HttpReply&) {});
+    }
+    EXPECT_EQ(inner.request(0).longestDuration, 60s);
+    EXPECT_EQ(inner.request(1).longestDuration, 120s);
+}
+
 TEST_F(ObservedHttpSessionTest, WhatIsAUrlIsTheInnerSessionsToSay)
 {
     ObservedHttpSession session(inner);

@@ -26,6 +26,8 @@ HttpRequest httpRequest(Url url, const PanelRequest& request)
     made.body = request.body;
     made.cachePolicy = CachePolicy::useProtocolCachePolicy;
     made.timeout = std::chrono::seconds(60);
+    // One is sent every few seconds, and the answers are short: a panel that drips them must not gather requests.
+    made.longestDuration = std::chrono::seconds(60);
     return made;
 }
 

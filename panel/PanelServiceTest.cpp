@@ -38,6 +38,7 @@ TEST_F(PanelServiceTest, RequestHasTheFormThatThePanelExpects)
             {"Accept", "application/json; charset=utf-8"}}));
     EXPECT_EQ(request.cachePolicy, CachePolicy::useProtocolCachePolicy);
     EXPECT_EQ(request.timeout, std::chrono::seconds(60));
+    EXPECT_EQ(request.longestDuration, std::chrono::seconds(60));
     EXPECT_FALSE(request.body);
     EXPECT_FALSE(request.progress);
     EXPECT_EQ(transcript.take(), "");

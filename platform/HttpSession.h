@@ -44,6 +44,8 @@ struct HttpRequest {
     /// Idle time: nothing sent or received for so long. A server that has no room for more of the body may be waited
     /// for longer, as long as it is there.
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
+    /// The end of a request for which bytes still flow; nothing waits for as long as they do.
+    std::optional<std::chrono::milliseconds> longestDuration;
     HttpProgress progress; ///< May be empty.
 };
 

@@ -126,12 +126,12 @@ void CurlHttpSession::finishTransfers()
 void CurlHttpSession::expireTransfers()
 {
     const auto now = SteadyClock::now();
-    std::vector<CurlTransfer*> idle;
+    std::vector<CurlTransfer*> late;
     for (const auto& transfer : m_running) {
-        if (transfer->hasBeenIdleTooLong(now))
-            idle.push_back(transfer.get());
+        if (transfer->isOutOfTime(now))
+            late.push_back(transfer.get());
     }
-    for (CurlTransfer* transfer : idle)
+    for (CurlTransfer* transfer : late)
         take(*transfer)->finish(CURLE_OPERATION_TIMEDOUT);
 }
 
@@ -150,7 +150,7 @@ void CurlHttpSession::waitForEvents()
     auto wait = longestWait;
     const auto now = SteadyClock::now();
     for (const auto& transfer : m_running)
-        wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(transfer->idleDeadline() - now));
+        wait = std::min(wait, std::chrono::ceil<std::chrono::milliseconds>(transfer->deadline() - now));
     const auto milliseconds = std::max<std::chrono::milliseconds::rep>(wait.count(), 0);
     curl_multi_poll(m_multi, nullptr, 0, static_cast<int>(milliseconds), nullptr);
 }

@@ -65,6 +65,8 @@ std::optional<std::string> CurlTransfer::prepare(TimePoint now)
         return fault;
     m_lastActivity = now;
     m_idleDeadline = now + m_request.timeout;
+    if (m_request.longestDuration)
+        m_end = now + *m_request.longestDuration;
     setOptions();
     setCallbacks();
     setMethodAndBody();
@@ -183,8 +185,10 @@ void CurlTransfer::reportProgress()
 
 /// The kernel's byte counts are asked, not libcurl's: those know nothing of header bytes, and count as sent what
 /// waits in the socket's buffer.
-bool CurlTransfer::hasBeenIdleTooLong(TimePoint now)
+bool CurlTransfer::isOutOfTime(TimePoint now)
 {
+    if (now >= m_end)
+        return true;
     if (now < m_idleDeadline)
         return false;
     std::uint64_t bytes = 0;

@@ -3,6 +3,7 @@
 #include "platform/curl/ReplyCollector.h"
 #include "platform/HttpSession.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <curl/curl.h>
@@ -40,9 +41,9 @@ public:
 
     void reportProgress();
 
-    /// When the idle time is over at the earliest: only then need `hasBeenIdleTooLong` be asked.
-    TimePoint idleDeadline() const { return m_idleDeadline; }
-    bool hasBeenIdleTooLong(TimePoint now);
+    /// When its time is over at the earliest: only then need `isOutOfTime` be asked.
+    TimePoint deadline() const { return std::min(m_idleDeadline, m_end); }
+    bool isOutOfTime(TimePoint now);
 
     void fail(std::string error);
 
@@ -88,6 +89,7 @@ private:
     ReplyCollector m_reply;
     TimePoint m_lastActivity;
     TimePoint m_idleDeadline;
+    TimePoint m_end = TimePoint::max(); ///< of the longest duration
     std::uint64_t m_bytesSeen = 0;
     std::unique_ptr<CURL, HandleDeleter> m_handle; ///< Last, since it uses the others until it is gone.
 };

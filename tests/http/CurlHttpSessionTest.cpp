@@ -541,6 +541,26 @@ TEST_F(CurlHttpSessionTest, AServerThatDripsHeaderAndBodyBytesOutlivesTheIdleTim
     EXPECT_GT(SteadyClock::now() - start, 1'500ms);
 }
 
+TEST_F(CurlHttpSessionTest, ADripIsOverAfterTheLongestDurationIfThereIsOne)
+{
+    RawServer server([](RawConnection& connection) {
+        connection.readRequest();
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 300\r\n\r\n");
+        for (int i = 0; i < 100; ++i) {
+            connection.write("x");
+            std::this_thread::sleep_for(40ms);
+        }
+    });
+    HttpRequest request = requestTo(server.url());
+    request.timeout = 400ms;
+    request.longestDuration = 900ms;
+    const auto start = SteadyClock::now();
+    EXPECT_EQ(reply(request).error, "The request timed out");
+    const auto duration = SteadyClock::now() - start;
+    EXPECT_GE(duration, 900ms);
+    EXPECT_LT(duration, 2s);
+}
+
 TEST_F(CurlHttpSessionTest, ADripThatStopsTimesOutOneIdleTimeLater)
 {
     std::atomic<SteadyClock::time_point> lastByte;
