@@ -464,9 +464,9 @@ def memory(stage):
     with open(f"/proc/{stage.companion.process.pid}/status", encoding="ascii") as status:
         peak = int(re.search(r"VmHWM:\s+(\d+)", status.read()).group(1)) * 1024
     grown = peak - before - size
-    expect(grown <= 40 * MIB, f"memory grew by {grown / MIB:.1f} MiB more than the file has")
+    expect(grown <= 8 * MIB, f"memory grew by {grown / MIB:.1f} MiB more than the file has")
     after = stage.companion.memory() - before
-    expect(after <= 40 * MIB, f"{after / MIB:.1f} MiB are kept after the upload")
+    expect(after <= 8 * MIB, f"{after / MIB:.1f} MiB are kept after the upload")
     return f"{before / MIB:.1f} MiB before; at the peak the file and {grown / MIB:.1f} MiB more; {after / MIB:.1f} MiB kept"
 
 
