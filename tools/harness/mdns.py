@@ -1,5 +1,6 @@
 """System buses and Avahi daemons of one's own, for a computer or a network namespace that has none."""
 
+import atexit
 import os
 import pathlib
 import shutil
@@ -59,8 +60,9 @@ class SystemBus:
         folder = pathlib.Path(folder)
         folder.mkdir(parents=True, exist_ok=True)
         # In a folder of its own: a bus's address takes neither blanks nor long names.
-        self._place = tempfile.TemporaryDirectory(prefix="panel-companion-bus.", dir="/tmp")
-        socket = pathlib.Path(self._place.name) / "bus"
+        place = tempfile.mkdtemp(prefix="panel-companion-bus.", dir="/tmp")
+        atexit.register(shutil.rmtree, place, ignore_errors=True)
+        socket = pathlib.Path(place) / "bus"
         configuration = folder / f"{name}-bus.conf"
         configuration.write_text(_BUS.format(socket=socket), encoding="utf-8")
         self.address = f"unix:path={socket}"
