@@ -2,6 +2,7 @@
 
 #include "cli/SecondsText.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 

@@ -1,8 +1,7 @@
 #!/bin/bash
 # tools/lib/isolated.sh [--tap] COMMAND...: runs a command in a network of its own, with private folders for run-time
 # files and X sockets, so that fixed ports, announcements and displays meet nothing of this computer and leave nothing
-# behind.
-# As an ordinary user this takes a user namespace. Where neither is allowed the command runs as it is.
+# behind. As an ordinary user this takes a user namespace. Where neither is allowed the command runs as it is.
 # Tells by PANEL_COMPANION_ISOLATION: "root", "user" or "none", and why by PANEL_COMPANION_WHY_NOT_ISOLATED.
 #
 #   --tap   the command is a test of the Test Anything Protocol: without isolation it is skipped if another program has
