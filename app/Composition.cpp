@@ -24,11 +24,11 @@
 #include "platform/qt/WidgetTracking.h"
 #include "platform/x11/FlushingPause.h"
 #include "platform/x11/XTestMouseEventPoster.h"
-#include "views/qt/MainWindow.h"
-#include "views/qt/QtDashboardView.h"
-#include "views/qt/QtDevicesListView.h"
-#include "views/qt/QtSplashView.h"
-#include "views/qt/Theme.h"
+#include "ui/MainWindow.h"
+#include "ui/QtDashboardView.h"
+#include "ui/QtDevicesListView.h"
+#include "ui/QtSplashView.h"
+#include "ui/Theme.h"
 
 #include <chrono>
 #include <QApplication>

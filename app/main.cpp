@@ -3,8 +3,8 @@
 #include "app/Options.h"
 #include "platform/FatalError.h"
 #include "platform/posix/FatalErrorLog.h"
-#include "views/qt/Accessibility.h"
-#include "views/qt/Theme.h"
+#include "ui/Accessibility.h"
+#include "ui/Theme.h"
 
 #include <cstdio>
 #include <QApplication>

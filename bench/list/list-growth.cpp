@@ -4,8 +4,8 @@
 //     QT_QPA_PLATFORM=offscreen bench_list_growth [PANELS [ROUNDS]]
 #include "discovery/DevicesListViewController.h"
 #include "platform/testing/FakeServiceBrowser.h"
-#include "views/qt/QtDevicesListView.h"
-#include "views/qt/Theme.h"
+#include "ui/QtDevicesListView.h"
+#include "ui/Theme.h"
 
 #include <algorithm>
 #include <chrono>

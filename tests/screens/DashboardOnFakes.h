@@ -14,8 +14,8 @@
 #include "platform/testing/FakeMouseEventPoster.h"
 #include "platform/testing/FakeScreen.h"
 #include "platform/testing/FakeServiceBrowser.h"
-#include "views/qt/QtDashboardView.h"
-#include "views/qt/QtDevicesListView.h"
+#include "ui/QtDashboardView.h"
+#include "ui/QtDevicesListView.h"
 
 namespace companion::testing {
 

@@ -1,11 +1,11 @@
 #include "tests/screens/Contrast.h"
 #include "tests/screens/ScreenTest.h"
-#include "views/qt/ColoredView.h"
-#include "views/qt/ImageView.h"
-#include "views/qt/MaskingViewWidget.h"
-#include "views/qt/Popover.h"
-#include "views/qt/RoundButton.h"
-#include "views/qt/Theme.h"
+#include "ui/ColoredView.h"
+#include "ui/ImageView.h"
+#include "ui/MaskingViewWidget.h"
+#include "ui/Popover.h"
+#include "ui/RoundButton.h"
+#include "ui/Theme.h"
 
 #include <QFontInfo>
 #include <QKeyEvent>

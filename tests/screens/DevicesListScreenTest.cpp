@@ -1,7 +1,7 @@
 #include "tests/screens/EventCounter.h"
 #include "tests/screens/ScreenTest.h"
-#include "views/qt/ColoredView.h"
-#include "views/qt/Theme.h"
+#include "ui/ColoredView.h"
+#include "ui/Theme.h"
 
 #include <map>
 

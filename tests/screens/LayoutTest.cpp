@@ -1,8 +1,8 @@
 #include "tests/screens/Contrast.h"
 #include "tests/screens/ScreenTest.h"
-#include "views/qt/ImageView.h"
-#include "views/qt/QtSplashView.h"
-#include "views/qt/Theme.h"
+#include "ui/ImageView.h"
+#include "ui/QtSplashView.h"
+#include "ui/Theme.h"
 
 #include <QLabel>
 #include <QPushButton>

@@ -1,7 +1,7 @@
-#include "views/qt/MaskingViewWidget.h"
+#include "ui/MaskingViewWidget.h"
 #include "platform/testing/FakeLog.h"
 #include "tests/screens/EventCounter.h"
-#include "views/qt/ImageView.h"
+#include "ui/ImageView.h"
 
 #include <gtest/gtest.h>
 

@@ -4,10 +4,10 @@
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/WidgetTracking.h"
 #include "tests/screens/DashboardOnFakes.h"
-#include "views/qt/Accessibility.h"
-#include "views/qt/MainWindow.h"
-#include "views/qt/QtSplashView.h"
-#include "views/qt/Theme.h"
+#include "ui/Accessibility.h"
+#include "ui/MainWindow.h"
+#include "ui/QtSplashView.h"
+#include "ui/Theme.h"
 
 #include <cstdio>
 #include <QApplication>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "tests/screens/DashboardOnFakes.h"
-#include "views/qt/DevicesTableView.h"
-#include "views/qt/MainWindow.h"
+#include "ui/DevicesTableView.h"
+#include "ui/MainWindow.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

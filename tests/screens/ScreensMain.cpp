@@ -1,5 +1,5 @@
-#include "views/qt/Accessibility.h"
-#include "views/qt/Theme.h"
+#include "ui/Accessibility.h"
+#include "ui/Theme.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "tests/screens/ScreenTest.h"
-#include "views/qt/ColoredView.h"
-#include "views/qt/Theme.h"
+#include "ui/ColoredView.h"
+#include "ui/Theme.h"
 
 #include <QComboBox>
 #include <QLabel>

@@ -1,6 +1,6 @@
 #include "platform/testing/FakeLog.h"
 #include "tests/screens/EventCounter.h"
-#include "views/qt/ITSwitchWidget.h"
+#include "ui/ITSwitchWidget.h"
 
 #include <algorithm>
 #include <ctime>

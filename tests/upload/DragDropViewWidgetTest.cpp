@@ -1,4 +1,4 @@
-#include "views/qt/DragDropViewWidget.h"
+#include "ui/DragDropViewWidget.h"
 #include "platform/testing/FakeAlerts.h"
 #include "platform/testing/FakeLog.h"
 #include "platform/testing/FakeMainQueue.h"

@@ -1,6 +1,6 @@
 #include "tests/support/PrivateBus.h"
-#include "views/qt/Accessibility.h"
-#include "views/qt/Theme.h"
+#include "ui/Accessibility.h"
+#include "ui/Theme.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "views/qt/MimePasteboard.h"
+#include "ui/MimePasteboard.h"
 #include "platform/testing/FakeAlerts.h"
 #include "platform/testing/FakeLog.h"
 #include "tests/upload/DocumentsPortal.h"

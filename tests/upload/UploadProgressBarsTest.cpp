@@ -1,5 +1,5 @@
-#include "views/qt/UploadProgressBars.h"
-#include "views/qt/Theme.h"
+#include "ui/UploadProgressBars.h"
+#include "ui/Theme.h"
 
 #include <gtest/gtest.h>
 

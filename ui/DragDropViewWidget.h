@@ -1,7 +1,7 @@
 #pragma once
 
+#include "ui/ImageView.h"
 #include "views/DragDropView.h"
-#include "views/qt/ImageView.h"
 
 namespace companion {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "views/qt/SvgImage.h"
+#include "ui/SvgImage.h"
 
 #include <QAbstractButton>
 

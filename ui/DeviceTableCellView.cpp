@@ -1,7 +1,7 @@
-#include "views/qt/DeviceTableCellView.h"
+#include "ui/DeviceTableCellView.h"
 
-#include "views/qt/SvgImage.h"
-#include "views/qt/Theme.h"
+#include "ui/SvgImage.h"
+#include "ui/Theme.h"
 
 #include <QPainter>
 

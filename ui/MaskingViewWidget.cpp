@@ -1,6 +1,6 @@
-#include "views/qt/MaskingViewWidget.h"
+#include "ui/MaskingViewWidget.h"
 
-#include "views/qt/ITSwitchWidget.h"
+#include "ui/ITSwitchWidget.h"
 
 #include <QAbstractButton>
 #include <QAbstractItemView>

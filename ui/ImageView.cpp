@@ -1,4 +1,4 @@
-#include "views/qt/ImageView.h"
+#include "ui/ImageView.h"
 
 #include <QEvent>
 #include <QPainter>

@@ -1,7 +1,7 @@
-#include "views/qt/MainWindow.h"
+#include "ui/MainWindow.h"
 
-#include "views/qt/FirstPaint.h"
-#include "views/qt/SvgImage.h"
+#include "ui/FirstPaint.h"
+#include "ui/SvgImage.h"
 
 #include <QApplication>
 

@@ -1,7 +1,7 @@
-#include "views/qt/UploadProgressBars.h"
+#include "ui/UploadProgressBars.h"
 
-#include "views/qt/Theme.h"
-#include "views/qt/UploadBar.h"
+#include "ui/Theme.h"
+#include "ui/UploadBar.h"
 
 #include <algorithm>
 #include <QPainter>

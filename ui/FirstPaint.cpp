@@ -1,4 +1,4 @@
-#include "views/qt/FirstPaint.h"
+#include "ui/FirstPaint.h"
 
 #include <QEvent>
 #include <QTimer>

@@ -1,4 +1,4 @@
-#include "views/qt/SvgImage.h"
+#include "ui/SvgImage.h"
 
 #include <array>
 #include <map>

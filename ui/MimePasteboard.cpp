@@ -1,4 +1,4 @@
-#include "views/qt/MimePasteboard.h"
+#include "ui/MimePasteboard.h"
 
 #include <algorithm>
 #include <QDBusConnection>

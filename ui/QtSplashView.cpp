@@ -1,8 +1,8 @@
-#include "views/qt/QtSplashView.h"
+#include "ui/QtSplashView.h"
 
+#include "ui/FirstPaint.h"
+#include "ui/Theme.h"
 #include "ui_Splash.h"
-#include "views/qt/FirstPaint.h"
-#include "views/qt/Theme.h"
 
 namespace companion {
 

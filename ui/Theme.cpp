@@ -1,4 +1,4 @@
-#include "views/qt/Theme.h"
+#include "ui/Theme.h"
 
 #include <QApplication>
 #include <QDir>

@@ -3,9 +3,9 @@
 #include "dashboard/DashboardView.h"
 #include "platform/Alerts.h"
 #include "platform/Log.h"
+#include "ui/ColoredView.h"
+#include "ui/Popover.h"
 #include "views/ITSwitch.h"
-#include "views/qt/ColoredView.h"
-#include "views/qt/Popover.h"
 
 #include <memory>
 

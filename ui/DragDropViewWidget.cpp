@@ -1,6 +1,6 @@
-#include "views/qt/DragDropViewWidget.h"
+#include "ui/DragDropViewWidget.h"
 
-#include "views/qt/MimePasteboard.h"
+#include "ui/MimePasteboard.h"
 
 #include <QDragEnterEvent>
 #include <QDropEvent>

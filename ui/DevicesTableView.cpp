@@ -1,6 +1,6 @@
-#include "views/qt/DevicesTableView.h"
+#include "ui/DevicesTableView.h"
 
-#include "views/qt/Theme.h"
+#include "ui/Theme.h"
 
 #include <algorithm>
 #include <QAbstractListModel>

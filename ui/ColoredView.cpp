@@ -1,4 +1,4 @@
-#include "views/qt/ColoredView.h"
+#include "ui/ColoredView.h"
 
 #include <QPainter>
 

@@ -1,6 +1,6 @@
-#include "views/qt/RoundButton.h"
+#include "ui/RoundButton.h"
 
-#include "views/qt/Theme.h"
+#include "ui/Theme.h"
 
 #include <cmath>
 #include <QAccessible>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "views/qt/ColoredView.h"
+#include "ui/ColoredView.h"
 
 #include <memory>
 

@@ -1,9 +1,9 @@
-#include "views/qt/Accessibility.h"
+#include "ui/Accessibility.h"
 
-#include "views/qt/ImageView.h"
-#include "views/qt/ITSwitchWidget.h"
-#include "views/qt/RoundButton.h"
-#include "views/qt/UploadProgressBars.h"
+#include "ui/ImageView.h"
+#include "ui/ITSwitchWidget.h"
+#include "ui/RoundButton.h"
+#include "ui/UploadProgressBars.h"
 
 #include <QAbstractItemView>
 #include <QAccessible>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "views/qt/DeviceTableCellView.h"
+#include "ui/DeviceTableCellView.h"
 
 #include <functional>
 #include <memory>

@@ -1,8 +1,8 @@
-#include "views/qt/QtSettingsView.h"
+#include "ui/QtSettingsView.h"
 
 #include "dashboard/RelaySettingsViewController.h"
+#include "ui/Theme.h"
 #include "ui_Settings.h"
-#include "views/qt/Theme.h"
 
 #include <QComboBox>
 #include <QStyledItemDelegate>

@@ -1,6 +1,6 @@
-#include "views/qt/Popover.h"
+#include "ui/Popover.h"
 
-#include "views/qt/Theme.h"
+#include "ui/Theme.h"
 
 #include <numbers>
 #include <QApplication>

@@ -1,6 +1,6 @@
-#include "views/qt/ITSwitchWidget.h"
+#include "ui/ITSwitchWidget.h"
 
-#include "views/qt/Theme.h"
+#include "ui/Theme.h"
 
 #include <algorithm>
 #include <QAccessible>

@@ -1,11 +1,11 @@
-#include "views/qt/QtDashboardView.h"
+#include "ui/QtDashboardView.h"
 
 #include "platform/FatalError.h"
+#include "ui/Accessibility.h"
+#include "ui/QtDevicesListView.h"
+#include "ui/QtSettingsView.h"
+#include "ui/Theme.h"
 #include "ui_Dashboard.h"
-#include "views/qt/Accessibility.h"
-#include "views/qt/QtDevicesListView.h"
-#include "views/qt/QtSettingsView.h"
-#include "views/qt/Theme.h"
 
 namespace companion {
 

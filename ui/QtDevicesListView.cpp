@@ -1,9 +1,9 @@
-#include "views/qt/QtDevicesListView.h"
+#include "ui/QtDevicesListView.h"
 
 #include "discovery/DevicesListViewController.h"
+#include "ui/Accessibility.h"
+#include "ui/Theme.h"
 #include "ui_DevicesList.h"
-#include "views/qt/Accessibility.h"
-#include "views/qt/Theme.h"
 
 namespace companion {
 

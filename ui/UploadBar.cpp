@@ -1,6 +1,6 @@
-#include "views/qt/UploadBar.h"
+#include "ui/UploadBar.h"
 
-#include "views/qt/Theme.h"
+#include "ui/Theme.h"
 
 #include <QPainter>
 #include <QStyle>
