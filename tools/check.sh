@@ -63,7 +63,7 @@ platform/posix   platform
 platform/qt      platform platform/posix
 platform/x11     platform
 ui               platform views discovery dashboard
-simulator
+simulator        platform platform/posix
 cli              platform platform/avahi platform/curl platform/posix platform/qt panel discovery touchback
 app              *
 '
@@ -159,6 +159,7 @@ check "Qt's headers stay in adapters and widgets" \
     foreign_headers 'Q[A-Z]|Qt' 'platform/(qt|avahi|x11)|ui|app|cli|simulator'
 check "X11's headers stay in their adapter" foreign_headers '(X11|xcb)/' 'platform/x11'
 check "libcurl's headers stay in their adapter" foreign_headers 'curl/' 'platform/curl'
+check "the command-line library's headers stay in one file" foreign_headers 'CLI/' 'platform'
 check "the HTTP server's headers stay in the simulated panel" foreign_headers 'microhttpd' 'simulator'
 check "Avahi's own headers are used nowhere: it is spoken to over D-Bus" foreign_headers 'avahi-' 'none'
 check "what decides links no toolkit" linked_by_logic
