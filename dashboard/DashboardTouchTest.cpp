@@ -62,6 +62,20 @@ TEST_F(DashboardTouchTest, TheSwitchAloneOpensTheTouchPort)
     EXPECT_TRUE(dashboard->isTouchBackEnabled());
 }
 
+TEST_F(DashboardTouchTest, ASocketConnectedToPort41863IsNotBoundAndOneConnectedToPort41862Is)
+{
+    view.wirelessTouchSwitch().setChecked(true);
+    sockets.connectedPort = 41863;
+    transcript.clear();
+    dashboard->initiateTouchBack();
+    EXPECT_EQ(
+        transcript.take("; "), "make client udp socket; enable broadcast; begin receiving; log Socket Ready");
+
+    sockets.connectedPort = 41862;
+    dashboard->initiateTouchBack();
+    EXPECT_THAT(transcript.lines(), ::testing::Contains("bind 41863"));
+}
+
 TEST_F(DashboardTouchTest, DisablingLeavesTheSocketOpenAndItsTouchesCount)
 {
     pickRoom204();

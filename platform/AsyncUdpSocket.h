@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -10,10 +11,13 @@ namespace companion {
 
 class AsyncUdpSocket;
 
-/// Where a datagram came from, as numeric text ("192.168.1.20", "fe80::1").
+/// Who sent a datagram, and when it arrived.
 struct UdpSender {
-    std::string host;
+    std::string host; ///< Numeric: "192.168.1.20", "fe80::1".
     std::uint16_t port = 0;
+
+    /// When the datagram was read from the system, however long it then waited for the main thread.
+    std::chrono::steady_clock::time_point receivedAt = {};
 };
 
 class AsyncUdpSocketDelegate {

@@ -114,6 +114,7 @@ void DatagramDelivery::noteSender(const DatagramSource& source)
     if (std::memcmp(&source.address, &m_source.address, sizeof source.address) != 0)
         m_sender.host = numericText(source.address);
     m_sender.port = source.port;
+    m_sender.receivedAt = SteadyClock::now();
     m_source = source;
 }
 

@@ -30,6 +30,8 @@ public:
     std::optional<std::string> bindError;
     std::optional<std::string> receiveError;
 
+    std::uint16_t connectedPort = 0;
+
     std::size_t openSockets() const { return m_sockets.size(); }
 
     /// Delivers a datagram to the socket that is receiving, if there is one; tells whether there was.
@@ -67,7 +69,7 @@ private:
             return m_factory.broadcastError;
         }
 
-        std::uint16_t connectedPort() const override { return 0; }
+        std::uint16_t connectedPort() const override { return m_factory.connectedPort; }
 
         std::optional<Error> bindToPort(std::uint16_t port) override
         {
