@@ -1,6 +1,6 @@
 #include "cli/ObservedHttpSession.h"
 
-#include "platform/Utf8.h"
+#include "platform/Text.h"
 
 #include <algorithm>
 #include <utility>

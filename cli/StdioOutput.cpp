@@ -1,7 +1,7 @@
 #include "cli/StdioOutput.h"
 
 #include "cli/Check.h"
-#include "platform/posix/HarmlessLine.h"
+#include "platform/Text.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -40,7 +40,7 @@ void StdioOutput::print(std::string_view line)
 {
     const std::lock_guard lock(m_mutex);
     removeProgress();
-    toStandardOutput(harmlessLine(line, longestLine) + "\n");
+    toStandardOutput(printable(line, longestLine) + "\n");
 }
 
 void StdioOutput::printCheck(Mark mark, std::string_view line)
@@ -51,14 +51,14 @@ void StdioOutput::printCheck(Mark mark, std::string_view line)
     const std::lock_guard lock(m_mutex);
     removeProgress();
     toStandardOutput(
-        (m_isColoured ? coloured(mark, text) : text) + blanks + harmlessLine(line, longestLine) + "\n");
+        (m_isColoured ? coloured(mark, text) : text) + blanks + printable(line, longestLine) + "\n");
 }
 
 void StdioOutput::complain(std::string_view line)
 {
     const std::lock_guard lock(m_mutex);
     removeProgress();
-    write(STDERR_FILENO, harmlessLine(line, longestLine) + "\n");
+    write(STDERR_FILENO, printable(line, longestLine) + "\n");
 }
 
 std::optional<std::size_t> StdioOutput::progressWidth() const
@@ -73,7 +73,7 @@ std::optional<std::size_t> StdioOutput::progressWidth() const
 void StdioOutput::showProgress(std::string_view text)
 {
     const std::lock_guard lock(m_mutex);
-    write(STDERR_FILENO, clearLine + harmlessLine(text, longestLine));
+    write(STDERR_FILENO, clearLine + printable(text, longestLine));
     m_showsProgress = true;
 }
 

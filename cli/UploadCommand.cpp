@@ -2,7 +2,7 @@
 
 #include "cli/ProgressBar.h"
 #include "panel/FileTypes.h"
-#include "platform/Utf8.h"
+#include "platform/Text.h"
 
 #include <chrono>
 #include <utility>

@@ -1,5 +1,7 @@
 #include "discovery/PanelName.h"
 
+#include "platform/Text.h"
+
 #include <algorithm>
 
 namespace companion {
@@ -14,14 +16,9 @@ bool isSpace(char c)
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-char lowered(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 std::optional<std::uint32_t> hexDigit(char c)
 {
-    c = lowered(c);
+    c = asciiLowerCase(c);
     if (c >= '0' && c <= '9')
         return static_cast<std::uint32_t>(c - '0');
     if (c >= 'a' && c <= 'f')
@@ -73,7 +70,7 @@ std::size_t characterLength(std::string_view text)
 bool containsInAnyCase(std::string_view text, std::string_view keyword)
 {
     const auto found = std::search(text.begin(), text.end(), keyword.begin(), keyword.end(),
-        [](char a, char b) { return lowered(a) == lowered(b); });
+        [](char a, char b) { return asciiLowerCase(a) == asciiLowerCase(b); });
     return found != text.end();
 }
 

@@ -1,6 +1,6 @@
 #include "panel/MultipartBody.h"
 
-#include "platform/Utf8.h"
+#include "platform/Text.h"
 
 #include <initializer_list>
 

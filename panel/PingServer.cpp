@@ -2,7 +2,7 @@
 
 #include "panel/LocalAddress.h"
 #include "platform/FatalError.h"
-#include "platform/Utf8.h"
+#include "platform/Text.h"
 
 #include <string_view>
 #include <utility>

@@ -3,7 +3,7 @@
 #include "platform/testing/FakeHttpSession.h"
 #include "platform/testing/FakeInterfaceAddresses.h"
 #include "platform/testing/FakeLog.h"
-#include "platform/Utf8.h"
+#include "platform/Text.h"
 
 #include <gtest/gtest.h>
 #include <thread>

@@ -1,6 +1,6 @@
 #include "panel/TriggerCastingApp.h"
 
-#include "platform/Utf8.h"
+#include "platform/Text.h"
 
 #include <utility>
 

@@ -1,8 +1,7 @@
 #include "platform/FileUrl.h"
 
-#include "platform/Utf8.h"
+#include "platform/Text.h"
 
-#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -12,22 +11,11 @@ namespace {
 
 constexpr std::string_view hexDigits = "0123456789ABCDEF";
 
-char lowerCase(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool isSameIgnoringCase(std::string_view a, std::string_view b)
-{
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-        [](char left, char right) { return lowerCase(left) == lowerCase(right); });
-}
-
 int hexValue(char c)
 {
     if (c >= '0' && c <= '9')
         return c - '0';
-    const char lower = lowerCase(c);
+    const char lower = asciiLowerCase(c);
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
@@ -58,7 +46,7 @@ std::optional<std::string> percentDecoded(std::string_view text)
 /// Whether the byte stands for itself in a path: the "pchar" of RFC 3986, and the slash.
 bool isPlainInPath(char c)
 {
-    const char lower = lowerCase(c);
+    const char lower = asciiLowerCase(c);
     return (lower >= 'a' && lower <= 'z') || (c >= '0' && c <= '9')
         || std::string_view("/-._~!$&'()*+,;=:@").find(c) != std::string_view::npos;
 }
@@ -81,7 +69,7 @@ std::string percentEncoded(std::string_view path)
 std::optional<std::string_view> hierarchicalPart(std::string_view text)
 {
     constexpr std::string_view scheme = "file:";
-    if (!isSameIgnoringCase(text.substr(0, scheme.size()), scheme))
+    if (asciiLowerCase(text.substr(0, scheme.size())) != scheme)
         return std::nullopt;
     text.remove_prefix(scheme.size());
     return text.substr(0, text.find_first_of("?#"));
@@ -94,8 +82,8 @@ std::string_view withoutHost(std::string_view part)
         return part;
     const std::string_view hostAndPath = part.substr(2);
     const std::string_view host = hostAndPath.substr(0, hostAndPath.find('/'));
-    return host.empty() || isSameIgnoringCase(host, "localhost") ? hostAndPath.substr(host.size())
-                                                                 : hostAndPath;
+    return host.empty() || asciiLowerCase(host) == "localhost" ? hostAndPath.substr(host.size())
+                                                               : hostAndPath;
 }
 
 } // namespace

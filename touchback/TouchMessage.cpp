@@ -1,6 +1,6 @@
 #include "touchback/TouchMessage.h"
 
-#include "platform/Utf8.h"
+#include "platform/Text.h"
 
 #include <algorithm>
 

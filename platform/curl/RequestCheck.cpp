@@ -1,6 +1,7 @@
 #include "platform/curl/RequestCheck.h"
 
 #include "platform/curl/UrlText.h"
+#include "platform/Text.h"
 
 #include <algorithm>
 
@@ -8,17 +9,12 @@ namespace companion {
 
 namespace {
 
-char lowerAscii(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
 /// RFC 9110, section 5.6.2.
 bool isToken(std::string_view text)
 {
     constexpr std::string_view others = "!#$%&'*+-.^_`|~";
     return !text.empty() && std::all_of(text.begin(), text.end(), [&](char c) {
-        const char lower = lowerAscii(c);
+        const char lower = asciiLowerCase(c);
         return (lower >= 'a' && lower <= 'z') || (c >= '0' && c <= '9') || others.find(c) != others.npos;
     });
 }
@@ -43,7 +39,7 @@ std::optional<std::string> faultOf(const HttpRequest& request)
 bool isSameFieldName(std::string_view a, std::string_view b)
 {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-        [](char x, char y) { return lowerAscii(x) == lowerAscii(y); });
+        [](char x, char y) { return asciiLowerCase(x) == asciiLowerCase(y); });
 }
 
 } // namespace companion

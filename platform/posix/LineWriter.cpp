@@ -1,7 +1,7 @@
 #include "platform/posix/LineWriter.h"
 
 #include "platform/posix/BlockedSignals.h"
-#include "platform/posix/HarmlessLine.h"
+#include "platform/Text.h"
 
 #include <cerrno>
 #include <chrono>
@@ -208,7 +208,7 @@ LineWriter::~LineWriter()
 
 void LineWriter::write(std::string_view line)
 {
-    const std::string text = harmlessLine(line, longestLine) + '\n';
+    const std::string text = printable(line, longestLine) + '\n';
     bool mayBeAsleep = false;
     {
         const std::lock_guard lock(m_shared->mutex);

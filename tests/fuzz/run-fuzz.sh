@@ -6,7 +6,7 @@ set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/../.." || exit 2
 seconds=${1:-10}
 output=build/fuzz
-common=(platform/FatalError.cpp platform/Utf8.cpp)
+common=(platform/FatalError.cpp platform/Text.cpp)
 count=0
 
 fuzz() { # TARGET SOURCE...

@@ -1,4 +1,4 @@
-#include "platform/Utf8.h"
+#include "platform/Text.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -31,7 +31,7 @@ bool isSurrogate(char32_t codePoint)
 
 } // namespace
 
-TEST(Utf8Test, EveryCodePointUpTo10FFFFIsValidExceptSurrogates)
+TEST(ValidUtf8Test, EveryCodePointUpTo10FFFFIsValidExceptSurrogates)
 {
     for (char32_t codePoint = 0; codePoint <= 0x10FFFF; ++codePoint)
         ASSERT_EQ(isValidUtf8(encoded(codePoint)), !isSurrogate(codePoint))
@@ -40,7 +40,7 @@ TEST(Utf8Test, EveryCodePointUpTo10FFFFIsValidExceptSurrogates)
     EXPECT_FALSE(isValidUtf8(encoded(0x13FFFF)));
 }
 
-TEST(Utf8Test, OverlongFormsAreNotValid)
+TEST(ValidUtf8Test, OverlongFormsAreNotValid)
 {
     EXPECT_FALSE(isValidUtf8("\xC0\x80"));
     EXPECT_FALSE(isValidUtf8("\xC1\xBF"));
@@ -50,7 +50,7 @@ TEST(Utf8Test, OverlongFormsAreNotValid)
     EXPECT_FALSE(isValidUtf8("\xF0\x8F\xBF\xBF"));
 }
 
-TEST(Utf8Test, BytesThatStartNoSequenceAreNotValid)
+TEST(ValidUtf8Test, BytesThatStartNoSequenceAreNotValid)
 {
     for (int lead = 0x80; lead <= 0xFF; ++lead) {
         const bool startsSequence = lead >= 0xC2 && lead <= 0xF4;
@@ -60,7 +60,7 @@ TEST(Utf8Test, BytesThatStartNoSequenceAreNotValid)
     }
 }
 
-TEST(Utf8Test, SequencesCutOffAreNotValid)
+TEST(ValidUtf8Test, SequencesCutOffAreNotValid)
 {
     for (const std::string& whole : {"\xC3\xA9"s, "\xE2\x82\xAC"s, "\xF0\x9F\x98\x80"s}) {
         for (std::size_t length = 1; length < whole.size(); ++length) {
@@ -71,14 +71,14 @@ TEST(Utf8Test, SequencesCutOffAreNotValid)
     }
 }
 
-TEST(Utf8Test, SequenceIsNotCompletedByWhatLiesBehindTheText)
+TEST(ValidUtf8Test, SequenceIsNotCompletedByWhatLiesBehindTheText)
 {
     EXPECT_FALSE(isValidUtf8(std::string_view("\xC3\xA9", 1)));
     EXPECT_FALSE(isValidUtf8(std::string_view("\xE2\x82\xAC", 2)));
     EXPECT_FALSE(isValidUtf8(std::string_view("\xF0\x9F\x98\x80", 3)));
 }
 
-TEST(Utf8Test, OnlyBytesFrom80ToBFContinueASequence)
+TEST(ValidUtf8Test, OnlyBytesFrom80ToBFContinueASequence)
 {
     const std::string whole = "\xF1\x88\x99\xAA";
     for (std::size_t position = 1; position < whole.size(); ++position) {
@@ -90,14 +90,14 @@ TEST(Utf8Test, OnlyBytesFrom80ToBFContinueASequence)
     }
 }
 
-TEST(Utf8Test, TextWithNulAndNoTextAreValid)
+TEST(ValidUtf8Test, TextWithNulAndNoTextAreValid)
 {
     EXPECT_TRUE(isValidUtf8(""));
     EXPECT_TRUE(isValidUtf8({}));
     EXPECT_TRUE(isValidUtf8("MOVE\0,1"s));
 }
 
-TEST(Utf8Test, OneBadByteIsSeenAtEveryPositionOfALongText)
+TEST(ValidUtf8Test, OneBadByteIsSeenAtEveryPositionOfALongText)
 {
     for (std::size_t length = 1; length <= 40; ++length) {
         const std::string good(length, 'a');
@@ -110,7 +110,7 @@ TEST(Utf8Test, OneBadByteIsSeenAtEveryPositionOfALongText)
     }
 }
 
-TEST(Utf8Test, ManyByteSequencesAreSeenAtEveryPositionOfALongText)
+TEST(ValidUtf8Test, ManyByteSequencesAreSeenAtEveryPositionOfALongText)
 {
     for (std::size_t position = 0; position <= 20; ++position) {
         const std::string before(position, 'a');
@@ -179,6 +179,68 @@ TEST(LenientUtf8Test, TruncatedSequencesInARowAreReplacedOnceEach)
 {
     EXPECT_EQ(withQuestionMarks("\xE1\x80\xE2\xF0\x91\x92\xF1\xBF\x41"), "????A");
     EXPECT_EQ(withQuestionMarks("\x61\xF1\x80\x80\xE1\x80\xC2\x62\x80\x63\x80\xBF\x64"), "a???b?c??d");
+}
+
+TEST(CutAtCharacterTest, PrefixEndsBeforeTheCharacterThatDoesNotFit)
+{
+    EXPECT_EQ(cutAtCharacter("12345", 5), "12345");
+    EXPECT_EQ(cutAtCharacter("12345", 4), "1234");
+    EXPECT_EQ(cutAtCharacter("1234\xE2\x82\xAC", 7), "1234\xE2\x82\xAC");
+    EXPECT_EQ(cutAtCharacter("1234\xE2\x82\xAC", 6), "1234");
+    EXPECT_EQ(cutAtCharacter("1234\xE2\x82\xAC", 5), "1234");
+    EXPECT_EQ(cutAtCharacter("1234\xE2\x82\xAC", 4), "1234");
+    EXPECT_EQ(cutAtCharacter(std::string(100, '\x80'), 40), "");
+    EXPECT_EQ(cutAtCharacter("", 0), "");
+}
+
+TEST(PrintableTest, OrdinaryTextAndTabsAreUnchanged)
+{
+    EXPECT_EQ(printable(""), "");
+    EXPECT_EQ(printable("Paired\tto Größe 東京 \U0001F600 ~"), "Paired\tto Größe 東京 \U0001F600 ~");
+}
+
+TEST(PrintableTest, ControlCharactersAreEscaped)
+{
+    EXPECT_EQ(printable("one\ntwo\r\nthree"), "one\\ntwo\\r\\nthree");
+    EXPECT_EQ(printable("\x1b[2J\x7f"), "\\x1b[2J\\x7f");
+    EXPECT_EQ(printable("a\0b\x1f \b"s), "a\\x00b\\x1f \\x08");
+}
+
+TEST(PrintableTest, C1ControlCharactersFrom80To9FAreEscaped)
+{
+    EXPECT_EQ(printable("\u0080|\u009b2J|\u009f|\u00a0|\u00df"), "\\x80|\\x9b2J|\\x9f|\u00a0|\u00df");
+}
+
+TEST(PrintableTest, BidirectionalControlCharactersAreEscapedAndTheirNeighboursAreNot)
+{
+    EXPECT_EQ(printable("\u061b\u061c\u061d"), "\u061b\\u061c\u061d");
+    EXPECT_EQ(printable("\u200d\u200e\u200f\u2010"), "\u200d\\u200e\\u200f\u2010");
+    EXPECT_EQ(printable("\u2029\u202a\u202b\u202c\u202d\u202e\u202f"),
+        "\u2029\\u202a\\u202b\\u202c\\u202d\\u202e\u202f");
+    EXPECT_EQ(printable("\u2065\u2066\u2067\u2068\u2069\u206a"), "\u2065\\u2066\\u2067\\u2068\\u2069\u206a");
+}
+
+TEST(PrintableTest, BytesThatAreNotUtf8AreEscapedOneByOne)
+{
+    EXPECT_EQ(printable("a\xE9z\x9b"), "a\\xe9z\\x9b");
+    EXPECT_EQ(printable("\xE2\x82|\xC2"), "\\xe2\\x82|\\xc2");
+    EXPECT_EQ(printable("\xED\xA0\x80"), "\\xed\\xa0\\x80");
+}
+
+TEST(PrintableTest, TextOf40BytesIsWholeAndOneOf41IsCut)
+{
+    const std::string whole(40, 'x');
+    EXPECT_EQ(printable(whole, 40), whole);
+    EXPECT_EQ(printable(whole + "y", 40), whole + "...");
+    EXPECT_EQ(printable(std::string(39, 'x') + "東", 40), std::string(39, 'x') + "...");
+    EXPECT_EQ(printable(std::string(40, '\n'), 40).size(), 80U)
+        << "the limit is that of the text, not of its escapes";
+}
+
+TEST(AsciiLowerCaseTest, OnlyTheLettersAToZChange)
+{
+    EXPECT_EQ(asciiLowerCase("@AZ[`az{09\xC3\x84"), "@az[`az{09\xC3\x84");
+    EXPECT_EQ(asciiLowerCase('Q'), 'q');
 }
 
 } // namespace companion::testing

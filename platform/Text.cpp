@@ -1,6 +1,7 @@
-#include "platform/Utf8.h"
+#include "platform/Text.h"
 
-#include <cstddef>
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <utility>
@@ -73,6 +74,61 @@ const char* skipAscii(const char* begin, const char* end)
     return begin;
 }
 
+/// A well-formed sequence, or the one byte that starts none.
+std::string_view takeCharacter(std::string_view& text)
+{
+    const bool isAscii = static_cast<unsigned char>(text.front()) < 0x80;
+    const Sequence sequence = isAscii ? Sequence{1, true} : sequenceAtStart(text);
+    const std::string_view character = text.substr(0, sequence.isComplete ? sequence.length : 1);
+    text.remove_prefix(character.size());
+    return character;
+}
+
+char32_t codePointOf(std::string_view wellFormedSequence)
+{
+    constexpr std::array<unsigned char, 5> leadBits{0, 0x7F, 0x1F, 0x0F, 0x07};
+    char32_t codePoint =
+        static_cast<unsigned char>(wellFormedSequence.front()) & leadBits[wellFormedSequence.size()];
+    for (const char c : wellFormedSequence.substr(1))
+        codePoint = codePoint << 6 | (static_cast<unsigned char>(c) & 0x3F);
+    return codePoint;
+}
+
+bool isControl(char32_t c)
+{
+    return (c < 0x20 && c != '\t') || (c >= 0x7F && c <= 0x9F);
+}
+
+bool isBidirectionalControl(char32_t c)
+{
+    return c == 0x061C || c == 0x200E || c == 0x200F || (c >= 0x202A && c <= 0x202E)
+        || (c >= 0x2066 && c <= 0x2069);
+}
+
+std::string escaped(char32_t c)
+{
+    if (c == '\n')
+        return "\\n";
+    if (c == '\r')
+        return "\\r";
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::string text = c < 0x100 ? "\\x" : "\\u";
+    for (int shift = c < 0x100 ? 4 : 12; shift >= 0; shift -= 4)
+        text += digits[(c >> shift) & 0xF];
+    return text;
+}
+
+void appendPrintable(std::string& text, std::string_view character)
+{
+    const auto first = static_cast<unsigned char>(character.front());
+    const bool isLoneByte = character.size() == 1 && first >= 0x80;
+    const char32_t codePoint = isLoneByte ? first : codePointOf(character);
+    if (isLoneByte || isControl(codePoint) || isBidirectionalControl(codePoint))
+        text += escaped(codePoint);
+    else
+        text += character;
+}
+
 } // namespace
 
 bool isValidUtf8(std::string_view text)
@@ -104,6 +160,32 @@ std::string lenientUtf8(std::string_view text)
         position += sequence.length;
     }
     return decoded;
+}
+
+std::string_view cutAtCharacter(std::string_view text, std::size_t maxBytes)
+{
+    if (text.size() <= maxBytes)
+        return text;
+    while (maxBytes > 0 && isBetween(static_cast<unsigned char>(text[maxBytes]), 0x80, 0xBF))
+        --maxBytes;
+    return text.substr(0, maxBytes);
+}
+
+std::string printable(std::string_view text, std::size_t maxBytes)
+{
+    std::string result;
+    std::string_view left = cutAtCharacter(text, maxBytes);
+    const bool isCut = left.size() < text.size();
+    while (!left.empty())
+        appendPrintable(result, takeCharacter(left));
+    return isCut ? result + "..." : result;
+}
+
+std::string asciiLowerCase(std::string_view text)
+{
+    std::string result(text);
+    std::transform(result.begin(), result.end(), result.begin(), [](char c) { return asciiLowerCase(c); });
+    return result;
 }
 
 } // namespace companion
