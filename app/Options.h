@@ -4,7 +4,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <variant>
 #include <vector>
 
@@ -27,10 +26,10 @@ struct BadUsage {
 
 using ParsedOptions = std::variant<Options, HelpWanted, VersionWanted, BadUsage>;
 
-/// Reads the arguments behind the program's name; "--name value" and "--name=value" mean the same.
+/// Reads the arguments behind the program's name.
 ParsedOptions parseOptions(const std::vector<std::string>& arguments);
 
 /// The text of `--help`, with its line end.
-std::string_view helpText();
+std::string helpText();
 
 } // namespace companion

@@ -56,8 +56,8 @@ TEST(OptionsTest, PanelTextThatIsNotThreePartsWithEightHexadecimalDigitsIsBadUsa
 
 TEST(OptionsTest, BadUsageIsOneLineThatNamesTheArgument)
 {
-    EXPECT_EQ(complaint({"--colour"}), "unknown argument '--colour'");
-    EXPECT_EQ(complaint({"file.txt"}), "unknown argument 'file.txt'");
+    EXPECT_EQ(complaint({"--colour"}), "unknown option '--colour'");
+    EXPECT_EQ(complaint({"file.txt"}), "unexpected argument 'file.txt'");
     EXPECT_EQ(complaint({"--interface"}), "--interface needs a value");
     EXPECT_EQ(complaint({"--screen="}), "--screen needs a value");
     EXPECT_EQ(complaint({"--touch-from", "everyone"}), "--touch-from takes 'any' or 'panel', not 'everyone'");

@@ -3,6 +3,7 @@
 #include "app/Options.h"
 #include "platform/FatalError.h"
 #include "platform/posix/FatalErrorLog.h"
+#include "platform/posix/StandardDescriptors.h"
 #include "ui/Accessibility.h"
 #include "ui/Theme.h"
 
@@ -17,7 +18,7 @@ namespace {
 std::optional<int> answerWithoutWindow(const ParsedOptions& parsed)
 {
     if (std::holds_alternative<HelpWanted>(parsed)) {
-        std::fwrite(helpText().data(), 1, helpText().size(), stdout);
+        std::fputs(helpText().c_str(), stdout);
         return 0;
     }
     if (std::holds_alternative<VersionWanted>(parsed)) {
@@ -35,6 +36,7 @@ std::optional<int> answerWithoutWindow(const ParsedOptions& parsed)
 
 int main(int argc, char** argv)
 {
+    openStandardDescriptors();
     makeUncaughtExceptionsFatal();
     setLastWish([](std::string_view what) { logFatalError(what); }); // until a button may be held
     const ParsedOptions parsed = parseOptions({argv + 1, argv + argc});

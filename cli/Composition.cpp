@@ -143,7 +143,7 @@ int Composition::Parts::run()
                 return;
             }
             status = static_cast<int>(result.status);
-            report(result, entryOf(m_options.command).name, m_options.isJson, m_output);
+            report(result, nameText(m_options.command), m_options.isJson, m_output);
             QCoreApplication::quit();
         });
     });

@@ -1,8 +1,11 @@
 #include "cli/Options.h"
 
+#include "platform/CommandLine.h"
 #include "touchback/Number.h"
 
 #include <algorithm>
+#include <arpa/inet.h>
+#include <array>
 #include <cmath>
 
 namespace companion::cli {
@@ -11,215 +14,194 @@ namespace {
 
 using Problem = std::optional<std::string>;
 
+constexpr std::size_t helpColumn = 26;
 constexpr double longestSeconds = 86'400;
 
-const OptionEntry* findOption(const std::vector<OptionEntry>& options, const std::string& name)
-{
-    const auto found = std::find_if(
-        options.begin(), options.end(), [&](const OptionEntry& option) { return option.name == name; });
-    return found == options.end() ? nullptr : &*found;
-}
+struct CommandEntry {
+    CommandName command;
+    std::string name;
+    std::string operand; ///< As in the help; "" when there is none.
+    std::string help;
+    bool needsPanel = false; ///< One must be given by address or by name.
+    std::vector<CommandLineOption> options = {};
 
-const OptionEntry* findOptionAnywhere(const std::string& name)
-{
-    if (const OptionEntry* option = findOption(commonOptions(), name))
-        return option;
-    for (const CommandEntry& entry : commandTable()) {
-        if (const OptionEntry* option = findOption(entry.options, name))
-            return option;
-    }
-    return nullptr;
-}
-
-std::optional<std::chrono::milliseconds> parseSeconds(const std::string& text)
-{
-    const std::optional<double> seconds = parseNumber(text);
-    if (!seconds || *seconds < 0.001 || *seconds > longestSeconds)
-        return std::nullopt;
-    return std::chrono::milliseconds(std::llround(*seconds * 1000));
-}
-
-/// Takes the command line apart, then makes sense of it.
-class CommandLine {
-public:
-    explicit CommandLine(const std::vector<std::string>& arguments)
-        : m_arguments(arguments)
-    {
-    }
-
-    ParsedOptions parse()
-    {
-        if (const Problem problem = readAll())
-            return BadUsage{*problem};
-        if (m_wantsVersion)
-            return VersionWanted{};
-        const CommandEntry* entry = m_operands.empty() ? nullptr : findCommand(m_operands.front());
-        if (m_wantsHelp)
-            return HelpWanted{entry ? std::optional(entry->command) : std::nullopt};
-        if (m_operands.empty())
-            return BadUsage{"no command"};
-        if (!entry)
-            return BadUsage{"unknown command '" + m_operands.front() + "'"};
-        if (const Problem problem = fit(*entry))
-            return BadUsage{*problem};
-        return m_options;
-    }
-
-private:
-    Problem readAll()
-    {
-        for (; m_next < m_arguments.size(); ++m_next) {
-            const std::string& argument = m_arguments[m_next];
-            if (argument == "--") {
-                m_operands.insert(m_operands.end(),
-                    m_arguments.begin() + static_cast<std::ptrdiff_t>(m_next) + 1, m_arguments.end());
-                return std::nullopt;
-            }
-            if (argument == "-h")
-                m_wantsHelp = true;
-            else if (argument.size() < 2 || argument.front() != '-')
-                m_operands.push_back(argument);
-            else if (Problem problem = readOption(argument))
-                return problem;
-        }
-        return std::nullopt;
-    }
-
-    Problem readOption(const std::string& argument)
-    {
-        const std::size_t equals = argument.find('=');
-        const bool isJoined = equals != std::string::npos;
-        const std::string name = argument.substr(0, equals);
-        const OptionEntry* option = findOptionAnywhere(name);
-        if (!option)
-            return "unknown option '" + argument + "'";
-        m_given.push_back(name);
-        if (option->value.empty())
-            return isJoined ? Problem(name + " takes no value") : setFlag(name);
-        if (!isJoined && m_next + 1 == m_arguments.size())
-            return name + " needs a value";
-        const std::string value = isJoined ? argument.substr(equals + 1) : m_arguments[++m_next];
-        return value.empty() ? Problem(name + " needs a value") : setValue(name, value);
-    }
-
-    Problem setFlag(const std::string& name)
-    {
-        m_wantsHelp |= name == "--help";
-        m_wantsVersion |= name == "--version";
-        m_options.isJson |= name == "--json";
-        m_options.isVerbose |= name == "--verbose";
-        m_options.isHDMI |= name == "--hdmi";
-        m_options.awaitsTouches |= name == "--touches";
-        return std::nullopt;
-    }
-
-    Problem setValue(const std::string& name, const std::string& value)
-    {
-        if (name == "--seconds" || name == "--timeout") {
-            const auto time = parseSeconds(value);
-            if (!time)
-                return name + " needs a number of seconds from 0.001 to 86400, not '" + value + "'";
-            if (name == "--timeout")
-                m_options.timeout = time;
-            else
-                m_options.searchTime = *time;
-        } else if (name == "--panel-address") {
-            if (!isIPv4Text(value))
-                return "--panel-address needs an IPv4 address such as 192.168.1.20, not '" + value + "'";
-            m_options.panelAddress = value;
-        } else {
-            auto& text = name == "--panel" ? m_options.panelName
-                : name == "--record"       ? m_options.recording
-                                           : m_options.interfaceName;
-            text = value;
-        }
-        return std::nullopt;
-    }
-
-    static const CommandEntry* findCommand(const std::string& name)
-    {
-        for (const CommandEntry& entry : commandTable()) {
-            if (entry.name == name)
-                return &entry;
-        }
-        return nullptr;
-    }
-
-    /// What is given must be what the command takes.
-    Problem fit(const CommandEntry& entry)
-    {
-        m_options.command = entry.command;
-        for (const std::string& name : m_given) {
-            if (!findOption(commonOptions(), name) && !findOption(entry.options, name))
-                return entry.name + " takes no " + name;
-        }
-        if (m_options.panelAddress && m_options.panelName)
-            return "--panel-address and --panel exclude each other";
-        if (entry.needsPanel && !m_options.panelAddress && !m_options.panelName)
-            return entry.name + " needs --panel-address or --panel";
-        return fitOperands(entry);
-    }
-
-    Problem fitOperands(const CommandEntry& entry)
-    {
-        const std::size_t expected = entry.operand.empty() ? 1 : 2;
-        if (m_operands.size() > expected)
-            return "unexpected argument '" + m_operands[expected] + "'";
-        if (m_operands.size() < expected)
-            return entry.name + " needs " + entry.operand;
-        if (entry.command == CommandName::upload)
-            m_options.file = m_operands[1];
-        if (entry.command != CommandName::touchback)
-            return std::nullopt;
-        m_options.switchesOn = m_operands[1] == "on";
-        if (m_operands[1] != "on" && m_operands[1] != "off")
-            return "touchback needs on or off, not '" + m_operands[1] + "'";
-        return std::nullopt;
-    }
-
-    const std::vector<std::string>& m_arguments;
-    std::size_t m_next = 0;
-    std::vector<std::string> m_operands;
-    std::vector<std::string> m_given;
-    bool m_wantsHelp = false;
-    bool m_wantsVersion = false;
-    Options m_options;
+    std::string usage() const { return operand.empty() ? name : name + " " + operand; }
 };
 
-/// The next of the numbers between dots; false when it is none up to 255.
-bool takeOctet(std::string_view& text)
+template <typename Time>
+CommandLineOption timeOption(
+    const std::string& name, const std::string& valueName, const std::string& help, Time& target)
 {
-    const std::string_view octet = text.substr(0, text.find('.'));
-    const bool isDecimal = !octet.empty() && octet.size() <= 3
-        && std::all_of(octet.begin(), octet.end(), [](char c) { return c >= '0' && c <= '9'; });
-    if (!isDecimal || (octet.size() > 1 && octet.front() == '0'))
-        return false;
-    int value = 0;
-    for (const char c : octet)
-        value = value * 10 + (c - '0');
-    text.remove_prefix(octet.size());
-    return value <= 255;
+    return {name, valueName, help, [name, &target](const std::string& value) -> Problem {
+                const std::optional<double> seconds = parseNumber(value);
+                if (!seconds || *seconds < 0.001 || *seconds > longestSeconds)
+                    return name + " needs a number of seconds from 0.001 to 86400, not '" + value + "'";
+                target = std::chrono::milliseconds(std::llround(*seconds * 1000));
+                return std::nullopt;
+            }};
+}
+
+CommandLineOption addressOption(std::optional<std::string>& target)
+{
+    return {"--panel-address", "IPV4", "the panel's address", [&target](const std::string& value) -> Problem {
+                if (!isIPv4Text(value))
+                    return "--panel-address needs an IPv4 address such as 192.168.1.20, not '" + value + "'";
+                target = value;
+                return std::nullopt;
+            }};
+}
+
+std::vector<CommandEntry> commandTable(Options& options)
+{
+    return {
+        {CommandName::discover, "discover", "", "list the panels that announce themselves", false,
+            {timeOption("--seconds", "N", "search for N seconds (default: 5)", options.searchTime)}},
+        {CommandName::ping, "ping", "", "send one heartbeat and print the answer", true},
+        {CommandName::touchback, "touchback", "on|off", "start or stop sending touches to this computer",
+            true, {flagOption("--hdmi", "the picture comes over a cable", options.isHDMI)}},
+        {CommandName::trigger, "trigger", "", "ask the panel to open its casting receiver", true},
+        {CommandName::upload, "upload", "FILE", "send a file to the panel", true},
+        {CommandName::touches, "touches", "", "print the touches that arrive, until interrupted", false,
+            {textOption(
+                "--record", "FILE", "also record them to a file, to be replayed", options.recording)}},
+        {CommandName::doctor, "doctor", "", "diagnose connection problems between this\ncomputer and a panel",
+            false, {flagOption("--touches", "also wait for a touch on the panel", options.awaitsTouches)}},
+    };
+}
+
+std::vector<CommandLineOption> commonOptions(Options& options)
+{
+    return {
+        addressOption(options.panelAddress),
+        textOption("--panel", "NAME", "the panel's name, as announced on the network", options.panelName),
+        textOption("--interface", "NAME",
+            "tell the panel the address of this network interface\n"
+            "(default: the one that leads to the panel)",
+            options.interfaceName),
+        timeOption("--timeout", "S", "seconds to wait for an answer, a panel or a touch", options.timeout),
+        flagOption("--json", "machine-readable output", options.isJson),
+        flagOption("--verbose", "log diagnostics to standard error", options.isVerbose),
+    };
+}
+
+bool hasOption(const std::vector<CommandLineOption>& options, const std::string& name)
+{
+    return std::any_of(
+        options.begin(), options.end(), [&](const CommandLineOption& option) { return option.name == name; });
+}
+
+CommandEntry entryOf(CommandName command)
+{
+    Options unused;
+    const auto table = commandTable(unused);
+    return *std::find_if(
+        table.begin(), table.end(), [&](const CommandEntry& entry) { return entry.command == command; });
+}
+
+Problem acceptOperands(const CommandEntry& entry, const std::vector<std::string>& operands, Options& options)
+{
+    const std::size_t expected = entry.operand.empty() ? 1 : 2;
+    if (operands.size() > expected)
+        return "unexpected argument '" + operands[expected] + "'";
+    if (operands.size() < expected)
+        return entry.name + " needs " + entry.operand;
+    if (entry.command == CommandName::upload)
+        options.file = operands[1];
+    if (entry.command != CommandName::touchback)
+        return std::nullopt;
+    options.switchesOn = operands[1] == "on";
+    if (operands[1] != "on" && operands[1] != "off")
+        return "touchback needs on or off, not '" + operands[1] + "'";
+    return std::nullopt;
+}
+
+/// Options of other commands are known, so that their values are not taken for operands, and refused here.
+Problem acceptCommand(const CommandEntry& entry, const ParsedCommandLine& parsed, Options& options)
+{
+    options.command = entry.command;
+    Options unused;
+    for (const std::string& name : parsed.givenOptions) {
+        if (!hasOption(commonOptions(unused), name) && !hasOption(entry.options, name))
+            return entry.name + " takes no " + name;
+    }
+    if (options.panelAddress && options.panelName)
+        return "--panel-address and --panel exclude each other";
+    if (entry.needsPanel && !options.panelAddress && !options.panelName)
+        return entry.name + " needs --panel-address or --panel";
+    return acceptOperands(entry, parsed.operands, options);
+}
+
+constexpr auto statusHelp = R"(
+Exit status: 0 done, 1 the panel refused or a check failed, 2 bad usage or a file
+that cannot be read or written, 3 no panel, 4 network.
+)";
+
+std::string helpOf(const CommandEntry& entry)
+{
+    Options unused;
+    std::string help = entry.help;
+    std::replace(help.begin(), help.end(), '\n', ' ');
+    std::vector<CommandLineOption> options = entry.options;
+    for (CommandLineOption& option : commonOptions(unused))
+        options.push_back(std::move(option));
+    return "Usage: panelctl " + entry.usage() + " [OPTION]...\npanelctl " + entry.name + ": " + help + "\n\n"
+        + helpEntries(options, helpColumn) + statusHelp;
 }
 
 } // namespace
 
-ParsedOptions parseOptions(const std::vector<std::string>& arguments)
+std::string nameText(CommandName command)
 {
-    return CommandLine(arguments).parse();
+    return entryOf(command).name;
 }
 
-bool isIPv4Text(std::string_view text)
+ParsedOptions parseOptions(const std::vector<std::string>& arguments)
 {
-    for (int octet = 0; octet < 4; ++octet) {
-        if (octet > 0) {
-            if (!text.starts_with('.'))
-                return false;
-            text.remove_prefix(1);
-        }
-        if (!takeOctet(text))
-            return false;
+    Options options;
+    const std::vector<CommandEntry> table = commandTable(options);
+    std::vector<CommandLineOption> all = commonOptions(options);
+    for (const CommandEntry& entry : table)
+        all.insert(all.end(), entry.options.begin(), entry.options.end());
+
+    const ParsedCommandLine parsed = parseCommandLine(all, arguments);
+    if (parsed.problem)
+        return BadUsage{*parsed.problem};
+    if (parsed.wantsVersion)
+        return VersionWanted{};
+    const auto entry = std::find_if(table.begin(), table.end(), [&](const CommandEntry& each) {
+        return !parsed.operands.empty() && each.name == parsed.operands.front();
+    });
+    if (parsed.wantsHelp)
+        return HelpWanted{entry == table.end() ? std::nullopt : std::optional(entry->command)};
+    if (parsed.operands.empty())
+        return BadUsage{"no command"};
+    if (entry == table.end())
+        return BadUsage{"unknown command '" + parsed.operands.front() + "'"};
+    if (const Problem problem = acceptCommand(*entry, parsed, options))
+        return BadUsage{*problem};
+    return options;
+}
+
+std::string helpText(std::optional<CommandName> command)
+{
+    if (command)
+        return helpOf(entryOf(*command));
+    Options unused;
+    std::string text = "Usage: panelctl COMMAND [OPTION]...\n"
+                       "Work with interactive panels from a terminal or a script.\n\nCommands:\n";
+    for (const CommandEntry& entry : commandTable(unused)) {
+        text += helpEntry(entry.usage(), entry.help, helpColumn);
+        for (const CommandLineOption& option : entry.options)
+            text += "  " + helpEntry(option, helpColumn - 2);
     }
-    return text.empty();
+    return text + "\nOptions of every command:\n" + helpEntries(commonOptions(unused), helpColumn)
+        + statusHelp;
+}
+
+bool isIPv4Text(const std::string& text)
+{
+    std::array<unsigned char, 4> octets{};
+    return inet_pton(AF_INET, text.c_str(), octets.data()) == 1;
 }
 
 } // namespace companion::cli

@@ -1,14 +1,18 @@
 #pragma once
 
-#include "cli/CommandTable.h"
-
 #include <chrono>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 #include <vector>
 
 namespace companion::cli {
+
+enum class CommandName { discover, ping, touchback, trigger, upload, touches, doctor };
+
+/// As on the command line: "discover".
+std::string nameText(CommandName command);
 
 /// What the command line of `panelctl` asks for. Times are absent where the command has one of its own.
 struct Options {
@@ -40,11 +44,13 @@ struct BadUsage {
 
 using ParsedOptions = std::variant<Options, HelpWanted, VersionWanted, BadUsage>;
 
-/// Reads the arguments behind the program's name. Options may stand anywhere; "--name value" and "--name=value" mean
-/// the same; what follows "--" are operands.
+/// Reads the arguments behind the program's name.
 ParsedOptions parseOptions(const std::vector<std::string>& arguments);
 
+/// The text of `--help`, of one command or of all, with its line ends.
+std::string helpText(std::optional<CommandName> command = std::nullopt);
+
 /// Four decimal numbers up to 255 with dots in between, without leading zeros.
-bool isIPv4Text(std::string_view text);
+bool isIPv4Text(const std::string& text);
 
 } // namespace companion::cli

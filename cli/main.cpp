@@ -2,6 +2,7 @@
 #include "cli/ExitStatus.h"
 #include "cli/Options.h"
 #include "cli/StdioOutput.h"
+#include "platform/posix/StandardDescriptors.h"
 
 #include <cstdio>
 #include <QCoreApplication>
@@ -22,7 +23,7 @@ int print(const std::string& text)
 std::optional<int> answerAtOnce(const ParsedOptions& parsed)
 {
     if (const auto* help = std::get_if<HelpWanted>(&parsed))
-        return print(help->command ? helpText(*help->command) : helpText());
+        return print(helpText(help->command));
     if (std::holds_alternative<VersionWanted>(parsed))
         return print("panelctl " PANEL_COMPANION_VERSION "\n");
     if (const auto* badUsage = std::get_if<BadUsage>(&parsed)) {
@@ -36,6 +37,7 @@ std::optional<int> answerAtOnce(const ParsedOptions& parsed)
 
 int main(int argc, char** argv)
 {
+    companion::openStandardDescriptors();
     const ParsedOptions parsed = parseOptions({argv + 1, argv + argc});
     if (const auto status = answerAtOnce(parsed))
         return *status;

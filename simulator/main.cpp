@@ -1,3 +1,4 @@
+#include "platform/posix/StandardDescriptors.h"
 #include "simulator/NetworkAddress.h"
 #include "simulator/Options.h"
 #include "simulator/Panel.h"
@@ -42,6 +43,7 @@ int run(QCoreApplication& application, Options options, std::optional<Gesture> r
 
 int main(int argc, char* argv[])
 try {
+    companion::openStandardDescriptors();
     QCoreApplication application(argc, argv);
     const auto parsed = parseOptions({argv + 1, argv + argc});
     if (const auto* problem = std::get_if<std::string>(&parsed))

@@ -68,6 +68,17 @@ Names commandsOfHelp()
     return matches(help.substr(begin, help.find("Options of every") - begin), "\n  ([a-z]+)");
 }
 
+/// "discover" and what the help says it does, in one line, which the shells show beside it.
+std::set<std::string> commandsWithTheirHelp(const std::string& between)
+{
+    std::set<std::string> lines;
+    for (const std::string& command : commandsOfHelp()) {
+        const std::string help = outputOf({PANELCTL, command, "--help"});
+        lines.insert(command + between + *matches(help, "\npanelctl [a-z]+: ([^\n]+)").begin());
+    }
+    return lines;
+}
+
 Names wordsOf(const std::string& text)
 {
     return matches(text, "([^\\s]+)");
@@ -160,6 +171,18 @@ TEST(DocumentationTest, BashOffersTheNetworkInterfaces)
         GTEST_SKIP() << "there is no /sys/class/net, where they are listed";
     EXPECT_THAT(offeredByBash({"panelctl", "ping", "--interface", "l"}), ::testing::Contains("lo"));
     EXPECT_THAT(offeredByBash({"panelctl", "ping", "--interface", "=", "l"}), ::testing::Contains("lo"));
+}
+
+TEST(DocumentationTest, ZshAndFishDescribeCommandsAsTheHelpDoes)
+{
+    EXPECT_EQ(matches(contentOf("packaging/completion/_panelctl"), "\n +'([a-z]+:[^']+)'"),
+        commandsWithTheirHelp(":"));
+    const std::string fish = contentOf("packaging/completion/panelctl.fish");
+    for (std::string line : commandsWithTheirHelp(" -d '")) {
+        char& first = line[line.find('\'') + 1];
+        first = static_cast<char>(first - 'a' + 'A');
+        EXPECT_THAT(fish, HasSubstr("-a " + line + "'"));
+    }
 }
 
 TEST(DocumentationTest, ZshAndFishKnowTheSameCommandsAndOptions)
