@@ -7,6 +7,7 @@
 #include "platform/avahi/AvahiServiceBrowser.h"
 #include "platform/curl/CurlHttpSession.h"
 #include "platform/FatalError.h"
+#include "platform/FlushingPause.h"
 #include "platform/posix/FatalErrorLog.h"
 #include "platform/posix/PosixAsyncUdpSocketFactory.h"
 #include "platform/posix/PosixFileReader.h"
@@ -22,7 +23,6 @@
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtScreen.h"
 #include "platform/qt/WidgetTracking.h"
-#include "platform/x11/FlushingPause.h"
 #include "platform/x11/XTestMouseEventPoster.h"
 #include "ui/MainWindow.h"
 #include "ui/QtDashboardView.h"
@@ -157,7 +157,7 @@ Composition::Works::~Works()
 void Composition::Works::letGo()
 {
     if (m_xtestPoster)
-        m_xtestPoster->letGo();
+        m_xtestPoster->touchesEnd();
 }
 
 void Composition::Works::tellUnknownScreen()

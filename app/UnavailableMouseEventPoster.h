@@ -8,8 +8,7 @@
 namespace companion {
 
 /// Stands in where no X server takes synthesised events: touches are dropped, and the log says why at the first one.
-/// (That of a Wayland desktop takes them, for X11 programs alone.) Everything else of the program works. Main thread
-/// only.
+/// Everything else of the program works. Main thread only.
 class UnavailableMouseEventPoster : public MouseEventPoster {
 public:
     /// The log must outlive this object.
@@ -24,20 +23,25 @@ public:
         return MouseEvent{type, at, 0};
     }
     std::optional<KeyEvent> makeKeyEvent(std::uint16_t, bool) override { return std::nullopt; }
-    void post(const MouseEvent&) override { tellOnce(); }
-    void post(const KeyEvent&) override { tellOnce(); }
+    void post(const MouseEvent&) override { logOnce(); }
+    void post(const KeyEvent&) override { logOnce(); }
+    void flush() override { }
+    void sync() override { }
+    void touchesBegin() override { }
+    void touchesEnd() override { }
+    void releaseHeldButton() override { }
 
 private:
-    void tellOnce()
+    void logOnce()
     {
-        if (!m_isTold)
-            m_log.log("Touches cannot work this computer: " + m_reason);
-        m_isTold = true;
+        if (!m_isLogged)
+            m_log.log("Cannot inject input: " + m_reason);
+        m_isLogged = true;
     }
 
     SystemLog& m_log;
     std::string m_reason;
-    bool m_isTold = false;
+    bool m_isLogged = false;
 };
 
 } // namespace companion

@@ -42,6 +42,11 @@ public:
     std::optional<KeyEvent> makeKeyEvent(std::uint16_t, bool) override { return std::nullopt; }
     void post(const MouseEvent&) override { ++posted; }
     void post(const KeyEvent&) override { ++posted; }
+    void flush() override { }
+    void sync() override { }
+    void touchesBegin() override { }
+    void touchesEnd() override { }
+    void releaseHeldButton() override { }
 
     std::size_t posted = 0;
 };

@@ -24,7 +24,8 @@ struct KeyEvent {
     std::uint64_t flags = 0;
 };
 
-/// Makes and posts synthesised input events for the left mouse button and the keyboard. Main thread only.
+/// Makes and posts synthesised input events for the left mouse button and the keyboard. Main thread only, but for
+/// `releaseHeldButton`.
 ///
 /// Making and posting are two operations, since making can fail for an event that is then not posted.
 class MouseEventPoster {
@@ -41,6 +42,22 @@ public:
     /// Hands the event to the window server; events arrive in call order.
     virtual void post(const MouseEvent& event) = 0;
     virtual void post(const KeyEvent& event) = 0;
+
+    /// Sends what may still wait in a buffer; waits for nothing.
+    virtual void flush() = 0;
+
+    /// Flushes and waits until the window server has processed, and stamped with its time, what was posted.
+    virtual void sync() = 0;
+
+    /// Touches are expected from now on: releases a button that an earlier run of the program left held.
+    virtual void touchesBegin() = 0;
+
+    /// No touch is expected for now: releases what this object holds down. A later press is posted as ever.
+    virtual void touchesEnd() = 0;
+
+    /// Releases what this object holds down when the process is about to end in an error: afterwards nothing is pressed
+    /// any more. Any thread, also while the main thread is stuck or posting. Takes a second at most.
+    virtual void releaseHeldButton() = 0;
 };
 
 } // namespace companion

@@ -53,6 +53,11 @@ public:
         last = event;
     }
     void post(const KeyEvent&) override { }
+    void flush() override { }
+    void sync() override { }
+    void touchesBegin() override { }
+    void touchesEnd() override { }
+    void releaseHeldButton() override { }
     void print(std::string_view) override { }
 
     int posted = 0;

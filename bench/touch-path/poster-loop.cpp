@@ -1,6 +1,6 @@
 // The touch path without its receive thread and event loop: receive the datagram, simulate the mouse, post, flush.
 // Prints its UDP port and goes on until it is ended.
-#include "platform/x11/FlushingPause.h"
+#include "platform/FlushingPause.h"
 #include "touchback/MouseSimulate.h"
 #include "touchback/TouchMessage.h"
 

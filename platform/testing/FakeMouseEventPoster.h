@@ -8,7 +8,7 @@
 namespace companion::testing {
 
 /// Keeps the posted events and writes them as words: "down", "up", "drag", with the click state behind it where one
-/// was set ("down2"), and "key56down+control", "key56up".
+/// was set ("down2"), and "key56down+control", "key56up", "touches begin", "touches end".
 class FakeMouseEventPoster : public MouseEventPoster {
 public:
     explicit FakeMouseEventPoster(Transcript& transcript)
@@ -42,6 +42,12 @@ public:
         m_transcript.add("key" + std::to_string(event.keyCode) + (event.isDown ? "down" : "up")
             + (event.flags == controlModifierFlag ? "+control" : ""));
     }
+
+    void flush() override { }
+    void sync() override { }
+    void touchesBegin() override { m_transcript.add("touches begin"); }
+    void touchesEnd() override { m_transcript.add("touches end"); }
+    void releaseHeldButton() override { }
 
     bool canMakeMouseEvents = true;
     bool canMakeKeyEvents = true;

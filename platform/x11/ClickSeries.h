@@ -3,6 +3,7 @@
 #include "platform/x11/RootPixel.h"
 
 #include <chrono>
+#include <cstdint>
 
 namespace companion {
 
@@ -13,7 +14,7 @@ struct ClickRules {
 };
 
 /// What X programs have counted: X events carry no click count, so each program counts presses by itself, by the
-/// time and the distance between one press and the next. Pure arithmetic.
+/// time and the distance between one press and the next, and by the window. Pure arithmetic.
 class ClickSeries {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
@@ -26,20 +27,28 @@ public:
     /// Holds from now on, also between the last press and the next.
     void setRules(ClickRules rules) { m_rules = rules; }
 
-    /// A press that programs have been given. `scale` is root pixels for each point.
-    void addPress(TimePoint time, RootPixel at, double scale);
+    struct Press {
+        TimePoint time;
+        RootPixel at;
+        std::uint32_t window = 0; ///< The top-level window that got it, or would get it.
+    };
+
+    /// A press that a program has received. `scale` is root pixels for each point.
+    void addPress(const Press& press, double scale);
+
+    /// The next press begins a series of its own.
+    void reset() { m_count = 0; }
 
     /// Which press of its series the last one was: 1 for a single click, 2 for a double one; 0 before any.
     int count() const { return m_count; }
 
-    /// Whether a press at this time and place would be counted as one more of the same series.
-    bool isContinuedBy(TimePoint time, RootPixel at, double scale) const;
+    /// Whether a program would count the press as one more of the same series.
+    bool isContinuedBy(const Press& press, double scale) const;
 
 private:
     ClickRules m_rules;
     int m_count = 0;
-    TimePoint m_lastTime;
-    RootPixel m_lastAt;
+    Press m_last;
 };
 
 } // namespace companion

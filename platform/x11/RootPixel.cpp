@@ -9,7 +9,7 @@ namespace companion {
 
 namespace {
 
-// Held while it is still floating point: a conversion out of range would be undefined. Written so that NaN, which
+// Saturated while it is still floating point: a conversion out of range would be undefined. Written so that NaN, which
 // is neither above nor below, becomes the lowest value too.
 int toWireCoordinate(double pixels)
 {
@@ -20,12 +20,22 @@ int toWireCoordinate(double pixels)
     return static_cast<int>(std::lround(std::min(pixels, highest)));
 }
 
+int toRootCoordinate(double point, double origin, double size, double scale)
+{
+    const int pixel = toWireCoordinate(origin + point * scale);
+    const bool isOnScreen = point >= 0 && point <= size;
+    if (!isOnScreen)
+        return pixel;
+    // A fractional scale makes the size in points a rounded one; the last pixel is the last whole one.
+    return std::min(pixel, toWireCoordinate(origin + std::max(std::floor(size * scale), 1.0) - 1));
+}
+
 } // namespace
 
 RootPixel toRootPixel(Point point, const ScreenMapping& mapping)
 {
-    return {toWireCoordinate(mapping.originX + point.x * mapping.scale),
-        toWireCoordinate(mapping.originY + point.y * mapping.scale)};
+    return {toRootCoordinate(point.x, mapping.originX, mapping.size.width, mapping.scale),
+        toRootCoordinate(point.y, mapping.originY, mapping.size.height, mapping.scale)};
 }
 
 RootPixel clampedTo(RootPixel pixel, int width, int height)

@@ -13,8 +13,9 @@ struct RootPixel {
     bool operator==(const RootPixel&) const = default;
 };
 
-/// The pixel nearest to a point of the main screen's space (halves away from zero), held to the 16 bits of the
-/// protocol, which would wrap.
+/// The pixel nearest to a point of the main screen's space (halves away from zero). Points from 0 to the screen's size,
+/// both included, stay on the screen, so that its right and bottom edges are not the first pixels of the next monitor;
+/// others keep their distance. Coordinates saturate at the 16 bits of the protocol, which would wrap.
 RootPixel toRootPixel(Point point, const ScreenMapping& mapping);
 
 /// The pixel of a root window of that many pixels, at least one, which is nearest to `pixel`.

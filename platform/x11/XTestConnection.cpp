@@ -1,11 +1,13 @@
 #include "platform/x11/XTestConnection.h"
 
 #include <xcb/xcb.h>
+#include <xcb/xinput.h>
 #include <xcb/xtest.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <span>
+#include <string_view>
 #include <utility>
 
 namespace companion {
@@ -49,7 +51,7 @@ std::unique_ptr<XTestConnection> XTestConnection::open(const std::string& displa
     std::unique_ptr<XTestConnection> connection(
         new XTestConnection(xcb_connect(name.c_str(), &screen), name));
     if (xcb_connection_has_error(connection->m_connection) != 0) {
-        connection->m_isLossTold = true;
+        connection->m_isLossLogged = true;
         whyNot = "Cannot open the X display \"" + name + "\"";
         return nullptr;
     }
@@ -60,7 +62,9 @@ std::unique_ptr<XTestConnection> XTestConnection::open(const std::string& displa
         return nullptr;
     }
     connection->m_root = rootOfScreen(connection->m_connection, screen);
+    xcb_test_grab_control(connection->m_connection, /*impervious=*/1);
     connection->readPointerMapping();
+    connection->watchOtherDevices();
     return connection;
 }
 
@@ -114,23 +118,22 @@ void XTestConnection::sync()
     noticeLoss();
 }
 
-std::optional<XTestConnection::Pointer> XTestConnection::pointer()
+std::optional<XTestConnection::Surroundings> XTestConnection::lookAt(RootPixel target)
 {
-    const auto reply =
-        owned(xcb_query_pointer_reply(m_connection, xcb_query_pointer(m_connection, m_root), nullptr));
+    // All are sent before the first reply is read. The root window grows and shrinks with the monitors.
+    const auto pointerCookie = xcb_query_pointer(m_connection, m_root);
+    const auto geometryCookie = xcb_get_geometry(m_connection, m_root);
+    const auto windowCookie = xcb_translate_coordinates(m_connection, m_root, m_root,
+        static_cast<std::int16_t>(target.x), static_cast<std::int16_t>(target.y));
+    const auto pointer = owned(xcb_query_pointer_reply(m_connection, pointerCookie, nullptr));
+    const auto geometry = owned(xcb_get_geometry_reply(m_connection, geometryCookie, nullptr));
+    const auto window = owned(xcb_translate_coordinates_reply(m_connection, windowCookie, nullptr));
     handleEvents();
     noticeLoss();
-    if (!reply || !reply->same_screen)
+    if (!pointer || !pointer->same_screen || !geometry)
         return std::nullopt;
-    return Pointer{{reply->root_x, reply->root_y}, (reply->mask & XCB_BUTTON_MASK_1) != 0};
-}
-
-RootPixel XTestConnection::reachablePixel(RootPixel pixel)
-{
-    // Asked for each time: the root window grows and shrinks with the monitors.
-    const auto root =
-        owned(xcb_get_geometry_reply(m_connection, xcb_get_geometry(m_connection, m_root), nullptr));
-    return root ? clampedTo(pixel, root->width, root->height) : pixel;
+    return Surroundings{{pointer->root_x, pointer->root_y}, (pointer->mask & XCB_BUTTON_MASK_1) != 0,
+        clampedTo(target, geometry->width, geometry->height), window ? window->child : 0};
 }
 
 unsigned XTestConnection::keycodeOf(std::uint32_t keysym)
@@ -169,33 +172,74 @@ void XTestConnection::readPointerMapping()
     m_leftButton = left == mapping.end() ? 1 : static_cast<unsigned>(left - mapping.begin()) + 1;
 }
 
-// Every client is told of a new keyboard layout and of buttons mapped anew, asked or not, and of its errors; they would
-// pile up.
+// Raw events come from every device whatever window the pointer is in. Without X Input 2.2 none do.
+void XTestConnection::watchOtherDevices()
+{
+    const xcb_query_extension_reply_t* const input = xcb_get_extension_data(m_connection, &xcb_input_id);
+    if (!input || !input->present)
+        return;
+    const auto version = owned(xcb_input_xi_query_version_reply(
+        m_connection, xcb_input_xi_query_version(m_connection, 2, 2), nullptr));
+    if (!version || version->major_version < 2)
+        return;
+    const auto devices = owned(xcb_input_xi_query_device_reply(
+        m_connection, xcb_input_xi_query_device(m_connection, XCB_INPUT_DEVICE_ALL), nullptr));
+    if (!devices)
+        return;
+    for (auto device = xcb_input_xi_query_device_infos_iterator(devices.get()); device.rem > 0;
+         xcb_input_xi_device_info_next(&device)) {
+        const std::string_view name(xcb_input_xi_device_info_name(device.data), device.data->name_len);
+        if (name == "Virtual core XTEST pointer")
+            m_xtestPointer = device.data->deviceid;
+    }
+    const struct {
+        xcb_input_event_mask_t head{XCB_INPUT_DEVICE_ALL_MASTER, 1};
+        std::uint32_t events = XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS;
+    } mask;
+    xcb_input_xi_select_events(m_connection, m_root, 1, &mask.head);
+    m_inputExtension = input->major_opcode;
+}
+
+// They would pile up: every client is sent changes of the keyboard and button mappings, asked for or not.
 void XTestConnection::handleEvents()
 {
     while (const auto event = owned(xcb_poll_for_queued_event(m_connection))) {
         constexpr unsigned sentByAnotherClient = 0x80;
         const unsigned type = event->response_type & ~sentByAnotherClient;
-        if (type == 0) {
-            const auto* const error = reinterpret_cast<const xcb_generic_error_t*>(event.get());
-            tell("X error " + std::to_string(error->error_code) + " ignored (request "
-                + std::to_string(error->major_code) + "." + std::to_string(error->minor_code) + ")");
-        } else if (type == XCB_MAPPING_NOTIFY
+        if (type == 0)
+            handleError(event.get());
+        else if (type == XCB_GE_GENERIC)
+            handleGenericEvent(event.get());
+        else if (type == XCB_MAPPING_NOTIFY
             && reinterpret_cast<const xcb_mapping_notify_event_t*>(event.get())->request
-                == XCB_MAPPING_POINTER) {
+                == XCB_MAPPING_POINTER)
             readPointerMapping();
-        }
     }
+}
+
+void XTestConnection::handleError(const void* error)
+{
+    const auto& what = *static_cast<const xcb_generic_error_t*>(error);
+    log("X error " + std::to_string(what.error_code) + " ignored (request " + std::to_string(what.major_code)
+        + "." + std::to_string(what.minor_code) + ")");
+}
+
+void XTestConnection::handleGenericEvent(const void* event)
+{
+    const auto& raw = *static_cast<const xcb_input_raw_button_press_event_t*>(event);
+    if (raw.extension == m_inputExtension && raw.event_type == XCB_INPUT_RAW_BUTTON_PRESS
+        && raw.sourceid != m_xtestPointer)
+        ++m_foreignPresses;
 }
 
 void XTestConnection::noticeLoss()
 {
-    if (isLost() && !std::exchange(m_isLossTold, true))
-        tell("The connection to the X display \"" + m_displayName
+    if (isLost() && !std::exchange(m_isLossLogged, true))
+        log("The connection to the X display \"" + m_displayName
             + "\" is lost: touches move nothing any more");
 }
 
-void XTestConnection::tell(const std::string& line)
+void XTestConnection::log(const std::string& line)
 {
     if (m_log)
         m_log->log(line);

@@ -17,20 +17,24 @@ namespace companion {
 /// Once the server is gone, every call does nothing; no X error ends the process.
 class XTestConnection {
 public:
-    struct Pointer {
-        RootPixel at;
+    /// The pointer, and what a pixel stands for, at one moment.
+    struct Surroundings {
+        RootPixel pointer;
         bool isLeftButtonDown = false; ///< On any pointing device.
+        RootPixel target;              ///< The pixel asked for, moved onto the root window.
+        std::uint32_t window = 0;      ///< The top-level window below it; 0 for the bare root window.
     };
 
     /// An empty name stands for $DISPLAY. Nothing, and why in one line, when there is no such display, or it has
-    /// no XTEST.
+    /// no XTEST. The connection is exempt from server grabs: a window manager that grabs the server until the
+    /// button is up would otherwise wait for a release that waits for the grab's end.
     static std::unique_ptr<XTestConnection> open(const std::string& displayName, std::string& whyNot);
 
     ~XTestConnection(); ///< Sends what is still waiting.
     XTestConnection(const XTestConnection&) = delete;
     XTestConnection& operator=(const XTestConnection&) = delete;
 
-    /// Where the server's errors and its loss are told from now on; before, nowhere. It must outlive the connection.
+    /// Receives the server's errors and its loss from now on. It must outlive the connection.
     void setLog(SystemLog& log) { m_log = &log; }
 
     const std::string& displayName() const { return m_displayName; }
@@ -44,15 +48,17 @@ public:
     void flush(); ///< Sends what waits.
     void sync();  ///< Sends what waits and waits until the server has done it.
 
-    /// Where the pointer is once everything before is done: a round trip. Nothing when it is on no screen of ours.
-    std::optional<Pointer> pointer();
-
-    /// Where a move to `pixel` ends, which may lie off the screen: a round trip.
-    RootPixel reachablePixel(RootPixel pixel);
+    /// Once everything before is done; `target` may lie off the screen. One round trip. Nothing when the pointer is
+    /// on another X screen, or the server is gone.
+    std::optional<Surroundings> lookAt(RootPixel target);
 
     /// The physical button that programs see as the left one, which left-handed people swap with the right one; 1 when
-    /// none is. As of the last `pointer()`.
+    /// none is. As of the last `lookAt`.
     unsigned leftButton() const { return m_leftButton; }
+
+    /// Button presses of other devices than XTEST's, such as a real mouse, up to the last `lookAt`. Stays 0 where the
+    /// server has no X Input 2.
+    unsigned foreignPresses() const { return m_foreignPresses; }
 
     /// 0 when no key of the keyboard has that symbol: a round trip.
     unsigned keycodeOf(std::uint32_t keysym);
@@ -61,16 +67,22 @@ private:
     XTestConnection(xcb_connection_t* connection, std::string displayName);
     void post(std::uint8_t type, unsigned detail, std::uint32_t root, RootPixel at);
     void readPointerMapping();
+    void watchOtherDevices();
     void handleEvents();
+    void handleError(const void* error);
+    void handleGenericEvent(const void* event);
     void noticeLoss();
-    void tell(const std::string& line);
+    void log(const std::string& line);
 
     xcb_connection_t* const m_connection;
     const std::string m_displayName;
     SystemLog* m_log = nullptr;
     std::uint32_t m_root = 0; ///< The window that all others of the screen lie in.
-    bool m_isLossTold = false;
+    bool m_isLossLogged = false;
     unsigned m_leftButton = 1;
+    std::uint8_t m_inputExtension = 0; ///< X Input's major opcode; 0 when the server has none.
+    std::uint16_t m_xtestPointer = 0;  ///< The device that XTEST's button events come from.
+    unsigned m_foreignPresses = 0;
 };
 
 } // namespace companion

@@ -14,6 +14,7 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr std::uint16_t leftShiftKeyCode = 56;
+constexpr auto reconnectInterval = 1s;
 constexpr auto longestWaitForPress = 100ms;
 constexpr auto longestWaitForRelease = 1s;
 
@@ -38,11 +39,18 @@ XTestMouseEventPoster::XTestMouseEventPoster(
     , m_now(std::move(now))
     , m_clicks(m_rules())
 {
+    touchesBegin();
 }
 
 XTestMouseEventPoster::~XTestMouseEventPoster()
 {
     releaseAll(*m_connection, m_held, m_pressedButton);
+}
+
+void XTestMouseEventPoster::setLog(SystemLog& log)
+{
+    m_log = &log;
+    m_connection->setLog(log);
 }
 
 std::optional<MouseEvent> XTestMouseEventPoster::makeMouseEvent(MouseEventType type, Point at)
@@ -61,6 +69,7 @@ std::optional<KeyEvent> XTestMouseEventPoster::makeKeyEvent(std::uint16_t keyCod
 
 void XTestMouseEventPoster::post(const MouseEvent& event)
 {
+    reconnectIfLost();
     const std::optional<ScreenMapping> mapping = m_mapping();
     if (!mapping) {
         // The screen went away since the event was made; a finger that is lifted must not leave the button held.
@@ -83,6 +92,28 @@ void XTestMouseEventPoster::post(const MouseEvent& event)
         press(at, mapping->scale);
 }
 
+void XTestMouseEventPoster::reconnectIfLost()
+{
+    if (!m_connection->isLost())
+        return;
+    const ClickSeries::TimePoint now = m_now();
+    if (m_lastReconnect && now - *m_lastReconnect < reconnectInterval)
+        return;
+    m_lastReconnect = now;
+    std::string whyNot;
+    std::unique_ptr<XTestConnection> connection = XTestConnection::open(m_displayName, whyNot);
+    if (!connection)
+        return;
+    m_connection = std::move(connection);
+    m_foreignPresses = 0;
+    m_lastMove.reset();
+    m_clicks.reset();
+    if (!m_log)
+        return;
+    m_connection->setLog(*m_log);
+    m_log->log("The connection to the X display \"" + m_displayName + "\" is back");
+}
+
 // A double click is asked for at the second release of a double tap, while the press of its second tap is held.
 // That press may have been the program's double click already, or it may become one by just one more press; then
 // the first press asked for is that one.
@@ -100,25 +131,30 @@ void XTestMouseEventPoster::postFirstClick(RootPixel at, double scale)
 int XTestMouseEventPoster::missingPresses(RootPixel at, double scale)
 {
     m_clicks.setRules(m_rules());
-    const bool isContinued = m_clicks.isContinuedBy(m_now(), at, scale);
+    const bool isContinued = m_clicks.isContinuedBy(pressAt(at, lookAt(at)), scale);
     const int counted = holds(leftButton) || isContinued ? m_clicks.count() : 0;
     if (counted >= 2)
         return 0;
     return counted == 1 && isContinued ? 1 : 2;
 }
 
+ClickSeries::Press XTestMouseEventPoster::pressAt(RootPixel at, const Surroundings& seen)
+{
+    return {m_now(), at, seen ? seen->window : 0};
+}
+
 void XTestMouseEventPoster::press(RootPixel at, double scale)
 {
-    const std::optional<XTestConnection::Pointer> before = moveUnlessThere(at);
     if (holds(leftButton))
-        return;
+        setLeftButtonDown(false);
+    const Surroundings seen = moveUnlessThere(at);
     // Held, but not by us: either by a real mouse, which this release does not concern, or by a program that died
     // with the button down, because of which the server would ignore our press.
-    if (before && before->isLeftButtonDown)
+    if (seen && seen->isLeftButtonDown)
         m_connection->setButtonDown(m_connection->leftButton(), false);
     setLeftButtonDown(true);
     m_clicks.setRules(m_rules());
-    m_clicks.addPress(m_now(), at, scale);
+    m_clicks.addPress(pressAt(at, seen), scale);
 }
 
 void XTestMouseEventPoster::release(RootPixel at)
@@ -128,22 +164,34 @@ void XTestMouseEventPoster::release(RootPixel at)
         setLeftButtonDown(false);
 }
 
+// The pointer follows other devices, too, so a motion to where the last one went may be needed.
 void XTestMouseEventPoster::drag(RootPixel to)
 {
-    if (m_lastMove != to)
+    if (m_lastMove == to)
+        moveUnlessThere(to);
+    else
         move(to);
+}
+
+// A press of another device ends the series that programs count: theirs begins anew with it.
+XTestMouseEventPoster::Surroundings XTestMouseEventPoster::lookAt(RootPixel target)
+{
+    const Surroundings seen = m_connection->lookAt(target);
+    if (std::exchange(m_foreignPresses, m_connection->foreignPresses()) != m_connection->foreignPresses())
+        m_clicks.reset();
+    return seen;
 }
 
 // A motion to where the pointer is already is an event like any other: between a press and its release programs
 // take it for a drag. The real mouse moves the pointer too, so the server is asked.
-std::optional<XTestConnection::Pointer> XTestMouseEventPoster::moveUnlessThere(RootPixel to)
+XTestMouseEventPoster::Surroundings XTestMouseEventPoster::moveUnlessThere(RootPixel to)
 {
-    const std::optional<XTestConnection::Pointer> pointer = m_connection->pointer();
+    const Surroundings seen = lookAt(to);
     m_lastMove = to;
-    const bool isThere = pointer && (pointer->at == to || pointer->at == m_connection->reachablePixel(to));
+    const bool isThere = seen && (seen->pointer == to || seen->pointer == seen->target);
     if (!isThere)
         move(to);
-    return pointer;
+    return seen;
 }
 
 void XTestMouseEventPoster::move(RootPixel to)
@@ -211,7 +259,16 @@ void XTestMouseEventPoster::setKeyDown(Held key, bool isDown)
     m_held &= ~static_cast<unsigned>(key);
 }
 
-void XTestMouseEventPoster::letGo()
+// The server ignores the release of a button that XTEST's device does not hold, whatever a real mouse holds.
+void XTestMouseEventPoster::touchesBegin()
+{
+    if (holds(leftButton))
+        return;
+    m_connection->setButtonDown(m_connection->leftButton(), false);
+    m_connection->flush();
+}
+
+void XTestMouseEventPoster::touchesEnd()
 {
     if (holds(leftButton))
         setLeftButtonDown(false);

@@ -13,15 +13,15 @@
 
 namespace companion {
 
-/// Posts input events to an X server by XTEST, on a connection of its own. Main thread only, but for
-/// `releaseHeldButton`.
+/// Posts input events to an X server by XTEST, on a connection of its own.
 ///
 /// Moves wait in a buffer for `flush`; presses and releases are sent at once. What the server still holds down is
-/// released on destruction.
+/// released on destruction. A lost connection is opened again at the next mouse event, at most once a second.
 ///
 /// X events carry no click state. A press that asks for none is always posted; those of a double click (states 1
-/// and 2) only as far as programs, which count the presses they get, have not had their double click yet. While
-/// the button is held, a further press is only a move: the server would ignore it.
+/// and 2) only as far as programs, which count the presses they get, have not had their double click yet. A press
+/// while the button is held (its release was never posted, or was lost) is preceded by a release where the pointer
+/// is: the server would ignore a second press, and the way to it would become a drag.
 ///
 /// X events carry no modifier flags either: a key pressed with the Control flag has the left Control key held
 /// down around it, until the key is released.
@@ -40,8 +40,8 @@ public:
 
     ~XTestMouseEventPoster() override;
 
-    /// Where it is told that the server is gone, or refuses something. It must outlive the poster.
-    void setLog(SystemLog& log) { m_connection->setLog(log); }
+    /// Receives the server's errors, its loss and its return. It must outlive the poster.
+    void setLog(SystemLog& log);
 
     /// Nothing when there is no main screen.
     std::optional<MouseEvent> makeMouseEvent(MouseEventType type, Point at) override;
@@ -52,30 +52,30 @@ public:
     void post(const MouseEvent& event) override;
     void post(const KeyEvent& event) override;
 
-    void flush() { m_connection->flush(); }
+    void flush() override { m_connection->flush(); }
+    void sync() override { m_connection->sync(); }
+    void touchesBegin() override;
+    void touchesEnd() override;
 
-    /// Flushes and waits until the server has processed, and stamped with its time, what was posted.
-    void sync() { m_connection->sync(); }
-
-    /// Releases what this object holds down, where the pointer is. What is pressed later is pressed as ever.
-    void letGo();
-
-    /// Releases what this object holds down, on a short-lived connection. Any thread, also while the main thread
-    /// is stuck or posting; for the way out of a process: nothing is pressed any more. A server that hangs is waited
-    /// for no longer than a second.
-    void releaseHeldButton();
+    /// Works on a short-lived connection of its own.
+    void releaseHeldButton() override;
 
 private:
     enum Held : unsigned { leftButton = 1, shiftKey = 2, controlKey = 4 };
 
     XTestMouseEventPoster(std::unique_ptr<XTestConnection> connection, Mapping mapping, Rules rules, Now now);
 
+    using Surroundings = std::optional<XTestConnection::Surroundings>;
+
+    void reconnectIfLost();
     void postFirstClick(RootPixel at, double scale);
     int missingPresses(RootPixel at, double scale);
+    ClickSeries::Press pressAt(RootPixel at, const Surroundings& seen);
     void press(RootPixel at, double scale);
     void release(RootPixel at);
     void drag(RootPixel to);
-    std::optional<XTestConnection::Pointer> moveUnlessThere(RootPixel to);
+    Surroundings lookAt(RootPixel target);
+    Surroundings moveUnlessThere(RootPixel to);
     void move(RootPixel to);
     void setLeftButtonDown(bool isDown);
     void setKeyDown(Held key, bool isDown);
@@ -91,7 +91,10 @@ private:
     Mapping m_mapping;
     Rules m_rules;
     Now m_now;
+    SystemLog* m_log = nullptr;
+    std::optional<ClickSeries::TimePoint> m_lastReconnect;
     ClickSeries m_clicks;
+    unsigned m_foreignPresses = 0; ///< As of the last look.
     std::optional<RootPixel> m_lastMove;
     bool m_leavesOutSecondClick = false;
     std::atomic<unsigned> m_held = 0; ///< Never less than what the server holds down for us.

@@ -7,9 +7,22 @@
 namespace companion::testing {
 
 XvfbServer::XvfbServer(const std::string& geometry)
-    : m_server(std::make_unique<ChildProcess>(std::vector<std::string>{
-        "Xvfb", "-displayfd", "1", "-screen", "0", geometry + "x24", "-nolisten", "tcp", "-noreset", "-ac"}))
+    : m_geometry(geometry)
 {
+    start({"Xvfb"});
+}
+
+void XvfbServer::startAgain()
+{
+    start({"Xvfb", m_display});
+}
+
+void XvfbServer::start(std::vector<std::string> arguments)
+{
+    const std::vector<std::string> options{
+        "-displayfd", "1", "-screen", "0", m_geometry + "x24", "-nolisten", "tcp", "-noreset", "-ac"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    m_server = std::make_unique<ChildProcess>(std::move(arguments));
     // The server prints its display number and a line end once it takes connections; warnings of its keyboard
     // compiler may come before.
     const std::regex numberLine("(^|\n)([0-9]+)\n");

@@ -23,7 +23,13 @@ public:
     /// Its clients lose their connections.
     void stop();
 
+    /// Another server takes the place of one that was stopped, on the same display. Throws when it does not start.
+    void startAgain();
+
 private:
+    void start(std::vector<std::string> arguments);
+
+    std::string m_geometry;
     std::unique_ptr<ChildProcess> m_server;
     std::string m_display;
 };

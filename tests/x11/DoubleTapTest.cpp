@@ -1,9 +1,10 @@
 // What a text field of another program makes of double taps on the panel, with the real click counting of Qt: it
 // counts by the X server's time, so the taps take the time that they take. Each case has a server of its own, and
 // they run side by side.
+#include "platform/FlushingPause.h"
 #include "platform/testing/FakeLog.h"
 #include "platform/testing/FakeScreen.h"
-#include "platform/x11/FlushingPause.h"
+#include "platform/x11/XTestMouseEventPoster.h"
 #include "tests/support/XRecorder.h"
 #include "tests/support/XvfbServer.h"
 #include "touchback/MouseSimulate.h"
@@ -229,7 +230,7 @@ TEST(DoubleTapTest, TapsBeforeAndAfterDoNotTurnTheDoubleClickIntoATripleOne)
         });
 }
 
-TEST(DoubleTapTest, ASecondTap60PixelsAwayWithin800MillisecondsStaysHeldUntilALaterRelease)
+TEST(DoubleTapTest, ASecondTap60PixelsAwayWithin800MillisecondsStaysHeldUntilTheNextTouch)
 {
     XvfbServer xvfb;
     XRecorder recorder(xvfb.display());
@@ -241,7 +242,48 @@ TEST(DoubleTapTest, ASecondTap60PixelsAwayWithin800MillisecondsStaysHeldUntilALa
     EXPECT_EQ(recorder.takeText(), "motion 100,30 press1 100,30 release1 100,30 motion 160,30 press1 160,30");
     finger.down({700, 300});
     finger.up({701, 300});
-    EXPECT_EQ(recorder.takeText(), "motion 700,300 motion 701,300 release1 701,300");
+    EXPECT_EQ(
+        recorder.takeText(), "release1 160,30 motion 700,300 press1 700,300 motion 701,300 release1 701,300");
+}
+
+// An on-screen keyboard: the pair rule posts no release for every second tap.
+TEST(DoubleTapTest, NineTapsOnNineKeys300MillisecondsApartArePressedAtTheirPlacesWithoutADragBetweenThem)
+{
+    XvfbServer xvfb;
+    XRecorder recorder(xvfb.display());
+    Finger finger(xvfb.display());
+    for (int i = 0; i < 9; ++i) {
+        const Point key{100.0 + 80 * i, 300};
+        finger.down(key);
+        std::this_thread::sleep_for(60ms);
+        finger.up(key);
+        std::this_thread::sleep_for(240ms);
+    }
+    std::string presses;
+    bool isHeld = false;
+    for (const XRecorder::Event& event : recorder.take()) {
+        EXPECT_FALSE(isHeld && event.what == "motion") << "dragged to " << event.x;
+        if (event.what == "press")
+            presses += std::to_string(event.x) + " ";
+        if (event.what != "motion")
+            isHeld = event.what == "press";
+    }
+    EXPECT_EQ(presses, "100 180 260 340 420 500 580 660 740 ");
+    EXPECT_FALSE(isHeld);
+}
+
+TEST(DoubleTapTest, AfterTwoSlowTapsNothingIsHeld)
+{
+    XvfbServer xvfb;
+    XRecorder recorder(xvfb.display());
+    Finger finger(xvfb.display());
+    for (const double x : {100.0, 300.0}) {
+        finger.down({x, 30});
+        finger.up({x, 30});
+        std::this_thread::sleep_for(850ms);
+    }
+    EXPECT_EQ(recorder.takeText(),
+        "motion 100,30 press1 100,30 release1 100,30 motion 300,30 press1 300,30 release1 300,30");
 }
 
 } // namespace companion::testing

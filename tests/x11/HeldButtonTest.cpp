@@ -74,7 +74,7 @@ TEST_F(HeldButtonTest, IsReleasedWhenNobodyCatchesAnExceptionOfAnotherThread)
     EXPECT_EQ(recorder.takeText(), pressedAndReleased);
 }
 
-TEST_F(HeldButtonTest, StaysHeldAfterSigkillUntilTheNextProgramPresses)
+TEST_F(HeldButtonTest, StaysHeldAfterSigkillUntilTheNextProgramStarts)
 {
     start("hang");
     program->sendSignal(SIGKILL);

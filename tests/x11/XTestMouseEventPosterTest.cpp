@@ -1,6 +1,7 @@
 #include "platform/x11/XTestMouseEventPoster.h"
+#include "platform/FlushingPause.h"
 #include "platform/testing/FakeLog.h"
-#include "platform/x11/FlushingPause.h"
+#include "tests/support/XClient.h"
 #include "tests/support/XRecorder.h"
 #include "tests/support/XvfbServer.h"
 
@@ -171,6 +172,18 @@ TEST_F(XTestMouseEventPosterTest, ADragWithinThePixelOfTheLastOneIsNotPosted)
     EXPECT_EQ(recorded(), "motion 51,60 motion 52,60");
 }
 
+TEST_F(XTestMouseEventPosterTest, ADragToTheSamePlaceIsPostedWhenAnotherHandMovedThePointerMeanwhile)
+{
+    auto otherHand = openPoster(server().display(), [this] { return mapping; });
+    post(leftDragged, {100, 200});
+    poster->sync();
+    otherHand->post(MouseEvent{leftDragged, {700, 300}});
+    otherHand->sync();
+    post(leftDragged, {100, 200});
+    post(leftDragged, {100, 200});
+    EXPECT_EQ(recorded(), "motion 100,200 motion 700,300 motion 100,200");
+}
+
 TEST_F(XTestMouseEventPosterTest, AReleaseGoesToItsPlaceWhenAnotherHandMovedThePointerMeanwhile)
 {
     auto otherHand = openPoster(server().display(), [this] { return mapping; });
@@ -233,12 +246,13 @@ TEST_F(XTestMouseEventPosterTest, AScreenThatGoesBetweenMakingAndPostingStillLet
     EXPECT_EQ(recorded(), "motion 10,20 press1 10,20 release1 10,20");
 }
 
-TEST_F(XTestMouseEventPosterTest, APressWhileTheButtonIsHeldIsAMoveAndTheNextReleaseEndsIt)
+TEST_F(XTestMouseEventPosterTest, APressWhileTheButtonIsHeldReleasesItFirstWhereThePointerIs)
 {
     post(leftDown, {100, 200});
-    post(leftDown, {160, 200});
-    tap({170, 200});
-    EXPECT_EQ(recorded(), "motion 100,200 press1 100,200 motion 160,200 motion 170,200 release1 170,200");
+    post(leftDragged, {110, 200});
+    tap({160, 200});
+    EXPECT_EQ(recorded(),
+        "motion 100,200 press1 100,200 motion 110,200 release1 110,200 motion 160,200 press1 160,200 release1 160,200");
 }
 
 TEST_F(XTestMouseEventPosterTest, AReleaseOfNothingOnlyMoves)
@@ -371,6 +385,52 @@ TEST_F(XTestMouseEventPosterTest, ADoubleClickAfterOneThatWasShortenedIsWholeAga
     EXPECT_EQ(recorded(), "press1 3,4 release1 3,4 press1 3,4 release1 3,4");
 }
 
+TEST_F(XTestMouseEventPosterTest, ASecondTapOnWhatLaysBelowAWindowThatTheFirstTapClosedGetsOneFurtherPress)
+{
+    XClient program(server().display());
+    const unsigned long window = program.openWindow(0, 0, 50, 50);
+    tap({3, 4});
+    poster->sync();
+    program.closeWindow(window);
+    now += 150ms;
+    post(leftDown, {3, 4});
+    doubleClick({3, 4});
+    EXPECT_EQ(recorded(), "press1 3,4 release1 3,4 press1 3,4 release1 3,4 press1 3,4 release1 3,4");
+}
+
+TEST_F(XTestMouseEventPosterTest, ASecondTapAfterAClickOfTheRealMouseGetsOneFurtherPress)
+{
+    XClient program(server().display());
+    tap({3, 4});
+    poster->sync();
+    if (!program.clickWithMouse())
+        GTEST_SKIP() << "this X server has no mouse of its own";
+    recorder.take();
+    now += 150ms;
+    post(leftDown, {3, 4});
+    doubleClick({3, 4});
+    EXPECT_EQ(recorded(), "press1 3,4 release1 3,4 press1 3,4 release1 3,4");
+}
+
+TEST_F(XTestMouseEventPosterTest, WhileAnotherProgramGrabsTheServerPressAndReleaseArrive)
+{
+    XClient windowManager(server().display());
+    post(leftDown, {100, 200});
+    poster->sync();
+    windowManager.grabServer();
+    EXPECT_TRUE(windowManager.isLeftButtonDown());
+    post(leftDragged, {120, 200});
+    post(leftUp, {130, 200});
+    EXPECT_FALSE(windowManager.isLeftButtonDown());
+    post(leftDown, {140, 200});
+    EXPECT_TRUE(windowManager.isLeftButtonDown());
+    post(leftUp, {140, 200});
+    windowManager.ungrabServer();
+    EXPECT_EQ(recorded(),
+        "motion 100,200 press1 100,200 motion 120,200 motion 130,200 release1 130,200 motion 140,200 "
+        "press1 140,200 release1 140,200");
+}
+
 TEST_F(XTestMouseEventPosterTest, APauseBeginsWhenTheServerHasSeenWhatWasPostedBefore)
 {
     PauseThatLooks look(recorder);
@@ -464,11 +524,38 @@ TEST(XTestMouseEventPosterLogTest, TheServersEndIsToldOnce)
             + "\" is lost: touches move nothing any more");
 }
 
-TEST_F(XTestMouseEventPosterTest, LettingGoReleasesWhatIsHeldAndLaterPressesGoOn)
+TEST(XTestMouseEventPosterLogTest, ALostServerIsConnectedToAgainOnceASecondAndThatIsLogged)
+{
+    XvfbServer xvfb;
+    Transcript transcript;
+    FakeSystemLog log(transcript);
+    ClickSeries::TimePoint now{71h};
+    const auto poster = openPoster(
+        xvfb.display(), [] { return ScreenMapping{}; }, [&] { return now; });
+    poster->setLog(log);
+    xvfb.stop();
+    poster->post(MouseEvent{leftDown, {100, 200}});
+    poster->post(MouseEvent{leftUp, {100, 200}}); // tries to connect, in vain
+    transcript.take();
+
+    xvfb.startAgain();
+    XRecorder recorder(xvfb.display());
+    now += 999ms;
+    poster->post(MouseEvent{leftDown, {100, 200}});
+    EXPECT_EQ(transcript.take(), "");
+    now += 1ms;
+    poster->post(MouseEvent{leftUp, {100, 200}});
+    poster->post(MouseEvent{leftDown, {300, 200}});
+    poster->sync();
+    EXPECT_EQ(transcript.take(), "log The connection to the X display \"" + xvfb.display() + "\" is back");
+    EXPECT_EQ(recorder.takeText(), "motion 100,200 motion 300,200 press1 300,200");
+}
+
+TEST_F(XTestMouseEventPosterTest, TheEndOfTouchesReleasesWhatIsHeldAndLaterPressesGoOn)
 {
     post(leftDown, {100, 200});
-    poster->letGo();
-    poster->letGo();
+    poster->touchesEnd();
+    poster->touchesEnd();
     EXPECT_EQ(recorded(), "motion 100,200 press1 100,200 release1 100,200");
     post(leftDragged, {110, 200});
     post(leftUp, {120, 200});
@@ -500,7 +587,7 @@ TEST_F(XTestMouseEventPosterTest, APressThatAnotherThreadsReleaseMeetsOnItsWayIs
         other.join();
         racer->sync();
         std::string whyNot;
-        const bool isHeld = XTestConnection::open(server().display(), whyNot)->pointer()->isLeftButtonDown;
+        const bool isHeld = XTestConnection::open(server().display(), whyNot)->lookAt({})->isLeftButtonDown;
         racer.reset();
         ASSERT_FALSE(isHeld) << "at try " << i;
     }
@@ -526,6 +613,30 @@ TEST_F(XTestMouseEventPosterTest, APressFindsTheButtonHeldByAProgramThatDiedAndH
     tap({300, 210});
     EXPECT_EQ(recorded(),
         "motion 100,200 press1 100,200 motion 300,210 release1 300,210 press1 300,210 release1 300,210");
+}
+
+TEST_F(XTestMouseEventPosterTest, OpeningReleasesWhatAProgramThatDiedLeftHeld)
+{
+    std::string whyNot;
+    const auto dead = XTestConnection::open(server().display(), whyNot);
+    dead->setButtonDown(1, true);
+    dead->sync();
+    const auto next = openPoster(server().display(), [this] { return mapping; });
+    EXPECT_EQ(recorded(), "press1 3,4 release1 3,4");
+}
+
+TEST_F(XTestMouseEventPosterTest, TheBeginOfTouchesReleasesWhatAProgramThatDiedLeftHeldButNotWhatThisOneHolds)
+{
+    std::string whyNot;
+    const auto dead = XTestConnection::open(server().display(), whyNot);
+    dead->setButtonDown(1, true);
+    dead->sync();
+    poster->touchesBegin();
+    post(leftDown, {100, 200});
+    poster->touchesBegin();
+    EXPECT_EQ(recorded(), "press1 3,4 release1 3,4 motion 100,200 press1 100,200");
+    post(leftUp, {100, 200});
+    recorded();
 }
 
 TEST_F(XTestMouseEventPosterTest, TwoPostersAreOneHandToPrograms)
@@ -598,7 +709,7 @@ protected:
         poster->sync();
     }
 
-    bool isLeftButtonDown() { return observer->pointer().value().isLeftButtonDown; }
+    bool isLeftButtonDown() { return observer->lookAt({}).value().isLeftButtonDown; }
 
     void expectLeftClick()
     {

@@ -1,17 +1,17 @@
 #pragma once
 
 #include "platform/Clock.h"
-#include "platform/x11/XTestMouseEventPoster.h"
+#include "platform/MouseEventPoster.h"
 
 namespace companion {
 
-/// A pause between posted events that begins when the server has processed those before it: what waits in the
+/// A pause between posted events that begins when the window server has processed those before it: what waits in the
 /// buffer would otherwise come after the pause, and two presses stamped with the same millisecond are no double
 /// click to Qt programs. Main thread only.
 class FlushingPause : public Pause {
 public:
     /// Both must outlive this object.
-    FlushingPause(Pause& pause, XTestMouseEventPoster& poster)
+    FlushingPause(Pause& pause, MouseEventPoster& poster)
         : m_pause(pause)
         , m_poster(poster)
     {
@@ -25,7 +25,7 @@ public:
 
 private:
     Pause& m_pause;
-    XTestMouseEventPoster& m_poster;
+    MouseEventPoster& m_poster;
 };
 
 } // namespace companion
