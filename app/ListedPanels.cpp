@@ -1,6 +1,8 @@
 #include "app/ListedPanels.h"
 
-#include <algorithm>
+#include "discovery/PanelName.h"
+
+#include <set>
 #include <utility>
 
 namespace companion {
@@ -47,6 +49,11 @@ public:
         , m_others(std::move(others))
         , m_mainQueue(mainQueue)
     {
+        for (const std::string& name : m_names) {
+            const auto panel = parsePanelName(name);
+            if (panel && namesSupportedModel(panel->model))
+                m_addresses.insert(panel->ip);
+        }
     }
 
     void setDelegate(ServiceBrowserDelegate* delegate) override
@@ -80,12 +87,15 @@ private:
             (*m_delegate)->netServiceBrowserDidRemoveService(std::move(service), moreComing);
     }
 
+    /// By address, as the list of panels knows them: the same panel may announce itself by another name.
     bool isListed(const Service& service) const
     {
-        return std::find(m_names.begin(), m_names.end(), service.name()) != m_names.end();
+        const auto panel = parsePanelName(service.name());
+        return panel && m_addresses.contains(panel->ip);
     }
 
     std::vector<std::string> m_names;
+    std::set<std::string> m_addresses; ///< Of the listed panels whose model is supported.
     std::unique_ptr<ServiceBrowser> m_others;
     MainQueue& m_mainQueue;
     std::shared_ptr<ServiceBrowserDelegate*> m_delegate = std::make_shared<ServiceBrowserDelegate*>(nullptr);

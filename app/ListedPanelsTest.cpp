@@ -1,4 +1,8 @@
 #include "app/ListedPanels.h"
+
+#include "discovery/DevicesListViewController.h"
+#include "discovery/testing/FakeDevicesListView.h"
+#include "platform/testing/FakeLog.h"
 #include "platform/testing/FakeMainQueue.h"
 #include "platform/testing/FakeServiceBrowser.h"
 
@@ -80,6 +84,35 @@ TEST_F(ListedPanelsTest, AListedPanelThatIsAnnouncedAndWithdrawnAsWellStays)
     EXPECT_EQ(m_transcript.take(), "") << "it was found before";
     m_announced.remove("Tandem|Hall|C0A80105");
     EXPECT_EQ(m_transcript.take(), "removed");
+}
+
+TEST_F(ListedPanelsTest, AListedPanelKeepsItsRowWhenItAnnouncesItselfByAnotherName)
+{
+    Transcript transcript;
+    FakeSystemLog log(transcript);
+    FakeDevicesListView view(transcript);
+    DevicesListViewController list(view, m_factory, log);
+    list.viewDidLoad();
+    m_queue.runPending();
+
+    m_announced.findAndResolve("Meridian|Foyer|0a00020f");
+    m_announced.remove("Meridian|Foyer|0a00020f");
+    m_announced.findAndResolve("Meridian|Foyer|0A00020F");
+    m_announced.remove("Meridian|Foyer|0A00020F");
+    m_announced.findAndResolve("Tandem|Hall|0A000210");
+    EXPECT_EQ(list.numberOfRows(), 2);
+    EXPECT_EQ(list.viewForRow(0), (DeviceRow{"Room 204", "0A00020F"}));
+    EXPECT_EQ(list.viewForRow(1), (DeviceRow{"Hall", "0A000210"}));
+}
+
+TEST_F(ListedPanelsTest, AListedPanelOfAnUnknownModelHidesNoAnnouncedOne)
+{
+    ListedPanels factory({"Projector|Room 204|0A00020F"}, m_announced, m_queue);
+    const auto browser = factory.makeServiceBrowser();
+    browser->setDelegate(&m_listener);
+    m_transcript.clear();
+    m_announced.find("Tandem|Hall|0A00020F");
+    EXPECT_EQ(m_transcript.take(), "found Tandem|Hall|0A00020F _airplay._tcp local.");
 }
 
 TEST_F(ListedPanelsTest, NothingIsReportedOnceTheBrowserIsGone)

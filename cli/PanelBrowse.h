@@ -1,7 +1,6 @@
 #pragma once
 
-#include "discovery/PanelName.h"
-#include "platform/ServiceBrowser.h"
+#include "discovery/PanelList.h"
 
 #include <functional>
 #include <memory>
@@ -9,7 +8,7 @@
 
 namespace companion::cli {
 
-/// Watches the network for panels, by the rules that the application lists them by. Main thread only.
+/// Browses the network for panels; the list is that of the application. Main thread only.
 class PanelBrowse : private ServiceBrowserDelegate, private ServiceDelegate {
 public:
     using OnPanel = std::function<void(const PanelName& panel)>;
@@ -23,10 +22,10 @@ public:
     void start(OnPanel onPanel = {});
 
     /// Those that are there now, in the order in which they came.
-    const std::vector<PanelName>& panels() const { return m_panels; }
+    const std::vector<PanelName>& panels() const { return m_list.panels(); }
 
     /// The services that are there now and are no panels of a known model.
-    std::size_t otherServices() const;
+    std::size_t otherServices() const { return m_list.otherServices(); }
 
 private:
     void netServiceBrowserDidFindService(std::shared_ptr<Service> service, bool moreComing) override;
@@ -36,8 +35,7 @@ private:
     ServiceBrowserFactory& m_browsers;
     OnPanel m_onPanel;
     std::unique_ptr<ServiceBrowser> m_browser;
-    std::vector<std::shared_ptr<Service>> m_services;
-    std::vector<PanelName> m_panels;
+    PanelList m_list;
 };
 
 } // namespace companion::cli

@@ -1,32 +1,13 @@
 #include "discovery/DevicesListViewController.h"
 
-#include "discovery/PanelName.h"
-
-#include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace companion {
 
 namespace {
 
-constexpr std::chrono::seconds resolveTimeout{20};
-
 constexpr auto pickedIcon = "connectedChain";
 constexpr auto unpickedIcon = "radioIcon";
-
-bool contains(const std::vector<std::string>& list, const std::string& text)
-{
-    return std::find(list.begin(), list.end(), text) != list.end();
-}
-
-/// The entry at `row`; nothing when the list is shorter or the row is none.
-std::optional<std::string> entryAt(const std::vector<std::string>& list, std::int64_t row)
-{
-    if (row < 0 || row >= static_cast<std::int64_t>(list.size()))
-        return std::nullopt;
-    return list[static_cast<std::size_t>(row)];
-}
 
 } // namespace
 
@@ -42,8 +23,6 @@ DevicesListViewController::~DevicesListViewController()
 {
     if (m_browser)
         m_browser->setDelegate(nullptr);
-    for (const auto& service : m_services)
-        service->setDelegate(nullptr);
 }
 
 void DevicesListViewController::setDelegate(std::weak_ptr<DevicesListViewControllerDelegate> delegate)
@@ -70,17 +49,18 @@ void DevicesListViewController::startDiscovery()
 {
     m_browser = m_browsers.makeServiceBrowser();
     m_browser->setDelegate(this);
-    m_browser->searchForServices(serviceType, serviceDomain);
+    m_browser->searchForServices(PanelList::serviceType, PanelList::serviceDomain);
 }
 
 std::int64_t DevicesListViewController::numberOfRows() const
 {
-    return static_cast<std::int64_t>(m_relayDeviceIPs.size());
+    return static_cast<std::int64_t>(m_list.panels().size());
 }
 
 DeviceRow DevicesListViewController::viewForRow(std::int64_t row) const
 {
-    return {entryAt(m_relayDeviceNames, row), entryAt(m_relayDeviceHex, row)};
+    const PanelName* panel = panelAt(row);
+    return {nameAt(row), panel ? std::optional(panel->hex) : std::nullopt};
 }
 
 void DevicesListViewController::deviceClicked()
@@ -94,20 +74,22 @@ void DevicesListViewController::deviceClicked()
     m_selectedColumn = m_view.clickedColumn();
 
     // Below the rows there is no panel: the old one stays paired, but no row shows it any more.
-    const std::optional<std::string> ip = entryAt(m_relayDeviceIPs, m_selectedRow);
-    if (!ip)
+    const PanelName* panel = panelAt(m_selectedRow);
+    if (!panel)
         return;
-    m_selectedRelayDeviceIP = ip;
-    m_log.log("Selected device IP : " + *ip);
+    m_selectedRelayDeviceIP = panel->ip;
+    m_log.log("Selected device IP : " + panel->ip);
     m_view.setIconOfCell(m_selectedColumn, m_selectedRow, pickedIcon);
 
     // A row lacks its name after the removal of another panel of the same name.
-    const std::optional<std::string> hex = entryAt(m_relayDeviceHex, m_selectedRow);
-    const std::optional<std::string> name = entryAt(m_relayDeviceNames, m_selectedRow);
-    if (!hex || !name)
+    const std::optional<std::string> name = nameAt(m_selectedRow);
+    if (!name)
         return;
+    // Copies: the delegate may let the list change.
+    const std::string ip = panel->ip;
+    const std::string hex = panel->hex;
     if (const auto delegate = m_delegate.lock())
-        delegate->didPickCastingDeviceWithIP(*ip, *hex, *name);
+        delegate->didPickCastingDeviceWithIP(ip, hex, *name);
     m_view.setDisconnectButtonHeight(shownDisconnectButtonHeight);
 }
 
@@ -125,53 +107,55 @@ void DevicesListViewController::disconnectDevice()
 void DevicesListViewController::netServiceBrowserDidFindService(
     std::shared_ptr<Service> service, bool /*moreComing*/)
 {
-    m_services.push_back(service);
-    service->setDelegate(this);
-    service->resolveWithTimeout(resolveTimeout);
+    m_list.addService(service, *this);
 }
 
 void DevicesListViewController::netServiceDidResolveAddress(Service& service)
 {
-    const std::string serviceName = service.name();
-    m_log.log("Resolved address for service " + serviceName);
-    const std::optional<PanelName> panel = parsePanelName(serviceName);
-    if (!panel || !namesSupportedModel(panel->model))
+    m_log.log("Resolved address for service " + service.name());
+    const auto resolved = m_list.acceptService(service);
+    if (!resolved)
         return;
-
-    if (!contains(m_relayDeviceIPs, panel->ip) && !contains(m_relayDeviceHex, panel->hex)) {
-        m_relayDeviceNames.push_back(panel->name);
-        m_relayDeviceHex.push_back(panel->hex);
-        m_relayDeviceIPs.push_back(panel->ip);
+    if (resolved->isNew)
         m_view.reloadData();
-    }
-    m_log.log("Resolved address for service " + panel->name + " : " + panel->hex);
+    m_log.log("Resolved address for service " + resolved->panel.name + " : " + resolved->panel.hex);
 }
 
 void DevicesListViewController::netServiceBrowserDidRemoveService(
     std::shared_ptr<Service> service, bool /*moreComing*/)
 {
-    forgetService(*service);
-    // Letter case counts when a panel is added and does not when it is removed.
-    const std::optional<PanelName> panel = parsePanelName(service->name());
-    if (!panel || !namesSupportedModelInAnyCase(panel->model))
-        return;
-    if (!contains(m_relayDeviceIPs, panel->ip) || !contains(m_relayDeviceHex, panel->hex))
-        return;
-
-    std::erase(m_relayDeviceNames, panel->name);
-    std::erase(m_relayDeviceIPs, panel->ip);
-    std::erase(m_relayDeviceHex, panel->hex);
-    m_view.reloadData();
+    if (m_list.removeService(*service))
+        m_view.reloadData();
 }
 
-void DevicesListViewController::forgetService(const Service& service)
+std::vector<std::string> DevicesListViewController::relayDeviceIPs() const
 {
-    std::erase_if(m_services, [&service](const std::shared_ptr<Service>& held) {
-        if (!isSameService(*held, service))
-            return false;
-        held->setDelegate(nullptr);
-        return true;
-    });
+    std::vector<std::string> ips;
+    for (const PanelName& panel : m_list.panels())
+        ips.push_back(panel.ip);
+    return ips;
+}
+
+std::vector<std::string> DevicesListViewController::relayDeviceHex() const
+{
+    std::vector<std::string> hex;
+    for (const PanelName& panel : m_list.panels())
+        hex.push_back(panel.hex);
+    return hex;
+}
+
+const PanelName* DevicesListViewController::panelAt(std::int64_t row) const
+{
+    const auto& panels = m_list.panels();
+    const bool isRow = row >= 0 && row < static_cast<std::int64_t>(panels.size());
+    return isRow ? &panels[static_cast<std::size_t>(row)] : nullptr;
+}
+
+std::optional<std::string> DevicesListViewController::nameAt(std::int64_t row) const
+{
+    const auto& names = m_list.names();
+    const bool isRow = row >= 0 && row < static_cast<std::int64_t>(names.size());
+    return isRow ? std::optional(names[static_cast<std::size_t>(row)]) : std::nullopt;
 }
 
 bool DevicesListViewController::addressesComplete(

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "discovery/DevicesListView.h"
+#include "discovery/PanelList.h"
 #include "platform/Log.h"
 #include "platform/ServiceBrowser.h"
 
@@ -40,8 +41,6 @@ struct DeviceRow {
 /// shown. Nothing that is announced on the network can do more than be ignored.
 class DevicesListViewController : public ServiceBrowserDelegate, public ServiceDelegate {
 public:
-    static constexpr auto serviceType = "_airplay._tcp";
-    static constexpr auto serviceDomain = "local.";
     static constexpr double rowHeight = 60; ///< Points.
     static constexpr double shownDisconnectButtonHeight = 48;
 
@@ -86,10 +85,10 @@ public:
     /// One line to the log.
     void handleError(int errorNumber, const Service& service);
 
-    const std::vector<std::shared_ptr<Service>>& services() const { return m_services; }
-    const std::vector<std::string>& relayDeviceNames() const { return m_relayDeviceNames; }
-    const std::vector<std::string>& relayDeviceIPs() const { return m_relayDeviceIPs; }
-    const std::vector<std::string>& relayDeviceHex() const { return m_relayDeviceHex; }
+    std::vector<std::shared_ptr<Service>> services() const { return m_list.services(); }
+    const std::vector<std::string>& relayDeviceNames() const { return m_list.names(); }
+    std::vector<std::string> relayDeviceIPs() const;
+    std::vector<std::string> relayDeviceHex() const;
 
     /// -1 when no row is picked.
     std::int64_t selectedRow() const { return m_selectedRow; }
@@ -99,7 +98,8 @@ public:
 private:
     void setupUI();
     void startDiscovery();
-    void forgetService(const Service& service);
+    const PanelName* panelAt(std::int64_t row) const;
+    std::optional<std::string> nameAt(std::int64_t row) const;
 
     DevicesListView& m_view;
     ServiceBrowserFactory& m_browsers;
@@ -108,13 +108,7 @@ private:
     std::string m_title;
 
     std::unique_ptr<ServiceBrowser> m_browser;
-    // found and not yet removed; holding them keeps them resolving
-    std::vector<std::shared_ptr<Service>> m_services;
-
-    // Parallel as long as no two listed panels share a display name, since removal is by value.
-    std::vector<std::string> m_relayDeviceNames;
-    std::vector<std::string> m_relayDeviceIPs;
-    std::vector<std::string> m_relayDeviceHex;
+    PanelList m_list;
 
     std::int64_t m_selectedRow = -1;
     std::int64_t m_selectedColumn = -1;

@@ -10,27 +10,6 @@ namespace {
 
 constexpr std::array<std::string_view, 3> modelKeywords{"Meridian", "Halcyon-X", "Tandem"};
 
-// The C library's own functions of this kind depend on the user's locale.
-bool isSpace(char c)
-{
-    return c == ' ' || (c >= '\t' && c <= '\r');
-}
-
-std::optional<std::uint32_t> hexDigit(char c)
-{
-    c = asciiLowerCase(c);
-    if (c >= '0' && c <= '9')
-        return static_cast<std::uint32_t>(c - '0');
-    if (c >= 'a' && c <= 'f')
-        return static_cast<std::uint32_t>(c - 'a' + 10);
-    return std::nullopt;
-}
-
-bool startsWithHexDigit(std::string_view text)
-{
-    return !text.empty() && hexDigit(text.front());
-}
-
 /// The text up to the next bar, which is taken off `rest` together with the bar; nothing at the end.
 std::optional<std::string_view> takeComponent(std::optional<std::string_view>& rest)
 {
@@ -67,13 +46,6 @@ std::size_t characterLength(std::string_view text)
     return isWhole ? length : 1;
 }
 
-bool containsInAnyCase(std::string_view text, std::string_view keyword)
-{
-    const auto found = std::search(text.begin(), text.end(), keyword.begin(), keyword.end(),
-        [](char a, char b) { return asciiLowerCase(a) == asciiLowerCase(b); });
-    return found != text.end();
-}
-
 } // namespace
 
 std::optional<PanelName> parsePanelName(std::string_view serviceName)
@@ -99,8 +71,10 @@ bool namesSupportedModel(std::string_view model)
 
 bool namesSupportedModelInAnyCase(std::string_view model)
 {
-    return std::any_of(modelKeywords.begin(), modelKeywords.end(),
-        [model](std::string_view keyword) { return containsInAnyCase(model, keyword); });
+    const std::string folded = asciiLowerCase(model);
+    return std::any_of(modelKeywords.begin(), modelKeywords.end(), [&folded](std::string_view keyword) {
+        return folded.find(asciiLowerCase(keyword)) != std::string::npos;
+    });
 }
 
 std::optional<std::array<std::string, 4>> hexArrayFromString(std::string_view address)
@@ -129,19 +103,9 @@ std::string formattedStringFromAddressComponents(const std::array<std::string, 4
 
 std::uint32_t hexValue(std::string_view text)
 {
-    while (!text.empty() && isSpace(text.front()))
-        text.remove_prefix(1);
-
-    const bool isNegative = text.starts_with('-');
-    if (isNegative || text.starts_with('+'))
-        text.remove_prefix(1);
-    if (text.starts_with("0x") || text.starts_with("0X"))
-        text.remove_prefix(2);
-
-    std::uint32_t value = 0;
-    for (; startsWithHexDigit(text); text.remove_prefix(1))
-        value = value * 16 + *hexDigit(text.front());
-    return isNegative ? 0 - value : value;
+    unsigned int value = 0;
+    std::sscanf(std::string(text).c_str(), "%x", &value);
+    return value;
 }
 
 } // namespace companion

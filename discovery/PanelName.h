@@ -38,8 +38,8 @@ std::optional<std::array<std::string, 4>> hexArrayFromString(std::string_view ad
 std::string formattedStringFromAddressComponents(const std::array<std::string, 4>& components);
 
 /// hexValue
-/// Reads as C's sscanf does with "%x": leading white space, a sign and "0x" are accepted, the first other character
-/// ends the number, and without a digit it is 0. Higher bits than 32 are cut off, and a minus counts modulo 2^32.
+/// By C's sscanf with "%x": leading white space, a sign and "0x" are accepted, the first other character ends the
+/// number, and without a digit it is 0.
 std::uint32_t hexValue(std::string_view text);
 
 } // namespace companion

@@ -1,0 +1,87 @@
+#include "discovery/PanelList.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+namespace companion {
+
+namespace {
+
+constexpr std::chrono::seconds resolveTimeout{20};
+
+std::optional<PanelName> supportedPanel(const Service& service)
+{
+    auto panel = parsePanelName(service.name());
+    return panel && namesSupportedModel(panel->model) ? std::move(panel) : std::nullopt;
+}
+
+} // namespace
+
+PanelList::~PanelList()
+{
+    for (const auto& [name, service] : m_services)
+        service->setDelegate(nullptr);
+}
+
+void PanelList::addService(const std::shared_ptr<Service>& service, ServiceDelegate& delegate)
+{
+    m_services.emplace(service->name(), service);
+    service->setDelegate(&delegate);
+    service->resolveWithTimeout(resolveTimeout);
+}
+
+std::optional<PanelList::Resolved> PanelList::acceptService(const Service& service)
+{
+    const std::optional<PanelName> panel = supportedPanel(service);
+    if (!panel)
+        return std::nullopt;
+    const bool isListed = std::any_of(m_panels.begin(), m_panels.end(),
+        [&](const PanelName& listed) { return listed.ip == panel->ip || listed.hex == panel->hex; });
+    if (!isListed) {
+        m_panels.push_back(*panel);
+        m_names.push_back(panel->name);
+    }
+    return Resolved{*panel, !isListed};
+}
+
+bool PanelList::removeService(const Service& service)
+{
+    const std::string name = service.name();
+    auto [held, end] = m_services.equal_range(name);
+    while (held != end) {
+        if (!isSameService(*held->second, service)) {
+            ++held;
+            continue;
+        }
+        held->second->setDelegate(nullptr);
+        held = m_services.erase(held);
+    }
+
+    // Letter case counts when a panel is added and does not when it is removed.
+    const std::optional<PanelName> panel = parsePanelName(name);
+    if (!panel || !namesSupportedModelInAnyCase(panel->model))
+        return false;
+    // The address as announced decides the numeric one, so both are listed, in the same row, or neither is.
+    const std::size_t dropped =
+        std::erase_if(m_panels, [&](const PanelName& listed) { return listed.hex == panel->hex; });
+    if (dropped > 0)
+        std::erase(m_names, panel->name);
+    return dropped > 0;
+}
+
+std::vector<std::shared_ptr<Service>> PanelList::services() const
+{
+    std::vector<std::shared_ptr<Service>> services;
+    for (const auto& [name, service] : m_services)
+        services.push_back(service);
+    return services;
+}
+
+std::size_t PanelList::otherServices() const
+{
+    return static_cast<std::size_t>(std::count_if(m_services.begin(), m_services.end(),
+        [](const auto& entry) { return !supportedPanel(*entry.second); }));
+}
+
+} // namespace companion
