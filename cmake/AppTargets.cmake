@@ -8,31 +8,81 @@ function(app_library name)
     target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS})
 endfunction()
 
-# The tests of one folder, a program called <name>_test; every test case is a ctest test of its own.
-# LABELS: "unit" needs nothing but the program; "adapter" starts real servers on loopback by itself.
-# RESOURCE_LOCK: what only one test may use at a time, for example "touch_port".
+# The tests of one folder, a program called <name>_test; see app_test_run for the other arguments.
 function(app_test name)
-    cmake_parse_arguments(ARG "" "TIMEOUT;RESOURCE_LOCK" "SOURCES;LINKS;LABELS" ${ARGN})
+    cmake_parse_arguments(ARG "" "TIMEOUT;SHARDS" "SOURCES;LINKS;LABELS" ${ARGN})
     if(NOT BUILD_TESTING)
         return()
-    endif()
-    if(NOT ARG_LABELS)
-        set(ARG_LABELS unit)
-    endif()
-    if(NOT ARG_TIMEOUT)
-        set(ARG_TIMEOUT 60)
     endif()
     add_executable(${name}_test ${ARG_SOURCES})
     set_target_properties(${name}_test PROPERTIES UNITY_BUILD OFF) # each test file has helpers of its own, under like names
     target_include_directories(${name}_test PRIVATE ${PROJECT_SOURCE_DIR})
     target_link_libraries(${name}_test PRIVATE ${ARG_LINKS} GTest::gmock GTest::gtest_main)
-    set(properties LABELS ${ARG_LABELS} TIMEOUT ${ARG_TIMEOUT})
-    if(ARG_RESOURCE_LOCK)
-        list(APPEND properties RESOURCE_LOCK ${ARG_RESOURCE_LOCK})
-    endif()
     if(NOT TARGET test_programs)
         add_custom_target(test_programs)
     endif()
     add_dependencies(test_programs ${name}_test)
-    gtest_discover_tests(${name}_test TEST_PREFIX "${name}/" DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
+    app_test_run(${name} PROGRAM ${name}_test TIMEOUT ${ARG_TIMEOUT} SHARDS ${ARG_SHARDS} LABELS ${ARG_LABELS})
+endfunction()
+
+# Has CTest run a test program as <name>/1, <name>/2, ... Each run executes its share of the cases and writes their
+# results to junit/<name>/<number>/ in the build folder. A single case: <program> --gtest_filter=Suite.Case
+#   LABELS       "unit" (default) needs nothing but the program; "adapter" starts real servers on loopback by itself;
+#                "realtime" besides: waits for real time, so that a busy machine may fail it: ./test retries it once
+#   SHARDS       number of processes that share the cases and may run side by side
+#   FILTER       the cases to run, as for --gtest_filter
+#   ENVIRONMENT  variables
+function(app_test_run name)
+    cmake_parse_arguments(ARG "" "PROGRAM;TIMEOUT;SHARDS;FILTER" "LABELS;ENVIRONMENT" ${ARGN})
+    if(NOT ARG_LABELS)
+        set(ARG_LABELS unit)
+    endif()
+    if(NOT ARG_TIMEOUT)
+        set(ARG_TIMEOUT 300)
+    endif()
+    if(NOT ARG_SHARDS)
+        set(ARG_SHARDS 1)
+    endif()
+    if(ARG_FILTER)
+        list(APPEND ARG_ENVIRONMENT GTEST_FILTER=${ARG_FILTER})
+    endif()
+    foreach(shard RANGE 1 ${ARG_SHARDS})
+        math(EXPR index "${shard} - 1")
+        add_test(NAME ${name}/${shard} COMMAND ${ARG_PROGRAM})
+        set(environment ${ARG_ENVIRONMENT} GTEST_TOTAL_SHARDS=${ARG_SHARDS} GTEST_SHARD_INDEX=${index}
+            GTEST_OUTPUT=xml:${PROJECT_BINARY_DIR}/junit/${name}/${shard}/)
+        set_tests_properties(${name}/${shard} PROPERTIES
+            LABELS "${ARG_LABELS}" TIMEOUT ${ARG_TIMEOUT} ENVIRONMENT "${environment}")
+    endforeach()
+endfunction()
+
+# Has CTest run a Python file's tests with pytest, each as <name>/<test> in a network and on a desktop of its own.
+#   TOGETHER     all of them in one process, as <name>, since they share fixtures that take long to set up
+#   LABELS       as above
+function(app_pytest name file)
+    cmake_parse_arguments(ARG "TOGETHER" "TIMEOUT" "LABELS" ${ARGN})
+    get_filename_component(file ${file} ABSOLUTE)
+    if(ARG_TOGETHER)
+        app_pytest_run(${name} ${file} "${ARG_TIMEOUT}" "${ARG_LABELS}")
+        return()
+    endif()
+    set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
+    file(STRINGS ${file} functions REGEX "^def test_")
+    foreach(function IN LISTS functions)
+        string(REGEX REPLACE "^def test_([A-Za-z0-9_]+).*" "\\1" test ${function})
+        app_pytest_run(${name}/${test} ${file}::test_${test} "${ARG_TIMEOUT}" "${ARG_LABELS}")
+    endforeach()
+endfunction()
+
+function(app_pytest_run name tests timeout labels)
+    if(NOT timeout)
+        set(timeout 120)
+    endif()
+    string(REGEX REPLACE "/.*" "" suite ${name})
+    # Only the distribution's own Python has the accessibility bindings.
+    add_test(NAME ${name} COMMAND ${PROJECT_SOURCE_DIR}/tools/lib/isolated.sh --or-skip /usr/bin/python3 -B -m pytest -s -q
+        -p no:cacheprovider --tb=short -o junit_suite_name=${suite} ${tests})
+    set_tests_properties(${name} PROPERTIES LABELS "suite;${labels}" TIMEOUT ${timeout} SKIP_RETURN_CODE 77
+        COST ${timeout} # long ones first
+        ENVIRONMENT "PANEL_COMPANION_PROGRAMS=${CMAKE_RUNTIME_OUTPUT_DIRECTORY};PANEL_COMPANION_JUNIT=${PROJECT_BINARY_DIR}/junit/${name}")
 endfunction()

@@ -1,23 +1,15 @@
 #!/bin/bash
-# The checks of the source text, for people and for continuous integration alike: form, shell scripts, and which
-# folder may include what. Tells its results in the Test Anything Protocol.
+# Checks of the source text: form, scripts, where tests stand, and which folder may include what.
 #
-#   tools/check.sh [--tidy]     --tidy: clang-tidy over the debug build, too (minutes)
+#   tools/check.sh [CHECK...]     all but "tidy" unless some are named; tools/check.sh --list names them
+#
+# Exit status: 1 if a check fails, 77 if all that ran were skipped.
 set -uo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.." || exit 2
-count=0
-
-passed() {
-    printf 'ok %d - %s\n' $((++count)) "$1"
-}
+failures=0 passes=0
 
 skipped() { # NAME REASON
-    printf 'ok %d - %s # SKIP %s\n' $((++count)) "$1" "$2"
-}
-
-failed() { # NAME, with what is wrong on standard input
-    printf 'not ok %d - %s\n' $((++count)) "$1"
-    sed 's/^/# /'
+    printf 'skipped - %s: %s\n' "$1" "$2"
 }
 
 # A check that prints nothing has found nothing.
@@ -25,7 +17,13 @@ check() { # NAME COMMAND...
     local name=$1 output
     shift
     output=$("$@" 2>&1)
-    if [[ -z $output ]]; then passed "$name"; else failed "$name" <<<"$output"; fi
+    if [[ -z $output ]]; then
+        ((++passes))
+        printf 'ok - %s\n' "$name"
+    else
+        ((++failures))
+        printf 'not ok - %s\n%s\n' "$name" "$output"
+    fi
 }
 
 sources() {
@@ -117,7 +115,7 @@ check_form() {
     check "$name" unformatted
 }
 
-check_shell_scripts() {
+check_shell() {
     if ! command -v shellcheck >/dev/null; then
         skipped "shellcheck has no complaint" "shellcheck is not installed (./test --with-optional installs it)"
         return
@@ -150,18 +148,45 @@ check_tidy() {
     check "clang-tidy has no complaint" tidy_complaints
 }
 
-check_form
-check_shell_scripts
-check "the Python scripts parse" python_errors
-check "no folder includes one that the layers keep from it" layers_broken
-check "no folder includes one that includes it back" cycles
-check "Qt's headers stay in adapters and widgets" \
-    foreign_headers 'Q[A-Z]|Qt' 'platform/(qt|avahi|x11)|ui|app|cli|simulator'
-check "X11's headers stay in their adapter" foreign_headers '(X11|xcb)/' 'platform/x11'
-check "libcurl's headers stay in their adapter" foreign_headers 'curl/' 'platform/curl'
-check "the command-line library's headers stay in one file" foreign_headers 'CLI/' 'platform'
-check "the HTTP server's headers stay in the simulated panel" foreign_headers 'microhttpd' 'simulator'
-check "Avahi's own headers are used nowhere: it is spoken to over D-Bus" foreign_headers 'avahi-' 'none'
-check "what decides links no toolkit" linked_by_logic
-[[ ${1-} != --tidy ]] || check_tidy
-printf '1..%d\n' "$count"
+# Unit tests that still have to move to tests/.
+misplaced='^(cli/ProcUdpPortHolder|platform/posix/(FatalErrorLog|LineWriter|PosixFileReader|SignalDescriptor|StdoutConsole|SyslogLog))Test\.cpp$'
+
+# A unit test, which stands beside its class, touches nothing outside its own process.
+worldly_unit_tests() {
+    sources | grep 'Test\.cpp$' | grep -vE '^tests/' | grep -vE "$misplaced" | xargs -r -d '\n' grep -HnE \
+        '\b(pipe2?|socket|socketpair|fork|kill|raise|signal|sigaction|mkfifo) ?\(|\bQ(Core|Gui)?Application\b|\bQ[A-Za-z]*Widget\b|<sys/socket\.h>|^#include "tests/'
+}
+
+check_headers() {
+    check "Qt's headers stay in adapters and widgets" \
+        foreign_headers 'Q[A-Z]|Qt' 'platform/(qt|avahi|x11)|ui|app|cli|simulator'
+    check "X11's headers stay in their adapter" foreign_headers '(X11|xcb)/' 'platform/x11'
+    check "libcurl's headers stay in their adapter" foreign_headers 'curl/' 'platform/curl'
+    check "the command-line library's headers stay in one file" foreign_headers 'CLI/' 'platform'
+    check "the HTTP server's headers stay in the simulated panel" foreign_headers 'microhttpd' 'simulator'
+    check "Avahi's own headers are used nowhere: it is spoken to over D-Bus" foreign_headers 'avahi-' 'none'
+    check "what decides links no toolkit" linked_by_logic
+}
+
+check_layers() {
+    check "no folder includes one that the layers keep from it" layers_broken
+    check "no folder includes one that includes it back" cycles
+}
+
+check_python() { check "the Python scripts parse" python_errors; }
+check_tests() { check "unit tests touch no pipe, signal, socket or window" worldly_unit_tests; }
+
+all=(form shell python tests layers headers)
+if [[ ${1-} == --list ]]; then
+    printf '%s\n' "${all[@]}" tidy
+    exit
+fi
+for name in "${@:-${all[@]}}"; do
+    if ! declare -F "check_$name" >/dev/null; then
+        printf 'check.sh: there is no check "%s"\n' "$name" >&2
+        exit 2
+    fi
+    "check_$name"
+done
+((failures == 0)) || exit 1
+((passes)) || exit 77

@@ -29,7 +29,6 @@ class Lab:
             self._lay_cable()
         self._start_mdns()
         self.desktop = Desktop(self.processes)
-        self._own = self.processes.started()
 
     def _lay_cable(self):
         self.computer_address, self.panel_address = COMPUTER_ADDRESS, PANEL_ADDRESS
@@ -76,13 +75,3 @@ class Lab:
         """Without mDNS the application is told of the panel."""
         told = [] if self.has_mdns or panel is None else ["--panel", panel.service_name]
         return Companion(self.processes, self.desktop, self.programs / "panel-companion", [*told, *options], environment)
-
-    def end_programs(self):
-        """Ends the panels, the application and what else a scenario has started; the lab itself stays."""
-        if self.has_two_hosts:
-            self.plug(True)
-        keep = list(self._own)
-        if self.has_mdns:
-            self.avahi.start()
-            keep.append(self.avahi.process)
-        self.processes.end(keep)

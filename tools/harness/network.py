@@ -5,8 +5,9 @@ import os
 import socket
 import struct
 
-# Why tools/lib/isolated.sh could give this script no network of its own, if it could not.
-WHY_NOT_ISOLATED = os.environ.get("PANEL_COMPANION_WHY_NOT_ISOLATED", "this script was not started in a network of its own")
+# Empty in a network of its own, which tools/lib/isolated.sh creates.
+WHY_NOT_ISOLATED = "" if os.environ.get("PANEL_COMPANION_ISOLATION", "none") != "none" else \
+    os.environ.get("PANEL_COMPANION_WHY_NOT_ISOLATED", "this script was not started by tools/lib/isolated.sh")
 
 _SIOCGIFFLAGS, _SIOCSIFFLAGS = 0x8913, 0x8914
 _IFF_UP = 1

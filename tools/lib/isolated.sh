@@ -1,21 +1,23 @@
 #!/bin/bash
-# tools/lib/isolated.sh [--tap] COMMAND...: runs a command in a network of its own, with private folders for run-time
-# files and X sockets, so that fixed ports, announcements and displays meet nothing of this computer and leave nothing
-# behind. As an ordinary user this takes a user namespace. Where neither is allowed the command runs as it is.
-# Tells by PANEL_COMPANION_ISOLATION: "root", "user" or "none", and why by PANEL_COMPANION_WHY_NOT_ISOLATED.
+# tools/lib/isolated.sh [--or-skip] COMMAND...: runs a command in a network namespace with a home, run-time folder and X
+# sockets of its own, so that fixed ports, announcements and displays neither meet this machine's nor outlive the command.
+# An ordinary user needs user namespaces for that. Where neither is allowed, the command runs without, one at a time.
+# Sets PANEL_COMPANION_ISOLATION to "root", "user" or "none", and PANEL_COMPANION_WHY_NOT_ISOLATED.
 #
-#   --tap   the command is a test of the Test Anything Protocol: without isolation it is skipped if another program has
-#           one of a panel's ports
+#   --or-skip   without isolation, exit with status 77 if another program has one of a panel's ports
 
 inside() {
     mkdir -p -m 1777 /tmp/.X11-unix
     mount -t tmpfs -o mode=1777 tmpfs /tmp/.X11-unix
     [[ $PANEL_COMPANION_ISOLATION != user ]] || become_only_user
     mount -t tmpfs -o mode=755 tmpfs /run
+    mkdir -m 700 /run/home /run/runtime
+    export HOME=/run/home XDG_RUNTIME_DIR=/run/runtime
+    unset XDG_CONFIG_HOME XDG_CACHE_HOME XDG_DATA_HOME
     exec "$@"
 }
 
-# Only one user exists in the namespace; programs that change their files' owner to a system user get that one.
+# Only one user exists in the namespace; daemons that switch to a system user get that one.
 become_only_user() {
     local file changed
     for file in passwd group; do
@@ -27,7 +29,7 @@ become_only_user() {
     done
 }
 
-# What would let this user have a network of his own.
+# What would allow this user a network namespace.
 remedy() {
     local setting=/proc/sys/kernel
     printf 'works as root'
@@ -38,7 +40,7 @@ remedy() {
     fi
 }
 
-# Which of the ports of panels and of the application other programs have, one a line: proc(5) has them in hexadecimal.
+# Ports of panels and of the application that are in use, one a line: proc(5) has them in hexadecimal.
 taken_ports() {
     awk '
         BEGIN { name["1388"] = "TCP 5000"; name["1581"] = "TCP 5505"; name["A387"] = "UDP 41863" }
@@ -47,9 +49,9 @@ taken_ports() {
         /proc/net/{tcp,udp}* 2>/dev/null | sort -u
 }
 
-is_tap=no
-if [[ ${1-} == --tap ]]; then
-    is_tap=yes
+or_skip=no
+if [[ ${1-} == --or-skip ]]; then
+    or_skip=yes
     shift
 fi
 if [[ ${1-} == --inside ]]; then
@@ -66,11 +68,13 @@ elif unshare --user --map-root-user --net --mount mount -t tmpfs tmpfs /run 2>/d
     PANEL_COMPANION_ISOLATION=user exec unshare --user --map-root-user --net --mount "$here/isolated.sh" --inside "$@"
 fi
 
-PANEL_COMPANION_WHY_NOT_ISOLATED="this user may have no network of his own ($(remedy))"
+PANEL_COMPANION_WHY_NOT_ISOLATED="this user may not create network namespaces ($(remedy))"
+exec 9>"/tmp/panel-companion-$EUID.lock"
+flock 9
 taken=$(taken_ports | paste -sd ',' | sed 's/,/, /g')
-if [[ $is_tap == yes && -n $taken ]]; then
-    printf '1..0 # SKIP another program has %s, and %s\n' "$taken" "$PANEL_COMPANION_WHY_NOT_ISOLATED"
-    exit 0
+if [[ $or_skip == yes && -n $taken ]]; then
+    printf 'skipped: another program uses %s, and %s\n' "$taken" "$PANEL_COMPANION_WHY_NOT_ISOLATED"
+    exit 77
 fi
 export PANEL_COMPANION_WHY_NOT_ISOLATED
 PANEL_COMPANION_ISOLATION=none exec "$@"

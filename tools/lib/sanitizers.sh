@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# Whether programs built with a sanitizer run on this computer, and with what settings. Expects $scratch, and sets
-# $wrapper, a command that tests of that build are started with, and $sanitizer_problem.
+# Whether programs built with a sanitizer run on this machine, and with which settings. Expects $scratch and "note", which
+# records a result. Sets $wrapper, a command to start tests of that build with, and $sanitizer_problem.
 
 sanitizer_flags() { # PRESET
     case $1 in
@@ -25,17 +25,16 @@ sanitizer_works() { # PRESET
         sanitizer_problem="the compiler has no such sanitizer: $(head -n 1 "$probe.log")"
         return 1
     fi
-    # Where the kernel scatters memory widely, sanitizers refuse some starts and not others, so one that succeeds says
-    # nothing about the next.
+    # With strong address randomisation, sanitizers abort some starts and not others, so one success proves nothing.
     wrapper=()
     if setarch -R true 2>/dev/null; then
         wrapper=(setarch -R)
     fi
     "${wrapper[@]}" "$probe" >"$probe.log" 2>&1 && return 0
-    # The search for leaks needs to trace the program, which some containers forbid.
+    # Leak detection traces the program, which some containers forbid.
     if [[ $1 == asan ]] && ASAN_OPTIONS=$ASAN_OPTIONS:detect_leaks=0 "${wrapper[@]}" "$probe" >>"$probe.log" 2>&1; then
         ASAN_OPTIONS+=:detect_leaks=0
-        results_add skipped "$1: leaks" "this computer does not let a program be traced"
+        note skipped "$1: leaks" "programs may not be traced here"
         return 0
     fi
     sanitizer_problem="its programs do not run here: $(grep -m 1 . "$probe.log")"

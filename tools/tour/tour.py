@@ -14,18 +14,18 @@ from harness.companion import DISABLED, ENABLED, UPLOADED, Companion  # noqa: E4
 from harness.desktop import ClickWindow, Desktop  # noqa: E402
 from harness.panel import Panel, panel_coordinate  # noqa: E402
 from harness.processes import Failure, Processes, wait_until  # noqa: E402
-from harness.report import Report  # noqa: E402
 
 
 class Tour:
-    def __init__(self, programs, folder, report, options):
-        self.programs, self.folder, self.report, self.options = programs, folder, report, options
+    def __init__(self, programs, folder, options):
+        self.programs, self.folder, self.options = programs, folder, options
         self.processes = Processes(folder)
         self.desktop = self.panel = self.companion = self.clicks = None
         self.uploads = folder / "uploads"
         self.pictures = 0
 
     def play(self):
+        """Whether every step happened."""
         steps = [self.panel_waits, self.application_starts, self.panel_found, self.paired, self.instructions,
                  self.touch_enabled, self.pointer_follows, self.drag, self.double_click, self.heartbeat, self.stopped,
                  self.file_sent]
@@ -35,10 +35,11 @@ class Tour:
                 seen = step()
             except Exception as problem:  # pylint: disable=broad-except  # whatever it is, the step did not happen
                 self.picture("failed")
-                self.report.failed(name, problem if isinstance(problem, Failure) else repr(problem))
+                print(f"  {name:<28} FAILED: {problem if isinstance(problem, Failure) else repr(problem)}", flush=True)
                 self.keep_evidence()
-                return
-            self.report.passed(name, seen)
+                return False
+            print(f"  {name:<28} {seen}", flush=True)
+        return True
 
     # Steps, in order. Each returns what was seen, or raises.
 
@@ -158,7 +159,7 @@ class Tour:
             mdns.AvahiDaemon(self.processes, self.folder, bus, "lo")
             return True
         except Failure as problem:
-            self.report.comment(problem)
+            print(f"  {problem}", flush=True)
             return False
 
     def touch(self, word, x, y):
@@ -184,16 +185,14 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--programs", required=True, type=pathlib.Path, help="the folder of the built programs")
     parser.add_argument("--output", required=True, type=pathlib.Path, help="for screenshots and logs")
-    parser.add_argument("--tap", action="store_true", help="tell the results in the Test Anything Protocol")
     parser.add_argument("options", nargs="*", help="for panel-companion")
     arguments = parser.parse_args()
 
-    report = Report(arguments.tap)
-    tour = Tour(arguments.programs, arguments.output, report, arguments.options)
-    tour.play()
+    tour = Tour(arguments.programs, arguments.output, arguments.options)
+    happened = tour.play()
     tour.processes.end()
-    report.comment(f"Screenshots and logs: {arguments.output}")
-    return report.end()
+    print(f"  Screenshots and logs: {arguments.output}")
+    return 0 if happened else 1
 
 
 sys.exit(main())

@@ -1,25 +1,19 @@
-#!/usr/bin/python3
-"""Sessions across two hosts, as a user meets them: window, panel, mDNS, HTTP, UDP and X server are all real.
-Tells its results in the Test Anything Protocol."""
+"""Sessions across two hosts, as a user sees them: window, panel, mDNS, HTTP, UDP and X server are all real."""
 
-import argparse
 import pathlib
 import re
 import signal
 import socket
 import statistics
-import sys
 import time
 
-sys.path[:0] = [str(pathlib.Path(__file__).resolve().parents[2] / "tools"), str(pathlib.Path(__file__).resolve().parent)]
-from announcer import Announcer  # noqa: E402
-from harness import network  # noqa: E402
-from harness.companion import DISABLED, ENABLED  # noqa: E402
-from harness.desktop import ClickWindow  # noqa: E402
-from harness.panel import panel_coordinate  # noqa: E402
-from harness.processes import Failure, wait_until  # noqa: E402
-from harness.report import Report, Skip  # noqa: E402
-from lab import Lab  # noqa: E402
+import pytest
+from announcer import Announcer
+from harness import network
+from harness.companion import DISABLED, ENABLED
+from harness.desktop import ClickWindow
+from harness.panel import panel_coordinate
+from harness.processes import Failure, wait_until
 
 
 def touch(lab, panel, word, x, y):
@@ -40,46 +34,46 @@ def expect_touches_work(lab, panel, x, y):
     expect_pointer(lab, x, y)
 
 
-def expect(condition, problem):
-    if not condition:
-        raise Failure(problem)
-
-
 def needs_two_hosts(lab):
     if not lab.has_two_hosts:
-        raise Skip(network.WHY_NOT_ISOLATED)
+        pytest.skip(network.WHY_NOT_ISOLATED)
 
 
 def needs_mdns(lab):
     if not lab.has_mdns:
-        raise Skip("avahi-daemon cannot run here")
+        pytest.skip("avahi-daemon cannot run here")
 
 
-def whole_session(lab):
+def test_there_are_two_hosts():
+    if network.WHY_NOT_ISOLATED:
+        pytest.skip(f"{network.WHY_NOT_ISOLATED}; one host plays both roles")
+
+
+def test_a_whole_session(lab):
     panel = lab.start_panel()
     companion = lab.start_companion(panel)
-    expect(companion.pair(panel) == f"Paired to {panel.hex}", "another status")
-    expect(panel.touch_enabled_at() is None, "pairing alone asked the panel for touches")
+    assert companion.pair(panel) == f"Paired to {panel.hex}", "another status"
+    assert panel.touch_enabled_at() is None, "pairing alone asked the panel for touches"
 
     companion.start_casting()
     started = time.time()
     wait_until(lambda: panel.touch_enabled_at() == lab.computer_address, "the panel is asked for touches")
-    expect(panel.state()["touchTarget"]["isHDMI"] is False, "casting was announced as a cable session")
-    expect(companion.is_casting(), "the cast button does not tell that it is casting")
+    assert panel.state()["touchTarget"]["isHDMI"] is False, "casting was announced as a cable session"
+    assert companion.is_casting(), "the cast button does not tell that it is casting"
     for x, y in ((7, 11), (1203, 97), (651, 743), (1359, 761)):
         expect_touches_work(lab, panel, x, y)
 
     wait_until(lambda: len(panel.ping_times()) >= 4, "four heartbeats", 20)
     times = panel.ping_times()
     gaps = [later - earlier for earlier, later in zip([started, *times], times)]
-    expect(all(3.8 < gap < 4.2 for gap in gaps), f"heartbeats after {['%.2f' % gap for gap in gaps]} s")
-    expect(panel.state()["pings"]["lastIp"] == lab.computer_address, "the heartbeat names another address")
+    assert all(3.8 < gap < 4.2 for gap in gaps), f"heartbeats after {['%.2f' % gap for gap in gaps]} s"
+    assert panel.state()["pings"]["lastIp"] == lab.computer_address, "the heartbeat names another address"
 
     companion.stop_casting()
     wait_until(lambda: panel.touch_enabled_at() is None, "the panel is told to stop")
     count = len(panel.ping_times())
     time.sleep(4.5)
-    expect(len(panel.ping_times()) == count, "heartbeats go on after the stop")
+    assert len(panel.ping_times()) == count, "heartbeats go on after the stop"
     companion.expect_alive()
 
 
@@ -88,10 +82,10 @@ def expect_paired_again(companion, panel):
     wait_until(lambda: not companion.is_casting(), "the end of casting", 6)
     companion.window.find("check box", "Wireless touch")
     companion.window.find("label", f"Paired to {panel.hex}")
-    expect(panel.touch_enabled_at() is not None, "the panel was told to stop, though it was it that ended the session")
+    assert panel.touch_enabled_at() is not None, "the panel was told to stop, though it was it that ended the session"
 
 
-def panel_says_casting_is_off(lab):
+def test_a_panel_that_says_casting_is_off_ends_the_session_silently(lab):
     panel = lab.start_panel()
     companion = lab.start_companion(panel)
     companion.pair(panel)
@@ -99,11 +93,11 @@ def panel_says_casting_is_off(lab):
     panel.reply("cast-off")
     expect_paired_again(companion, panel)
     time.sleep(0.5)
-    expect(not companion.window.is_showing("alert|dialog"), "an alert where silence is the rule")
+    assert not companion.window.is_showing("alert|dialog"), "an alert where silence is the rule"
     companion.expect_alive()
 
 
-def panel_says_it_is_busy(lab):
+def test_a_busy_panel_ends_the_session_with_an_alert(lab):
     panel = lab.start_panel()
     companion = lab.start_companion(panel)
     companion.pair(panel)
@@ -115,7 +109,7 @@ def panel_says_it_is_busy(lab):
     companion.expect_alive()
 
 
-def second_failure_ends_the_session(lab):
+def test_the_second_failed_heartbeat_ends_the_session(lab):
     panel = lab.start_panel()
     companion = lab.start_companion(panel)
     companion.pair(panel)
@@ -124,7 +118,7 @@ def second_failure_ends_the_session(lab):
     wait_until(lambda: len(panel.ping_times()) == 1, "the first heartbeat", 6)
     panel.reply("ok")
     wait_until(lambda: len(panel.ping_times()) == 2, "the second heartbeat", 6)
-    expect(companion.is_casting(), "one failure ended the session")
+    assert companion.is_casting(), "one failure ended the session"
     panel.reply("status 204")
     companion.expect_alert("Network error", 6)
     companion.window.dismiss_alert()
@@ -132,7 +126,7 @@ def second_failure_ends_the_session(lab):
     companion.expect_alive()
 
 
-def disconnecting_unpairs(lab):
+def test_disconnecting_stops_the_session_and_unpairs(lab):
     panel = lab.start_panel()
     companion = lab.start_companion(panel)
     companion.pair(panel)
@@ -148,31 +142,31 @@ def disconnecting_unpairs(lab):
     companion.window.gone(name="Cast")
     count = len(panel.ping_times())
     time.sleep(4.5)
-    expect(len(panel.ping_times()) == count, "heartbeats go on without a panel")
+    assert len(panel.ping_times()) == count, "heartbeats go on without a panel"
 
     companion.close_list()
-    expect(companion.pair(panel) == f"Paired to {panel.hex}", "the panel cannot be picked again")
+    assert companion.pair(panel) == f"Paired to {panel.hex}", "the panel cannot be picked again"
     companion.expect_alive()
 
 
-def ends_while_requests_wait(lab):
+def test_the_program_quits_with_status_0_while_heartbeats_are_pending(lab):
     panel = lab.start_panel()
     companion = lab.start_companion(panel)
     companion.pair(panel)
     companion.start_casting()
     panel.reply("silence")
     wait_until(lambda: len(panel.ping_times()) >= 2, "two heartbeats without an answer", 12)
-    expect(companion.is_casting(), "silence counted as a failure")
+    assert companion.is_casting(), "silence counted as a failure"
     expect_ends_with_status_0(companion)
 
 
 def expect_ends_with_status_0(companion):
     companion.process.send(signal.SIGTERM)
     companion.process.wait(3)
-    expect(companion.process.status() == 0, f"it ended with status {companion.process.status()}")
+    assert companion.process.status() == 0, f"it ended with status {companion.process.status()}"
 
 
-def ends_while_the_start_alert_is_open(lab):
+def test_quitting_under_the_start_alert_begins_no_casting(lab):
     panel = lab.start_panel()
     companion = lab.start_companion(panel)
     companion.pair(panel)
@@ -180,15 +174,15 @@ def ends_while_the_start_alert_is_open(lab):
     companion.expect_alert(ENABLED)
     expect_ends_with_status_0(companion)
     time.sleep(0.5)
-    expect(panel.state()["touchTarget"] is None, "the end of the program began casting")
-    expect("Socket Ready" not in companion.process.output(), "the end of the program opened the touch port")
+    assert panel.state()["touchTarget"] is None, "the end of the program began casting"
+    assert "Socket Ready" not in companion.process.output(), "the end of the program opened the touch port"
 
 
 def hold_finger(lab, panel, clicks):
     """Puts a finger down in a window that tells what it gets; another program must see the press."""
     touch(lab, panel, "DOWN", clicks.x + 100, clicks.y + 100)
     wait_until(lambda: len(clicks.presses()) == 1, "the press", 3)
-    expect(clicks.releases() == 0, "the button is not held")
+    assert clicks.releases() == 0, "the button is not held"
 
 
 def start_casting_beside_window(lab):
@@ -202,13 +196,13 @@ def start_casting_beside_window(lab):
     return panel, companion, clicks
 
 
-def ends_with_a_finger_down(lab):
+def test_quitting_with_a_finger_down_releases_the_button(lab):
     _, companion, clicks = start_casting_beside_window(lab)
     expect_ends_with_status_0(companion)
     wait_until(lambda: clicks.releases() == 1, "the release", 3)
 
 
-def session_ends_with_a_finger_down(lab):
+def test_the_end_of_a_session_releases_the_button(lab):
     """The mouse works again, without which nobody could press OK."""
     panel, companion, clicks = start_casting_beside_window(lab)
     panel.reply("busy")
@@ -219,7 +213,7 @@ def session_ends_with_a_finger_down(lab):
     companion.window.dismiss_alert()
 
 
-def dialog_opens_with_a_finger_down(lab):
+def test_an_opening_dialog_releases_the_button(lab):
     """What the finger does meanwhile waits until the dialog is closed."""
     panel, companion, clicks = start_casting_beside_window(lab)
     companion.window.press("Upload a file")
@@ -235,36 +229,36 @@ def dialog_opens_with_a_finger_down(lab):
     wait_until(lambda: clicks.releases() == 2, "its release", 3)
 
 
-def dies_with_a_finger_down(lab):
+def test_a_fatal_error_releases_the_button(lab):
     panel, companion, clicks = start_casting_beside_window(lab)
     panel.reply("invalid")
     companion.process.wait(8)
-    expect(companion.process.status() == 128 + signal.SIGABRT, f"it ended with status {companion.process.status()}")
-    expect("Fatal error" in companion.process.output(), "it does not say why it ended")
+    assert companion.process.status() == 128 + signal.SIGABRT, f"it ended with status {companion.process.status()}"
+    assert "Fatal error" in companion.process.output(), "it does not say why it ended"
     wait_until(lambda: clicks.releases() == 1, "the release", 3)
 
 
-def cable_mode(lab):
+def test_the_wireless_switch_starts_and_stops_cable_mode(lab):
     panel = lab.start_panel()
     companion = lab.start_companion(panel)
     companion.pair(panel)
     switch = companion.window.find("check box", "Wireless touch")
     switch.press()
     wait_until(lambda: panel.touch_enabled_at() == lab.computer_address, "the panel is asked for touches")
-    expect(panel.state()["touchTarget"]["isHDMI"] is True, "the request does not say that a cable is used")
+    assert panel.state()["touchTarget"]["isHDMI"] is True, "the request does not say that a cable is used"
     wait_until(lambda: switch.has("checked"), "the switch tells that it is on")
-    expect(not companion.window.is_showing(name="Cast"), "casting is offered in the cable mode")
+    assert not companion.window.is_showing(name="Cast"), "casting is offered in the cable mode"
     expect_touches_work(lab, panel, 1199, 103)
     wait_until(lambda: panel.ping_times(), "the heartbeat", 6)
 
     switch.press()
     wait_until(lambda: panel.touch_enabled_at() is None, "the panel is told to stop")
-    expect(panel.state()["touchTarget"]["isHDMI"] is True, "the request to stop does not say that a cable is used")
+    assert panel.state()["touchTarget"]["isHDMI"] is True, "the request to stop does not say that a cable is used"
     companion.window.find(name="Cast")
     companion.expect_alive()
 
 
-def right_monitor(lab):
+def test_touches_land_on_the_monitor_that_the_screen_option_names(lab):
     left, right = 600, lab.desktop.width - 600
     for monitor in (("LEFT", f"{left}/160x{lab.desktop.height}/200+0+0", "screen"),
                     ("RIGHT", f"{right}/200x{lab.desktop.height}/200+{left}+0", "none")):
@@ -280,7 +274,7 @@ def right_monitor(lab):
     companion.expect_alive()
 
 
-def doubled_scale(lab):
+def test_touches_land_at_their_pixels_on_a_desktop_scaled_by_two(lab):
     panel = lab.start_panel()
     companion = lab.start_companion(panel, environment={"QT_SCALE_FACTOR": "2"})
     companion.wait_for_row(panel.name)
@@ -295,14 +289,14 @@ def doubled_scale(lab):
     companion.expect_alive()
 
 
-def told_at_the_start(lab):
+def test_an_unknown_screen_and_wayland_are_logged_at_startup(lab):
     companion = lab.start_companion(options=["--screen", "HDMI-9"], environment={"WAYLAND_DISPLAY": "wayland-0"})
     for line in ('There is no screen "HDMI-9" among screen', "On Wayland touches reach X11 programs only"):
         wait_until(lambda text=line: text in companion.process.output(), f"the line {line!r}", 3)
     companion.expect_alive()
 
 
-def touches_from_elsewhere(lab):
+def test_touch_from_panel_drops_touches_of_other_senders(lab):
     panel = lab.start_panel()
     companion = lab.start_companion(panel, ["--touch-from", "panel"])
     companion.pair(panel)
@@ -313,12 +307,12 @@ def touches_from_elsewhere(lab):
         sender.bind((lab.computer_address if lab.has_two_hosts else "127.0.0.2", 0))
         sender.sendto(b"MOVE,16383,16383,0;", (lab.computer_address, 41863))
         time.sleep(0.5)
-        expect(lab.desktop.pointer() == (83, 731), "a touch that is not the panel's moved the pointer")
+        assert lab.desktop.pointer() == (83, 731), "a touch that is not the panel's moved the pointer"
     expect_touches_work(lab, panel, 1187, 109)
     companion.expect_alive()
 
 
-def mdns_daemon_restarts(lab):
+def test_panels_come_and_go_while_the_mdns_daemon_restarts(lab):
     needs_mdns(lab)
     first = lab.start_panel("Before")
     companion = lab.start_companion()
@@ -339,7 +333,7 @@ def mdns_daemon_restarts(lab):
     companion.expect_alive()
 
 
-def cable_is_pulled(lab):
+def test_a_session_survives_a_pulled_cable(lab):
     needs_two_hosts(lab)
     panel = lab.start_panel()
     companion = lab.start_companion(panel)
@@ -351,8 +345,8 @@ def cable_is_pulled(lab):
     lab.plug(False)
     time.sleep(9)  # two heartbeats go astray; requests that get no answer at all are no failures
     companion.expect_alive()
-    expect(companion.is_casting(), "a pulled cable ended the session")
-    expect(not companion.window.is_showing("alert|dialog"), "a pulled cable opened an alert")
+    assert companion.is_casting(), "a pulled cable ended the session"
+    assert not companion.window.is_showing("alert|dialog"), "a pulled cable opened an alert"
 
     before = time.time()
     lab.plug(True)
@@ -362,7 +356,7 @@ def cable_is_pulled(lab):
     wait_until(lambda: panel.touch_enabled_at() is None, "the panel is told to stop")
 
 
-def thousand_panels(lab):
+def test_one_of_1000_announced_panels_can_be_paired(lab):
     needs_mdns(lab)
     companion = lab.start_companion()
     panels = companion.open_list()
@@ -377,8 +371,8 @@ def thousand_panels(lab):
         lab.desktop.click(*row.center())
         companion.window.find("label", f"Paired to 0A20{int(found.group(1)):04X}", 5)
     companion.expect_alive()
-    expect(took <= 20, f"1,000 panels took {took:.1f} s")  # one or two, where nobody else keeps the computer busy
-    return f"1,000 rows {took:.1f} s after the first"
+    assert took <= 20, f"1,000 panels took {took:.1f} s"
+    print(f"1,000 rows {took:.1f} s after the first")
 
 
 # The queue of datagrams is 4 MiB and is touched for the first time in a flood; 2 MiB is what opening lists takes now and then.
@@ -388,7 +382,7 @@ NONSENSE = [b"", b";", b",", b"DOWN", b"DOWN,1", b"JUMP,1,2,3;", b"DOWN,nan,inf,
             b"MOVE,9223372036854775808,-9223372036854775808,0;", b"UP,,,;", b"x" * 65507, b"MOVE," + b"9" * 4000 + b",1,2;"]
 
 
-def flood_on_the_touch_port(lab):
+def test_the_window_stays_usable_under_a_flood_on_the_touch_port(lab):
     panel = lab.start_panel()
     companion = lab.start_companion(panel)
     companion.pair(panel)
@@ -409,7 +403,7 @@ def flood_on_the_touch_port(lab):
         wait_until(lambda: panels.has("showing") == opens, "an answer to a click", 10, 0.002)
         answers.append(time.monotonic() - started)
         time.sleep(0.3)
-    expect(flooder.running(), f"the flood ended early: {flooder.output()}")
+    assert flooder.running(), f"the flood ended early: {flooder.output()}"
     flooder.end()
     grown = companion.memory() - memory
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as sender:
@@ -417,72 +411,8 @@ def flood_on_the_touch_port(lab):
             sender.sendto(datagram, (lab.computer_address, 41863))
     expect_touches_work(lab, panel, 1193, 113)
     companion.expect_alive()
-    expect(grown <= MEMORY_IN_A_FLOOD, f"memory grew by {grown / 2**20:.1f} MiB")
+    assert grown <= MEMORY_IN_A_FLOOD, f"memory grew by {grown / 2**20:.1f} MiB"
     usual = statistics.median(answers)
-    expect(usual <= 0.2, f"clicks are answered after {['%.3f' % answer for answer in answers]} s")
-    return f"clicks answered within {usual * 1000:.0f} ms (median), {max(answers) * 1000:.0f} ms (longest); " \
-        f"memory grew by {grown / 2**20:.1f} MiB"
-
-
-SCENARIOS = [
-    ("a whole session: found, paired, touched, heartbeat every 4 s, stopped", whole_session),
-    ("a panel that says casting is off ends the session silently", panel_says_casting_is_off),
-    ("a panel that says it is busy ends the session with an alert", panel_says_it_is_busy),
-    ("the second failed heartbeat ends the session, not the first", second_failure_ends_the_session),
-    ("disconnecting stops the session and unpairs", disconnecting_unpairs),
-    ("the program ends at once, with status 0, while heartbeats wait for answers", ends_while_requests_wait),
-    ("the program ends while the start alert is open, and begins no casting", ends_while_the_start_alert_is_open),
-    ("a session ends with a finger down, and the button is let go", session_ends_with_a_finger_down),
-    ("a dialog opens with a finger down, and the button is let go", dialog_opens_with_a_finger_down),
-    ("the program ends with a finger down, and the button is let go", ends_with_a_finger_down),
-    ("a heartbeat's answer that is no text is fatal, and the button is let go", dies_with_a_finger_down),
-    ("the wireless switch works a panel on a cable", cable_mode),
-    ("touches land on the monitor that --screen names", right_monitor),
-    ("touches land at their pixels on a desktop of twice the scale", doubled_scale),
-    ("a screen that is not there and a Wayland session are told at the start", told_at_the_start),
-    ("with --touch-from panel nobody else's touches count", touches_from_elsewhere),
-    ("panels come and go while the mDNS daemon restarts", mdns_daemon_restarts),
-    ("a session survives a pulled cable", cable_is_pulled),
-    ("1,000 announced panels are listed, and one is paired", thousand_panels),
-    ("a flood and nonsense on the touch port leave the window usable", flood_on_the_touch_port),
-]
-
-
-def play(lab, name, scenario, report):
-    try:
-        report.passed(name, scenario(lab) or "")
-    except Skip as reason:
-        report.skipped(name, reason)
-    except Exception as problem:  # pylint: disable=broad-except  # whatever it is, the scenario did not go through
-        lab.desktop.screenshot(lab.folder / f"{scenario.__name__}.png")
-        report.failed(name, problem if isinstance(problem, Failure) else repr(problem))
-    finally:
-        lab.end_programs()
-
-
-def names_matching(pattern):
-    return [scenario.__name__ for name, scenario in SCENARIOS if re.search(pattern, f"{name} {scenario.__name__}")]
-
-
-def main():
-    if sys.argv[1] == "--names":
-        print(*names_matching(sys.argv[2]), sep="\n")
-        return 0
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--programs", required=True, type=pathlib.Path, help="the folder of the built programs")
-    parser.add_argument("--output", required=True, type=pathlib.Path, help="for screenshots and logs")
-    parser.add_argument("scenario", help="its function's name")
-    arguments = parser.parse_args()
-
-    report = Report(as_tap=True)
-    lab = Lab(arguments.programs, arguments.output)
-    if not lab.has_two_hosts:
-        report.skipped("two hosts", f"{network.WHY_NOT_ISOLATED}; one host plays both roles")
-    for name, scenario in SCENARIOS:
-        if scenario.__name__ == arguments.scenario:
-            play(lab, name, scenario, report)
-    lab.processes.end()
-    return report.end()
-
-
-sys.exit(main())
+    assert usual <= 0.2, f"clicks are answered after {['%.3f' % answer for answer in answers]} s"
+    print(f"clicks answered within {usual * 1000:.0f} ms (median), {max(answers) * 1000:.0f} ms (longest); "
+          f"memory grew by {grown / 2**20:.1f} MiB")

@@ -1,0 +1,11 @@
+import pytest
+from lab import Lab
+
+
+@pytest.fixture
+def lab(programs, output, has_failed):
+    lab = Lab(programs, output)
+    yield lab
+    if has_failed():
+        lab.desktop.screenshot(output / "failed.png")
+    lab.processes.end()

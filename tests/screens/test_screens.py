@@ -1,0 +1,332 @@
+"""Works the application's screens with a real pointer and a real keyboard, and reads them through the accessibility bus."""
+
+import pathlib
+import subprocess
+import time
+
+import pytest
+from harness import mdns, network
+from harness.companion import ENABLED, Companion
+from harness.desktop import ClickWindow, Desktop
+from harness.panel import Panel
+from harness.processes import Processes, wait_until
+
+PANELS = ["Meridian 65|Room 204|7F000001", "Tandem 86|Physics lab|7F000002", "Meridian 65|Hall|7F000003"]
+WINDOW = "Panel Companion"
+
+
+def xdotool(*arguments):
+    done = subprocess.run(["xdotool", *map(str, arguments)], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                          text=True, check=False, timeout=10)
+    return done.stdout.split()
+
+
+def keys(*names):
+    xdotool("key", "--delay", "40", *names)
+
+
+class Screens:
+    def __init__(self, processes, programs, output):
+        self.processes, self.programs, self.output = processes, programs, output
+        self.desktop = Desktop(processes)
+        from harness import accessibility  # noqa: F401  # so that its bus runs before the application looks for it
+        self.panel = Panel(processes, programs / "panel-simulator", name="Room 204", arguments=["--no-announce"])
+        self.app = None
+
+    def start(self, wrapper=(), environment=None):
+        options = [part for panel in PANELS for part in ("--panel", panel)]
+        program, *arguments = [*wrapper, self.programs / "panel-companion", *options]
+        self.app = Companion(self.processes, self.desktop, program, arguments, environment)
+
+    def click(self, name):
+        self.desktop.click(*self.app.window.find(name=name).center())
+
+    def click_row(self, name):
+        self.desktop.click(*self.app.wait_for_row(name).center())
+
+    def open_list(self):
+        self.click("Devices")
+        self.app.window.find("list", "Panels")
+
+    def list_is_open(self):
+        return self.app.window.is_showing("list", "Panels")
+
+    def expect_list_closed(self):
+        self.app.window.gone("list", "Panels", timeout=3)
+
+    def expect_status(self, text):
+        self.app.window.find("label", text, timeout=3)
+
+    def pair(self):
+        self.open_list()
+        self.click_row("Room 204")
+        self.expect_status("Paired to 7F000001")
+        self.click("Devices")
+        self.expect_list_closed()
+
+    def main_windows(self):
+        """X's ids of the windows of that title, whatever they show."""
+        return xdotool("search", "--onlyvisible", "--name", f"^{WINDOW}$")
+
+    def close_window(self):
+        """As the user does, by the window manager."""
+        xdotool("windowfocus", "--sync", self.main_windows()[0])
+        keys("alt+F4")
+
+    def title_bar(self):
+        """A point of the window's title bar, above its contents."""
+        x, y, width, _ = self.app.window.find("frame", WINDOW).area()
+        return x + width // 2, y - 10
+
+    def focused(self):
+        """The name of what the keyboard works; a row counts as its list, as it says so in a closed popover, too."""
+        time.sleep(0.15)
+        found = [e for e in self.app.window.find_all() if e.has("focused") and e.role != "list item"]
+        return found[-1].name if found else None
+
+    def wake_ups(self, seconds):
+        """Of all threads: how often one of them waited for something, proc(5)."""
+        def count():
+            total = 0
+            for task in pathlib.Path(f"/proc/{self.app.process.pid}/task").iterdir():
+                status = (task / "status").read_text(encoding="ascii")
+                total += int(status.split("voluntary_ctxt_switches:")[1].split()[0])
+            return total
+        before = count()
+        time.sleep(seconds)
+        return count() - before
+
+
+@pytest.fixture
+def screens(programs, output, has_failed):
+    network.loopback_up()
+    processes = Processes(output)
+    screens = Screens(processes, programs, output)
+    yield screens
+    if has_failed():
+        screens.desktop.screenshot(output / "failed.png")
+        if screens.app:
+            print(screens.app.window.describe())
+    processes.end()
+
+
+def test_splash_hands_its_window_over_after_two_seconds(screens):
+    from harness.accessibility import Program  # only where there is a desktop there is a bus for it
+    process = screens.processes.start([screens.programs / "panel-companion"], name="splash")
+    began = time.monotonic()
+    window = Program(WINDOW)
+    window.find("label", "Your computer at the panel", timeout=2)
+    splash = screens.main_windows()
+    window.find("push button|button", "Devices", timeout=5)
+    seconds = time.monotonic() - began
+    dashboard = screens.main_windows()
+    assert len(splash) == 1 and splash == dashboard, f"windows {splash} became {dashboard}"
+    assert 1.9 <= seconds <= 4, f"after {seconds:.1f} s"
+    print(f"window {splash[0]}, {seconds:.1f} s after the start")
+
+
+def test_closing_the_splash_ends_the_program(screens):
+    process = screens.processes.start([screens.programs / "panel-companion"], name="splash")
+    wait_until(screens.main_windows, "the window")
+    screens.close_window()
+    assert process.wait(1.5) == 0, f"status {process.status()}"
+
+
+def test_closing_the_dashboard_ends_the_program(screens):
+    screens.start()
+    screens.close_window()
+    assert screens.app.process.wait(5) == 0, f"status {screens.app.process.status()}"
+
+
+def test_closing_with_an_open_popover_ends_the_program(screens):
+    screens.start()
+    screens.pair()
+    screens.open_list()
+    screens.close_window()
+    assert screens.app.process.wait(5) == 0, f"status {screens.app.process.status()}"
+
+
+def test_pick_repick_and_disconnect(screens):
+    screens.start()
+    screens.open_list()
+    assert not screens.app.window.is_showing(name="Disconnect"), "Disconnect is there before a pick"
+    screens.click_row("Room 204")
+    screens.expect_status("Paired to 7F000001")
+    screens.app.window.find(name="Disconnect")
+    screens.click_row("Hall")
+    screens.expect_status("Paired to 7F000003")
+    screens.click("Disconnect")
+    screens.expect_status("*No Device Connected")
+    screens.app.window.gone(name="Disconnect")
+    screens.click_row("Hall")
+    screens.expect_status("Paired to 7F000003")
+
+
+def test_the_list_keeps_its_rows_and_its_pick(screens):
+    screens.start()
+    screens.pair()
+    screens.open_list()
+    for panel in PANELS:
+        name, address = panel.split("|")[1:]
+        screens.app.window.find("list item", f"{name}, {address}")
+    screens.app.window.find(name="Disconnect")
+
+
+def test_a_click_below_the_rows_leaves_the_pairing(screens):
+    screens.start()
+    screens.open_list()
+    screens.click_row("Room 204")
+    x, y, width, height = screens.app.window.find("list", "Panels").area()
+    screens.desktop.click(x + width // 2, y + height - 8)
+    screens.expect_status("Paired to 7F000001")
+    assert screens.list_is_open(), "the list closed"
+    screens.click_row("Room 204")  # no row is picked any more, so this is a new pick
+    screens.app.window.find(name="Disconnect")
+
+
+def test_settings_are_kept(screens):
+    screens.start()
+    screens.click("Settings")
+    screens.app.window.find("combo box", "Frame rate")
+    keys("Down", "Down", "Tab", "Down")
+    keys("Escape")
+    screens.app.window.gone("combo box", "Frame rate")
+    screens.click("Settings")
+    rate = screens.app.window.find("combo box", "Frame rate").description
+    resolution = screens.app.window.find("combo box", "Resolution").description
+    assert (rate, resolution) == ("30", "720P"), f"it shows {rate} and {resolution}"
+
+
+def test_a_click_into_the_window_closes_the_popover(screens):
+    screens.start()
+    screens.open_list()
+    x, y, width, height = screens.app.window.find("frame", WINDOW).area()
+    screens.desktop.click(x + width - 40, y + height - 40)
+    screens.expect_list_closed()
+
+
+def test_a_click_on_the_title_bar_closes_the_popover(screens):
+    screens.start()
+    screens.open_list()
+    screens.desktop.click(*screens.title_bar())
+    screens.expect_list_closed()
+
+
+def test_a_second_click_on_the_icon_closes_the_popover(screens):
+    screens.start()
+    screens.open_list()
+    screens.click("Devices")
+    screens.expect_list_closed()
+    time.sleep(0.3)
+    assert not screens.list_is_open(), "it opened again"
+
+
+def test_escape_closes_the_popover(screens):
+    screens.start()
+    screens.open_list()
+    keys("Escape")
+    screens.expect_list_closed()
+
+
+def test_the_popover_stays_while_another_program_is_used(screens):
+    screens.start()
+    other = ClickWindow(screens.desktop, screens.processes, screens.desktop.width - 180, screens.desktop.height - 140, 160, 100)
+    screens.open_list()
+    screens.desktop.click(other.x + 80, other.y + 50)
+    wait_until(lambda: other.presses(), "the other program's click")
+    time.sleep(0.5)
+    assert screens.list_is_open(), "it closed"
+    screens.click_row("Hall")
+    screens.expect_status("Paired to 7F000003")
+
+
+def test_an_alert_blocks_clicks_and_return_and_escape_close_it(screens):
+    screens.start()
+    screens.pair()
+    screens.click("Cast")
+    screens.app.expect_alert(ENABLED)
+    screens.click("Settings")
+    time.sleep(0.5)
+    assert not screens.app.window.is_showing("combo box"), "the settings opened under the alert"
+    keys("Return")
+    screens.app.window.gone("alert|dialog")
+    screens.click("Cast")
+    screens.app.window.find("alert|dialog")
+    keys("Escape")
+    screens.app.window.gone("alert|dialog")
+
+
+def test_the_keyboard_alone_pairs_and_casts(screens):
+    screens.start()
+    xdotool("windowfocus", "--sync", screens.main_windows()[0])
+    order = []
+    for _ in range(4):
+        keys("Tab")
+        order.append(screens.focused())
+    start = order.index("Devices") if "Devices" in order else 0
+    assert (sorted(order[:3]) == ["Connect", "Devices", "Settings"]
+           and [*order, *order][start:start + 3] == ["Devices", "Settings", "Connect"]), f"Tab went to {order}"
+    while screens.focused() != "Devices":
+        keys("Tab")
+    keys("space")
+    screens.app.window.find("list", "Panels")
+    keys("Down", "Return")
+    status = wait_until(lambda: [e for e in screens.app.window.find_all("label") if e.name.startswith("Paired to")],
+                        "a pick")[0].name
+    keys("Tab")
+    assert screens.focused() == "Disconnect", f"Tab in the list went to {screens.focused()}"
+    keys("Escape")
+    screens.expect_list_closed()
+    order = []
+    while len(order) < 6 and (not order or order[-1] != "Cast"):
+        keys("Tab")
+        order.append(screens.focused())
+    assert order[-1] == "Cast", f"Tab went to {order}"
+    keys("space")
+    screens.app.expect_alert(ENABLED)
+    keys("Return")
+    screens.app.window.gone("alert|dialog")
+    assert screens.app.is_casting(), "casting has not started"
+    print(f"{status}; Tab went to {', '.join(order)}")
+
+
+def test_the_status_label_announces_each_change_once(screens):
+    from gi.repository import Atspi, GLib
+    screens.start()
+    heard = []
+    listener = Atspi.EventListener.new(lambda event, *_: heard.append((event.source.get_role_name(), event.source.get_name())))
+    listener.register("object:property-change:accessible-name")
+    try:
+        screens.open_list()
+        screens.click_row("Room 204")
+
+        def times():
+            while GLib.MainContext.default().iteration(False):
+                pass
+            return heard.count(("label", "Paired to 7F000001"))
+        wait_until(times, f"an announcement; heard was {heard}", 5, 0.01)
+        time.sleep(0.5)
+        assert times() == 1, f"it was announced {times()} times"
+    finally:
+        listener.deregister("object:property-change:accessible-name")
+
+
+def test_nothing_wakes_up_while_idle(screens):
+    screens.start()
+    time.sleep(2)
+    count = screens.wake_ups(5)
+    assert count <= 2, f"{count} wake-ups in 5 s"
+    print(f"{count} wake-ups in 5 s")
+
+
+def test_few_wake_ups_while_the_heartbeat_runs(screens):
+    # As on a desktop: there is a system bus, and lines go to something that takes them at once.
+    bus = mdns.SystemBus(screens.processes, screens.output)
+    screens.start(["sh", "-c", 'exec "$0" "$@" >/dev/null 2>&1'], {"DBUS_SYSTEM_BUS_ADDRESS": bus.address})
+    screens.pair()
+    screens.click("Cast")
+    screens.app.window.dismiss_alert()
+    time.sleep(3)
+    count = screens.wake_ups(16)
+    assert count <= 16, f"the program's threads waited {count} times in 16 s"
+    print(f"the program's threads waited {count} times in 16 s")
