@@ -184,7 +184,7 @@ void Composition::Works::openPoster()
 
 void Composition::Works::showDashboard()
 {
-    m_view = new QtDashboardView(m_alerts, m_log);
+    m_view = new QtDashboardView(m_alerts, m_log, m_mainQueue);
     m_dashboard = DashboardViewController::make(dashboardDependencies(*m_view));
     m_dashboard->viewDidLoad();
     connectView();
@@ -214,11 +214,7 @@ DashboardDependencies Composition::Works::dashboardDependencies(QtDashboardView&
         .mainQueue = m_mainQueue,
         .log = m_log,
         .panelRequestHost = {*m_httpSession, m_interfaceAddresses, m_interfaceName, m_console},
-        .sockets = m_sockets,
-        .clock = m_clock,
-        .pause = pause,
-        .screen = m_screen,
-        .mouseEventPoster = poster,
+        .touch = {m_sockets, m_clock, pause, m_screen, poster, m_options.touchFrom},
         .upload = {m_fileChooser, m_fileReader, m_application},
         .makeDevicesListController =
             [this, &view] {
@@ -228,7 +224,6 @@ DashboardDependencies Composition::Works::dashboardDependencies(QtDashboardView&
                 return controller;
             },
         .makeSettingsController = [] { return std::make_unique<RelaySettingsViewController>(); },
-        .touchSource = m_options.touchFrom,
     };
 }
 

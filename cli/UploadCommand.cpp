@@ -56,28 +56,24 @@ std::optional<Result> UploadCommand::send(const std::string& address)
         {m_requestTools.httpSession, m_tools.console, m_requestTools.search.mainQueue, m_alert});
     upload.initWith(
         fileTypeText(fileCategory(extension, panelFileTypes()), extension), bytes, m_fileName, address);
-    watch(upload);
-    upload.upload();
+    upload.upload(progress());
     return std::nullopt;
 }
 
-void UploadCommand::watch(UploadDataToHost& upload) const
+HttpProgress UploadCommand::progress() const
 {
     const auto width = m_tools.output.progressWidth();
     if (!width)
-        return;
+        return {};
     using SteadyClock = std::chrono::steady_clock;
-    upload.setWatch([&output = m_tools.output, width = *width] {
-        auto show = [&output, width, next = SteadyClock::time_point()](
-                        std::uint64_t sent, std::uint64_t total) mutable {
-            const auto now = SteadyClock::now();
-            if (now < next && sent < total)
-                return;
-            next = now + betweenProgress;
-            output.showProgress(progressBar(sent, total, width));
-        };
-        return UploadWatch{.progress = std::move(show), .ended = {}};
-    });
+    return [&output = m_tools.output, width = *width, next = SteadyClock::time_point()](
+               std::uint64_t sent, std::uint64_t total) mutable {
+        const auto now = SteadyClock::now();
+        if (now < next && sent < total)
+            return;
+        next = now + betweenProgress;
+        output.showProgress(progressBar(sent, total, width));
+    };
 }
 
 Result UploadCommand::resultOfAnswer(int status, const std::string& body)

@@ -39,7 +39,7 @@ private:
         std::string words;
     };
 
-    void watch(UploadDataToHost& upload) const;
+    HttpProgress progress() const;
 
     PanelRequestTools m_requestTools;
     Tools m_tools;

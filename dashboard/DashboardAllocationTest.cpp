@@ -71,9 +71,10 @@ class DashboardAllocationTest : public DashboardTest {
 protected:
     std::shared_ptr<DashboardViewController> makeDashboard(TouchSource source)
     {
-        return DashboardViewController::make({view, alerts, queue, log,
-            PanelRequestHost{http, addresses, interfaceName, silentConsole}, sockets, clock, pause, screen,
-            countingPoster, {fileChooser, fileReader, application}, {}, {}, source});
+        return DashboardViewController::make(
+            {view, alerts, queue, log, PanelRequestHost{http, addresses, interfaceName, silentConsole},
+                {sockets, clock, pause, screen, countingPoster, source},
+                {fileChooser, fileReader, application}, {}, {}});
     }
 
     CountingPoster countingPoster;

@@ -99,7 +99,7 @@ TEST_F(DashboardFileUploadTest, ChosenFileIsReadAndSentHalfASecondLater)
     EXPECT_EQ(taken(),
         "log File name my plan.pdf; log File extension pdf; log File type document/pdf; read /home/ada/my "
         "plan.pdf; "
-        "uploads: my plan.pdf 0 %; say Uploading my plan.pdf; send 10.0.2.15:5505/uploadfile");
+        "send 10.0.2.15:5505/uploadfile; show upload my plan.pdf");
     const HttpRequest& request = http.request(0);
     EXPECT_EQ(request.headers.at(1).value, "4");
     EXPECT_EQ(request.headers.at(2).value, "my plan.pdf");
@@ -124,7 +124,7 @@ TEST_F(DashboardFileUploadTest, DroppedFileIsReadAndSentHalfASecondLaterWithoutA
     queue.advance(1ns);
     EXPECT_EQ(taken(),
         "log File name a.png; log File extension png; log File type image/png; read /home/ada/a.png; "
-        "uploads: a.png 0 %; say Uploading a.png; send 10.0.2.15:5505/uploadfile");
+        "send 10.0.2.15:5505/uploadfile; show upload a.png");
 }
 
 TEST_F(DashboardFileUploadTest, DroppedFilesOfAnyTypeAreSent)
@@ -185,29 +185,40 @@ TEST_F(DashboardFileUploadTest, FileIsReadOnceAndOnlyWhenItIsSent)
     EXPECT_EQ(http.request(0).headers.at(1).value, "5");
 }
 
-TEST_F(DashboardFileUploadTest, OutcomeIsShownAndTheProgressIsGoneBeforeIt)
+TEST_F(DashboardFileUploadTest, ProgressIsShownInWholePercentNeverBeyond100)
 {
     pair();
     dashboard->uploadFileURL(file("/home/ada/a.png"));
     queue.advance(500ms);
-    transcript.clear();
-    http.completeWithHttp(0, 200, "");
-    queue.runPending();
-    EXPECT_EQ(taken(), "uploads:; alert Success");
+    const auto percent = view.uploads.at(0).lock();
+    const struct {
+        std::uint64_t sent;
+        std::uint64_t total;
+        int percent;
+    } cases[] = {{0, 0, 0}, {7, 0, 0}, {1, 100, 1}, {199, 10000, 1}, {999, 1000, 99}, {1000, 1000, 100},
+        {1001, 1000, 100}, {5'000'000'000'000, 9'999'999'999'999, 50}};
+    for (const auto& step : cases) {
+        http.request(0).progress(step.sent, step.total);
+        EXPECT_EQ(*percent, step.percent) << step.sent << " of " << step.total;
+    }
 }
 
-TEST_F(DashboardFileUploadTest, ProgressGoesToTheViewAndSilentFailuresTakeItAwayWithoutAWord)
+TEST_F(DashboardFileUploadTest, ProgressIsShownUntilTheUploadIsOverHoweverItEnds)
 {
     pair();
-    dashboard->uploadFileURL(file("/home/ada/a.png"));
-    queue.advance(500ms);
-    transcript.clear();
-    http.request(0).progress(7, 100);
-    queue.runPending();
-    EXPECT_EQ(taken(), "uploads: a.png 7 %");
-    http.fail(0, "Connection reset by peer");
-    queue.runPending();
-    EXPECT_EQ(taken(), "uploads:");
+    for (const std::size_t upload : {0u, 1u}) {
+        dashboard->uploadFileURL(file("/home/ada/a.png"));
+        queue.advance(500ms);
+        EXPECT_FALSE(view.uploads.at(upload).expired());
+        transcript.clear();
+        if (upload == 0)
+            http.completeWithHttp(upload, 200, "");
+        else
+            http.fail(upload, "Connection reset by peer");
+        EXPECT_TRUE(view.uploads.at(upload).expired());
+        queue.runPending();
+        EXPECT_EQ(taken(), upload == 0 ? "alert Success" : "");
+    }
 }
 
 TEST_F(DashboardFileUploadTest, UrlThatIsNoneShowsNoProgress)
@@ -217,6 +228,7 @@ TEST_F(DashboardFileUploadTest, UrlThatIsNoneShowsNoProgress)
     queue.advance(500ms);
     EXPECT_TRUE(taken().ends_with("; read /home/ada/a.png"));
     EXPECT_TRUE(http.sent().empty());
+    EXPECT_TRUE(view.uploads.empty());
 }
 
 TEST_F(DashboardFileUploadTest, TenUploadsRunAtOnceAndEndOnTheirOwn)
@@ -233,10 +245,11 @@ TEST_F(DashboardFileUploadTest, TenUploadsRunAtOnceAndEndOnTheirOwn)
     }
     queue.runPending();
     EXPECT_EQ(alerts.shown.size(), 10u);
-    EXPECT_TRUE(taken().find("uploads:; alert") != std::string::npos);
+    for (const auto& upload : view.uploads)
+        EXPECT_TRUE(upload.expired());
 }
 
-TEST_F(DashboardFileUploadTest, UploadThatWaitsKeepsTheDashboard)
+TEST_F(DashboardFileUploadTest, UploadThatWaitsIsSentEvenIfTheDashboardGoes)
 {
     pair();
     dashboard->uploadFileURL(file("/home/ada/a.png"));
@@ -294,10 +307,11 @@ TEST_F(DashboardFileUploadTest, DropOnTheDropAreaUploadsTheFileAndBringsTheAppli
     EXPECT_EQ(taken(),
         "drop image fileUploadGridActive; arrow image uploadArrowActive; log draggingEnded; "
         "drop image fileUploadGrid; arrow image uploadArrow");
+    queue.runPending();
     queue.advance(500ms);
     EXPECT_EQ(taken(),
-        "log File name a.png; log File extension png; log File type image/png; read /home/ada/a.png; "
-        "uploads: a.png 0 %; say Uploading a.png; send 10.0.2.15:5505/uploadfile; activate");
+        "activate; log File name a.png; log File extension png; log File type image/png; read "
+        "/home/ada/a.png; send 10.0.2.15:5505/uploadfile; show upload a.png");
 }
 
 TEST_F(DashboardFileUploadTest, DropWithTheGateClosedIsAcceptedAndRefusedByAnAlert)
@@ -307,15 +321,9 @@ TEST_F(DashboardFileUploadTest, DropWithTheGateClosedIsAcceptedAndRefusedByAnAle
         std::optional<std::string> dataForType(DragType) const override { return "file:///home/ada/a.png"; }
     };
     EXPECT_TRUE(view.fileUploadView().performDragOperation(FilePasteboard()));
-    EXPECT_EQ(taken(), cannotUpload);
-}
-
-TEST_F(DashboardFileUploadTest, DropForLaterIsCarriedOutOnTheMainQueue)
-{
-    view.fileUploadView().carryOutLater({Drop::Kind::fileUrl, file("/home/ada/a.png")});
     EXPECT_EQ(taken(), "");
     queue.runPending();
-    EXPECT_EQ(taken(), std::string(cannotUpload) + "; log draggingEnded");
+    EXPECT_EQ(taken(), cannotUpload);
 }
 
 } // namespace companion::testing

@@ -39,6 +39,13 @@ const std::string hdmiOn = enableUrl + "&enable=true&hidemenu=false&isHDMI=true;
 const std::string hdmiOff = enableUrl + "&enable=false&hidemenu=true&isHDMI=true; ";
 const std::string startAlert = "alert Touchback is enabled now.";
 const std::string stopAlert = "alert Touchback is disabled now.";
+const std::string castingStopped = "log Casting stopped: ";
+const std::string hdmiStopped = "log Touch over HDMI stopped: ";
+const std::string byButton = "the cast button was pressed; ";
+const std::string byDisconnect = "the panel was disconnected; ";
+const std::string byCastOff = "the panel reported CAST_OFF; ";
+const std::string byBusy = "the panel is busy; ";
+const std::string byFailures = "two heartbeats failed; ";
 const std::string startPing = "log Starting server ping...; ";
 const std::string stopPing = "log Stopping server ping...; ";
 const std::string closeSocket = "close; cast image castingInactive";
@@ -95,18 +102,22 @@ const Step steps[] = {
 
     {State::casting, Event::pick, State::casting, pickSteps, panelPaired},
     {State::casting, Event::castButton, State::paired,
-        "show hdmiToggle; " + allOff + stopPing + closeSocket + "; " + stopAlert, panelPaired},
+        "show hdmiToggle; " + allOff + castingStopped + byButton + stopPing + closeSocket + "; " + stopAlert,
+        panelPaired},
     {State::casting, Event::drop, State::noDevice,
-        stopPing + closeSocket + "; " + stopAlert + "; " + allOff + unpaired, nothingPaired},
+        castingStopped + byDisconnect + stopPing + closeSocket + "; " + stopAlert + "; " + allOff + unpaired,
+        nothingPaired},
     {State::casting, Event::switchClick, State::casting, "switch on; " + replacedSocket + hdmiOn + switchedOn,
         "hdmiMessage"},
     {State::casting, Event::tick, State::casting, ping, castingPanes},
-    {State::casting, Event::castOffReply, State::paired, stopPing + cleanUp, panelPaired},
-    {State::casting, Event::busyReply, State::paired, stopPing + cleanUp + busyAlert, panelPaired},
+    {State::casting, Event::castOffReply, State::paired, castingStopped + byCastOff + stopPing + cleanUp,
+        panelPaired},
+    {State::casting, Event::busyReply, State::paired,
+        castingStopped + byBusy + stopPing + cleanUp + busyAlert, panelPaired},
     {State::casting, Event::anyOtherReply, State::casting, "", castingPanes},
     {State::casting, Event::firstFailure, State::casting, "log Ping failed", castingPanes},
     {State::casting, Event::secondFailure, State::paired,
-        "log Ping failed; " + stopPing + cleanUp + networkAlert, panelPaired},
+        "log Ping failed; " + castingStopped + byFailures + stopPing + cleanUp + networkAlert, panelPaired},
 
     {State::hdmiTouch, Event::pick, State::hdmiTouch, pickSteps,
         "castButton fileUpload hdmiMessage hdmiToggle"},
@@ -116,12 +127,14 @@ const Step steps[] = {
     {State::hdmiTouch, Event::switchClick, State::paired, "switch off; " + hdmiOff + stopPing + switchedOff,
         panelPaired},
     {State::hdmiTouch, Event::tick, State::hdmiTouch, ping, hdmiPanes},
-    {State::hdmiTouch, Event::castOffReply, State::paired, stopPing + cleanUp, panelPaired},
-    {State::hdmiTouch, Event::busyReply, State::paired, stopPing + cleanUp + busyAlert, panelPaired},
+    {State::hdmiTouch, Event::castOffReply, State::paired, hdmiStopped + byCastOff + stopPing + cleanUp,
+        panelPaired},
+    {State::hdmiTouch, Event::busyReply, State::paired, hdmiStopped + byBusy + stopPing + cleanUp + busyAlert,
+        panelPaired},
     {State::hdmiTouch, Event::anyOtherReply, State::hdmiTouch, "", hdmiPanes},
     {State::hdmiTouch, Event::firstFailure, State::hdmiTouch, "log Ping failed", hdmiPanes},
     {State::hdmiTouch, Event::secondFailure, State::paired,
-        "log Ping failed; " + stopPing + cleanUp + networkAlert, panelPaired},
+        "log Ping failed; " + hdmiStopped + byFailures + stopPing + cleanUp + networkAlert, panelPaired},
 };
 
 const char* nameOf(State state)

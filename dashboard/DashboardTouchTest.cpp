@@ -149,7 +149,8 @@ TEST_F(DashboardTouchTest, ClosingClosesAnOpenSocketAndThenStopsAndSaysSo)
     openTouchPort();
     dashboard->closeTouchBack();
     EXPECT_EQ(transcript.take("; "),
-        "close; log Stopping server ping...; close; cast image castingInactive; "
+        "close; log Casting stopped: touchback was closed; log Stopping server ping...; close; "
+        "cast image castingInactive; "
         "alert Touchback is disabled now.");
     dashboard->closeTouchBack();
     EXPECT_EQ(transcript.take("; "), "close; cast image castingInactive; alert Touchback is disabled now.");

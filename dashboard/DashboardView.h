@@ -3,8 +3,9 @@
 #include "discovery/DevicesListViewController.h"
 #include "views/DragDropView.h"
 #include "views/ITSwitch.h"
-#include "views/UploadProgress.h"
 
+#include <atomic>
+#include <memory>
 #include <string>
 
 namespace companion {
@@ -14,11 +15,16 @@ class RelaySettingsViewController;
 /// The parts of the dashboard that come and go as a whole.
 enum class Pane { fileUpload, castButton, hdmiToggle, hdmiMessage, emptyStateImage };
 
-/// The dashboard's outlets, as far as its controller works them. Main thread only.
+/// How much of an upload has been sent, 0 to 100. Written on the delivery thread, read on the main thread.
+using UploadPercent = std::atomic<int>;
+
+/// The dashboard's outlets, as far as its controller changes them. Main thread only.
 ///
-/// Colours, fonts and corners are the view's own; what is hidden at the start is told by the controller.
-class DashboardView : public UploadProgressView {
+/// Colours, fonts and corners are the view's own; the controller hides what is hidden at the start.
+class DashboardView {
 public:
+    virtual ~DashboardView() = default;
+
     virtual void setHidden(Pane pane, bool hidden) = 0;
 
     /// The text of `deviceStatusLabel`.
@@ -32,6 +38,9 @@ public:
 
     /// "uploadArrow" at rest, which the view shows by itself at first, or "uploadArrowActive".
     virtual void setUploadArrowImage(const std::string& imageName) = 0;
+
+    /// Shows an upload as long as `percent` has not expired.
+    virtual void showUpload(const std::string& fileName, std::weak_ptr<const UploadPercent> percent) = 0;
 
     /// The drop area lives as long as the view; the controller has it register its types and is its delegate.
     virtual DragDropView& fileUploadView() = 0;

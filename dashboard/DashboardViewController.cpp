@@ -11,7 +11,6 @@ namespace {
 
 constexpr std::chrono::seconds heartbeatInterval{4};
 constexpr int failuresThatEndASession = 2;
-constexpr double secondsBetweenShortRecordLines = 1;
 constexpr std::string_view panelWithoutFileUpload = "Halcyon-X";
 
 } // namespace
@@ -39,9 +38,14 @@ std::shared_ptr<DashboardViewController> DashboardViewController::make(Dashboard
 }
 
 DashboardViewController::DashboardViewController(DashboardDependencies dependencies)
-    : m_use(std::move(dependencies))
-    , m_view(m_use.view)
-    , m_uploadProgress(m_use.mainQueue, m_view)
+    : m_dependencies(std::move(dependencies))
+    , m_view(m_dependencies.view)
+    , m_touchReception(
+          m_dependencies.touch, m_dependencies.log, m_dependencies.panelRequestHost.console, *m_panel)
+    , m_fileUploads(std::make_shared<FileUploads>(m_dependencies.upload,
+          UploadHost{m_dependencies.panelRequestHost.httpSession, m_dependencies.panelRequestHost.console,
+              m_dependencies.mainQueue, m_dependencies.alerts},
+          m_dependencies.log, m_view, m_panel))
 {
 }
 
@@ -52,7 +56,7 @@ void DashboardViewController::destroyOnMainThread(DashboardViewController* contr
     if (std::this_thread::get_id() == controller->m_mainThread)
         delete controller;
     else
-        controller->m_use.mainQueue.async([controller] { delete controller; });
+        controller->m_dependencies.mainQueue.async([controller] { delete controller; });
 }
 
 void DashboardViewController::viewDidLoad()
@@ -60,9 +64,9 @@ void DashboardViewController::viewDidLoad()
     m_isCastingInProgress = false;
     m_isTouchBackEnabled = false;
     m_serverPingFailedCount = 0;
-    m_hdmiTouchback = std::make_unique<HDMITouchBack>(m_use.panelRequestHost);
+    m_hdmiTouchback = std::make_unique<HDMITouchBack>(m_dependencies.panelRequestHost);
     setupView();
-    m_fileTypes = panelFileTypes();
+    m_fileUploads->setFileTypes(panelFileTypes());
 }
 
 void DashboardViewController::setupView()
@@ -77,7 +81,6 @@ void DashboardViewController::setupView()
     touchSwitch.setChecked(false);
     m_view.fileUploadView().init();
     m_view.fileUploadView().setDelegate(weak_from_this());
-    m_view.fileUploadView().setMainQueue(m_use.mainQueue);
     m_view.setHidden(Pane::hdmiToggle, true);
     m_view.setHidden(Pane::fileUpload, true);
     m_view.setHidden(Pane::castButton, true);
@@ -102,7 +105,7 @@ void DashboardViewController::devicesListIconClicked()
 void DashboardViewController::showDevicesList()
 {
     if (!m_devicesListController) {
-        m_devicesListController = m_use.makeDevicesListController();
+        m_devicesListController = m_dependencies.makeDevicesListController();
         m_devicesListController->viewDidLoad();
     }
     m_devicesListController->setDelegate(weak_from_this());
@@ -112,7 +115,7 @@ void DashboardViewController::showDevicesList()
 void DashboardViewController::settingsIconClicked()
 {
     if (!m_settingsController) {
-        m_settingsController = m_use.makeSettingsController();
+        m_settingsController = m_dependencies.makeSettingsController();
         m_settingsController->viewDidLoad();
     }
     m_view.presentSettings(*m_settingsController);
@@ -121,9 +124,9 @@ void DashboardViewController::settingsIconClicked()
 void DashboardViewController::didPickCastingDeviceWithIP(
     const std::string& ip, const std::string& hex, const std::string& name)
 {
-    m_selectedDeviceIPAddress = ip;
-    m_selectedDeviceName = name;
-    m_selectedDeviceHex = hex;
+    m_panel->ipAddress = ip;
+    m_panel->name = name;
+    m_panel->hex = hex;
     m_view.setDeviceStatus("Paired to " + hex);
     applyFileUploadRule();
     m_view.setHidden(Pane::fileUpload, false);
@@ -135,6 +138,7 @@ void DashboardViewController::didPickCastingDeviceWithIP(
 void DashboardViewController::deviceDisconnecetd()
 {
     if (m_isCastingInProgress) {
+        logSessionEnd(SessionEnd::disconnect);
         stopScreenCast();
         if (!showScreenCastStoppedMessage())
             return;
@@ -142,7 +146,7 @@ void DashboardViewController::deviceDisconnecetd()
     // The panel is told while its address is still known.
     initiateHDMITouchbackEnabled(/*enabled=*/false, /*isHDMI=*/false);
     m_isCastingInProgress = false;
-    m_selectedDeviceIPAddress.reset();
+    m_panel->ipAddress.reset();
     m_view.setDeviceStatus("*No Device Connected");
 
     m_view.setHidden(Pane::hdmiToggle, true);
@@ -156,18 +160,19 @@ void DashboardViewController::deviceDisconnecetd()
 /// The rule looks at the panel's own name, not at its model.
 void DashboardViewController::applyFileUploadRule()
 {
-    m_isFileUploadEnabled =
-        m_selectedDeviceName.value_or("").find(panelWithoutFileUpload) == std::string::npos;
+    m_panel->isFileUploadEnabled =
+        m_panel->name.value_or("").find(panelWithoutFileUpload) == std::string::npos;
 }
 
 void DashboardViewController::beginScreenCast()
 {
-    if (!m_isCastingInProgress && m_selectedDeviceIPAddress) {
+    if (!m_isCastingInProgress && m_panel->ipAddress) {
         startScreenCast();
         return;
     }
     m_view.setHidden(Pane::hdmiToggle, false);
     initiateHDMITouchbackEnabled(/*enabled=*/false, /*isHDMI=*/false);
+    logSessionEnd(SessionEnd::castButton);
     stopScreenCast();
     showScreenCastStoppedMessage();
 }
@@ -186,8 +191,7 @@ void DashboardViewController::startScreenCast()
 void DashboardViewController::stopScreenCast()
 {
     stopServerPing();
-    if (m_sendUdpSocket)
-        m_sendUdpSocket->close();
+    m_touchReception.close();
     m_isCastingInProgress = false;
     m_view.setCastButtonImage("castingInactive");
 }
@@ -200,62 +204,73 @@ bool DashboardViewController::showScreenCastStoppedMessage()
 /// False when the program ends with the alert open.
 bool DashboardViewController::showAlert(const AlertText& alert)
 {
-    return m_use.alerts.runModal(alert.message, alert.informativeText);
+    return m_dependencies.alerts.runModal(alert.message, alert.informativeText);
 }
 
 void DashboardViewController::startServerPing()
 {
     if (m_pingTimer)
         return;
-    m_use.log.log("Starting server ping...");
-    m_pingTimer = m_use.mainQueue.repeat(heartbeatInterval, [this] { inititateServerPing(); });
+    m_dependencies.log.log("Starting server ping...");
+    m_pingTimer = m_dependencies.mainQueue.repeat(heartbeatInterval, [this] { inititateServerPing(); });
 }
 
 void DashboardViewController::stopServerPing()
 {
     if (!m_pingTimer)
         return;
-    m_use.log.log("Stopping server ping...");
+    m_dependencies.log.log("Stopping server ping...");
     m_pingTimer.reset();
     m_serverPingFailedCount = 0;
 }
 
 void DashboardViewController::inititateServerPing()
 {
-    m_use.log.log("Pinging...");
+    m_dependencies.log.log("Pinging...");
     if (m_serverPingFailedCount >= failuresThatEndASession)
         return;
     // Nothing holds the controller any more while it waits on the main queue for its destruction.
     const std::shared_ptr<DashboardViewController> self = weak_from_this().lock();
     if (!self)
         return;
-    PingServer(m_use.panelRequestHost)
-        .pingServerHeartbeat(m_selectedDeviceIPAddress,
+    PingServer(m_dependencies.panelRequestHost)
+        .pingServerHeartbeat(m_panel->ipAddress,
             [self](bool success, const std::string& reply) { self->handleHeartbeatReply(success, reply); });
 }
 
 void DashboardViewController::handleHeartbeatReply(bool success, const std::string& reply)
 {
     if (!success) {
-        m_use.log.log("Ping failed");
+        m_dependencies.log.log("Ping failed");
         // Replies may arrive on several threads: only the one that makes it two ends the session.
         if (++m_serverPingFailedCount == failuresThatEndASession)
-            endSessionOnMainQueue(&networkAlert);
+            endSessionOnMainQueue(SessionEnd::failedHeartbeats, &networkAlert);
         return;
     }
     if (reply == "CAST_OFF")
-        endSessionOnMainQueue(nullptr);
+        endSessionOnMainQueue(SessionEnd::castOffReply);
     else if (reply == "DEVICE_BUSY")
-        endSessionOnMainQueue(&busyAlert);
+        endSessionOnMainQueue(SessionEnd::busyReply, &busyAlert);
 }
 
-void DashboardViewController::endSessionOnMainQueue(const AlertText* alert)
+void DashboardViewController::endSessionOnMainQueue(SessionEnd reason, const AlertText* alert)
 {
-    m_use.mainQueue.async([self = shared_from_this(), alert] {
+    m_dependencies.mainQueue.async([self = shared_from_this(), reason, alert] {
+        self->logSessionEnd(reason);
         self->cleanUIAfterCastingOff();
         if (alert)
             self->showAlert(*alert);
     });
+}
+
+/// Silent when nothing runs: replies may come late.
+void DashboardViewController::logSessionEnd(SessionEnd reason)
+{
+    static constexpr const char* reasons[] = {"the cast button was pressed", "the panel was disconnected",
+        "touchback was closed", "the panel reported CAST_OFF", "the panel is busy", "two heartbeats failed"};
+    const char* const what = m_isCastingInProgress ? "Casting" : "Touch over HDMI";
+    if (m_isCastingInProgress || m_pingTimer)
+        m_dependencies.log.log(std::string(what) + " stopped: " + reasons[static_cast<std::size_t>(reason)]);
 }
 
 void DashboardViewController::cleanUIAfterCastingOff()
@@ -289,85 +304,24 @@ void DashboardViewController::initiateHDMITouchbackEnabled(bool enabled, bool is
 {
     if (enabled)
         initiateTouchBack();
-    m_hdmiTouchback->enableHDMITouchback(enabled, isHDMI, m_selectedDeviceIPAddress);
+    m_hdmiTouchback->enableHDMITouchback(enabled, isHDMI, m_panel->ipAddress);
 }
 
 void DashboardViewController::initiateTouchBack()
 {
     if (!m_view.wirelessTouchSwitch().checked() && !m_isCastingInProgress)
         return;
-    // The port is shared with nobody, so the old socket has to be gone before the new one binds.
-    m_sendUdpSocket.reset();
-    m_sendUdpSocket = m_use.sockets.makeSocket(*this, "client udp socket");
-    if (openTouchSocket())
+    if (m_touchReception.open())
         m_isTouchBackEnabled = true;
-}
-
-bool DashboardViewController::openTouchSocket()
-{
-    if (const auto error = m_sendUdpSocket->enableBroadcast(true)) {
-        m_use.log.log("Error enabling broadcasting: " + *error);
-        return false;
-    }
-    if (m_sendUdpSocket->connectedPort() != touchPort) {
-        if (const auto error = m_sendUdpSocket->bindToPort(touchPort)) {
-            m_use.log.log("Error binding to port: " + *error);
-            return false;
-        }
-    }
-    if (const auto error = m_sendUdpSocket->beginReceiving()) {
-        m_use.log.log("Error receiving: " + *error);
-        return false;
-    }
-    m_use.log.log("Socket Ready");
-    return true;
 }
 
 void DashboardViewController::closeTouchBack()
 {
-    if (m_sendUdpSocket && !m_sendUdpSocket->isClosed())
-        m_sendUdpSocket->close();
+    if (m_touchReception.isOpen())
+        m_touchReception.close();
+    logSessionEnd(SessionEnd::closeTouchBack);
     stopScreenCast();
     showScreenCastStoppedMessage();
-}
-
-void DashboardViewController::udpSocketDidReceiveData(
-    AsyncUdpSocket& socket, std::string_view data, const UdpSender& from)
-{
-    if (isListenedTo(from)) {
-        if (const std::optional<TouchMessage> message = parseTouchMessage(data))
-            simulateTouch(*message);
-        else
-            logShortRecord();
-    }
-    socket.receiveOnce();
-}
-
-bool DashboardViewController::isListenedTo(const UdpSender& sender) const
-{
-    return m_use.touchSource == TouchSource::any || sender.host == m_selectedDeviceIPAddress;
-}
-
-void DashboardViewController::simulateTouch(const TouchMessage& message)
-{
-    if (!m_mouseSimulator) {
-        m_mouseSimulator = std::make_unique<MouseSimulate>(
-            m_use.clock, m_use.screen, m_use.pause, m_use.mouseEventPoster, m_use.panelRequestHost.console);
-    }
-    m_mouseSimulator->initiateMouseEventWithEvent(
-        message.event, message.xCoordinate, message.yCoordinate, message.timeStamp);
-}
-
-/// At most one line a second, as anybody on the network can send any number of such records.
-void DashboardViewController::logShortRecord()
-{
-    const double now = m_use.clock.secondsSince1970();
-    const bool wasJustLogged = m_shortRecordLoggedAt && now >= *m_shortRecordLoggedAt
-        && now - *m_shortRecordLoggedAt < secondsBetweenShortRecordLines;
-    if (wasJustLogged)
-        return;
-    m_shortRecordLoggedAt = now;
-    m_use.log.log("A touch record with fewer than four fields was dropped");
 }
 
 } // namespace companion

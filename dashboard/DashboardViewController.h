@@ -1,13 +1,9 @@
 #pragma once
 
 #include "dashboard/DashboardDependencies.h"
-#include "panel/FileTypes.h"
 #include "panel/HDMITouchBack.h"
-#include "touchback/MouseSimulate.h"
-#include "touchback/TouchMessage.h"
 
 #include <atomic>
-#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -16,19 +12,16 @@
 
 namespace companion {
 
-/// The dashboard's controller: which panel is paired, whether a session with it runs, the heartbeat that watches the
-/// session, the touches that come from the panel, and the files that go to it.
+/// The dashboard's controller: which panel is paired, whether a session with it runs, and the heartbeat that watches
+/// the session. Touches are received by `TouchReception`, files are sent by `FileUploads`.
 ///
 /// Main thread only, except that a heartbeat's reply counts its failure where it arrives; what follows from it runs
 /// on the main queue. A reply keeps the controller alive until it is dealt with, and the controller is destroyed
 /// on the main thread, wherever its last reference goes.
 class DashboardViewController : public DevicesListViewControllerDelegate,
-                                public AsyncUdpSocketDelegate,
                                 public DragDropViewDelegate,
                                 public std::enable_shared_from_this<DashboardViewController> {
 public:
-    static constexpr std::uint16_t touchPort = 41863;
-
     /// The thread that calls is the main thread.
     static std::shared_ptr<DashboardViewController> make(DashboardDependencies dependencies);
 
@@ -46,7 +39,7 @@ public:
 
     /// uploadFileAction:
     /// Lets the user choose a file, unless the panel takes none.
-    void uploadFileAction();
+    void uploadFileAction() { m_fileUploads->uploadFileAction(); }
 
     /// wirelessTouchSwitchToggled:
     void wirelessTouchSwitchToggled();
@@ -60,7 +53,7 @@ public:
     /// Starts casting, or stops it when it runs or when no panel is paired.
     void beginScreenCast();
 
-    /// Shows nothing and tells the panel nothing.
+    /// Shows nothing and sends nothing. Every way in which casting stops ends here; `SessionEnd` lists them.
     void stopScreenCast();
     bool showScreenCastStoppedMessage(); ///< False when the program ends meanwhile.
     void cleanUIAfterCastingOff();
@@ -85,35 +78,47 @@ public:
     /// Opens the touch port if `enabled`, and asks the panel for its touches or to keep them.
     void initiateHDMITouchbackEnabled(bool enabled, bool isHDMI);
 
-    void uploadFileURL(const FileUrl& url) override;
-    void draggingBegin() override;
-    void draggingInprogress() override;
+    void uploadFileURL(const FileUrl& url) override { m_fileUploads->uploadFileURL(url); }
+    void draggingBegin() override { m_fileUploads->draggingBegin(); }
+    void draggingInprogress() override { }
 
     /// The application comes to the front half a second later, as the drag's source had it until now.
-    void draggingFinished() override;
+    void draggingFinished() override { m_fileUploads->draggingFinished(); }
 
     /// uploadFileWithURL:
-    /// Half a second later the file is read whole and sent to the panel that is paired then. By that time there
-    /// has to be a panel, and a file that can be read: their lack is a fatal error.
-    void uploadFileWithURL(const FileUrl& url);
+    /// Half a second later the file is read whole and sent to the panel that is paired then. It is a fatal error if
+    /// no panel is paired by then, or if the file cannot be read.
+    void uploadFileWithURL(const FileUrl& url) { m_fileUploads->uploadFileWithURL(url); }
 
-    void udpSocketDidReceiveData(
-        AsyncUdpSocket& socket, std::string_view data, const UdpSender& from) override;
+    /// udpSocket:didReceiveData:fromAddress:withFilterContext:
+    void udpSocketDidReceiveData(AsyncUdpSocket& socket, std::string_view data, const UdpSender& from)
+    {
+        m_touchReception.udpSocketDidReceiveData(socket, data, from);
+    }
 
     /// Absent while no panel is paired; the other two are those of the panel paired last.
-    const std::optional<std::string>& selectedDeviceIPAddress() const { return m_selectedDeviceIPAddress; }
-    const std::optional<std::string>& selectedDeviceName() const { return m_selectedDeviceName; }
-    const std::optional<std::string>& selectedDeviceHex() const { return m_selectedDeviceHex; }
+    const std::optional<std::string>& selectedDeviceIPAddress() const { return m_panel->ipAddress; }
+    const std::optional<std::string>& selectedDeviceName() const { return m_panel->name; }
+    const std::optional<std::string>& selectedDeviceHex() const { return m_panel->hex; }
 
     bool isCastingInProgress() const { return m_isCastingInProgress; }
     bool isTouchBackEnabled() const { return m_isTouchBackEnabled; }
 
     /// Whether the paired panel takes files; decided at a pick and when the switch is turned off.
-    bool isFileUploadEnabled() const { return m_isFileUploadEnabled; }
+    bool isFileUploadEnabled() const { return m_panel->isFileUploadEnabled; }
 
-    const std::vector<std::string>& imageFileTypes() const { return m_fileTypes.imageFileTypes; }
-    const std::vector<std::string>& videoFileTypes() const { return m_fileTypes.videoFileTypes; }
-    const std::vector<std::string>& documentsFileTypes() const { return m_fileTypes.documentsFileTypes; }
+    const std::vector<std::string>& imageFileTypes() const
+    {
+        return m_fileUploads->fileTypes().imageFileTypes;
+    }
+    const std::vector<std::string>& videoFileTypes() const
+    {
+        return m_fileUploads->fileTypes().videoFileTypes;
+    }
+    const std::vector<std::string>& documentsFileTypes() const
+    {
+        return m_fileUploads->fileTypes().documentsFileTypes;
+    }
 
     /// Any thread.
     int serverPingFailedCount() const { return m_serverPingFailedCount; }
@@ -125,6 +130,16 @@ private:
     static const AlertText networkAlert;
     static const AlertText busyAlert;
 
+    /// Why casting stops; there is no other reason. Touch over HDMI stops for these and with its switch.
+    enum class SessionEnd {
+        castButton,       ///< The user pressed the cast button.
+        disconnect,       ///< The user disconnected the panel.
+        closeTouchBack,   ///< `closeTouchBack` was called, which no flow of the program does.
+        castOffReply,     ///< The panel answered a heartbeat with "CAST_OFF",
+        busyReply,        ///< or with "DEVICE_BUSY".
+        failedHeartbeats, ///< The second heartbeat failed.
+    };
+
     explicit DashboardViewController(DashboardDependencies dependencies);
     ~DashboardViewController() override = default;
     static void destroyOnMainThread(DashboardViewController* controller);
@@ -133,41 +148,27 @@ private:
     void startScreenCast();
     void applyFileUploadRule();
     void handleHeartbeatReply(bool success, const std::string& reply);
-    void endSessionOnMainQueue(const AlertText* alert);
+    void endSessionOnMainQueue(SessionEnd reason, const AlertText* alert = nullptr);
+    void logSessionEnd(SessionEnd reason);
     bool showAlert(const AlertText& alert);
 
-    bool passesUploadGate();
-    void classifyUploadFile(const FileUrl& url);
-
-    bool openTouchSocket();
-    bool isListenedTo(const UdpSender& sender) const;
-    void simulateTouch(const TouchMessage& message);
-    void logShortRecord();
-
-    const DashboardDependencies m_use;
+    const DashboardDependencies m_dependencies;
     DashboardView& m_view;
     const std::thread::id m_mainThread = std::this_thread::get_id();
 
     std::unique_ptr<DevicesListViewController> m_devicesListController;
     std::unique_ptr<RelaySettingsViewController> m_settingsController;
 
-    std::optional<std::string> m_selectedDeviceIPAddress;
-    std::optional<std::string> m_selectedDeviceName;
-    std::optional<std::string> m_selectedDeviceHex;
+    const std::shared_ptr<PairedPanel> m_panel = std::make_shared<PairedPanel>();
     bool m_isCastingInProgress = false;
     bool m_isTouchBackEnabled = false;
-    bool m_isFileUploadEnabled = false;
 
     std::atomic<int> m_serverPingFailedCount = 0;
     std::unique_ptr<RepeatingTimer> m_pingTimer;
 
     std::unique_ptr<HDMITouchBack> m_hdmiTouchback;
-    std::unique_ptr<AsyncUdpSocket> m_sendUdpSocket; // receives only
-    std::unique_ptr<MouseSimulate> m_mouseSimulator;
-    std::optional<double> m_shortRecordLoggedAt; // seconds since 1970
-
-    FileTypeLists m_fileTypes;
-    UploadProgress m_uploadProgress;
+    TouchReception m_touchReception;
+    const std::shared_ptr<FileUploads> m_fileUploads;
 };
 
 } // namespace companion

@@ -422,8 +422,8 @@ TEST_F(DashboardViewControllerTest, FailuresOnTwoThreadsAtOnceEndTheSessionOnce)
 {
     MeetingLog meetingLog;
     dashboard = DashboardViewController::make(
-        {view, alerts, queue, meetingLog, PanelRequestHost{http, addresses, interfaceName, console}, sockets,
-            clock, pause, screen, poster, {fileChooser, fileReader, application}, {}, {}});
+        {view, alerts, queue, meetingLog, PanelRequestHost{http, addresses, interfaceName, console},
+            {sockets, clock, pause, screen, poster}, {fileChooser, fileReader, application}, {}, {}});
     dashboard->viewDidLoad();
     for (int round = 0; round < 500; ++round) {
         startCasting();

@@ -62,7 +62,7 @@ std::string description(const HttpRequest& request)
     return text + " } " + std::to_string(bytes);
 }
 
-[[noreturn]] void failForLackOf(const char* what)
+[[noreturn]] void failWithout(const char* what)
 {
     fatalError(std::string("An upload has no ") + what + ".");
 }
@@ -92,12 +92,12 @@ void UploadDataToHost::initWith(std::optional<std::string> fileType, FileBytes d
     setSelectedDeviceIP(std::move(selectedDeviceIP));
 }
 
-void UploadDataToHost::upload()
+void UploadDataToHost::upload(HttpProgress progress)
 {
     m_host.console.print("Uploading...");
     const std::string boundary = "Boundary-" + makeUuid();
     if (!m_selectedDeviceIP)
-        failForLackOf("panel address");
+        failWithout("panel address");
     std::optional<Url> url =
         m_host.httpSession.urlFromText("http://" + *m_selectedDeviceIP + ":5505/uploadfile");
     if (!url)
@@ -105,25 +105,20 @@ void UploadDataToHost::upload()
 
     HttpRequest made = request(std::move(*url), boundary);
     m_host.console.print("request: " + description(made));
-    UploadWatch watch = m_makeWatch ? m_makeWatch() : UploadWatch();
-    made.progress = std::move(watch.progress);
+    made.progress = std::move(progress);
     // The completion outlives this object, so it holds by itself what it needs.
     m_host.httpSession.send(
-        std::move(made), [host = m_host, ended = std::move(watch.ended)](const HttpReply& reply) {
-            if (ended)
-                ended();
-            handleReply(host, reply);
-        });
+        std::move(made), [host = m_host](const HttpReply& reply) { handleReply(host, reply); });
 }
 
 HttpRequest UploadDataToHost::request(Url url, const std::string& boundary) const
 {
     if (!m_data)
-        failForLackOf("data");
+        failWithout("data");
     if (!m_fileName)
-        failForLackOf("file name");
+        failWithout("file name");
     if (!m_fileType)
-        failForLackOf("file type");
+        failWithout("file type");
 
     HttpRequest made;
     made.url = std::move(url);

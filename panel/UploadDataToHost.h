@@ -6,7 +6,6 @@
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
 
-#include <functional>
 #include <optional>
 #include <string>
 
@@ -20,19 +19,10 @@ struct UploadHost {
     Alerts& alerts;
 };
 
-/// What an uploaded file's sender may want to know on the way; each may be empty. Delivery thread.
-struct UploadWatch {
-    HttpProgress progress;
-
-    /// Once for each request, before its outcome, if it has one, is on its way to the user. Not called when the
-    /// request is dropped together with its session.
-    std::function<void()> ended;
-};
-
 /// How an upload ended, as far as the user is told.
 enum class UploadOutcome { uploaded, serverError, rejected, silent };
 
-/// No word about what never was answered; otherwise the status decides alone.
+/// Silent if there is no response; otherwise the status alone decides.
 UploadOutcome uploadOutcome(const HttpReply& reply);
 
 /// Sends one file to the upload service on port 5505 of a panel, and shows how it went in an alert. Main thread only.
@@ -56,12 +46,10 @@ public:
     const std::optional<std::string>& selectedDeviceIP() const { return m_selectedDeviceIP; }
     void setSelectedDeviceIP(std::optional<std::string> address) { m_selectedDeviceIP = std::move(address); }
 
-    /// Called by `upload` for each request that it is about to send.
-    void setWatch(std::function<UploadWatch()> makeWatch) { m_makeWatch = std::move(makeWatch); }
-
     /// Starts a request of its own with every call, and returns at once; nothing is sent when the address makes no
-    /// URL. A fatal error when one of the four values is absent that it comes to need.
-    void upload();
+    /// URL. Fatal when one of the four values is absent that the request needs. `progress` is called on the delivery
+    /// thread and destroyed once the upload is over, however it ended.
+    void upload(HttpProgress progress = {});
 
 private:
     HttpRequest request(Url url, const std::string& boundary) const;
@@ -71,7 +59,6 @@ private:
     FileBytes m_data;
     std::optional<std::string> m_fileName;
     std::optional<std::string> m_selectedDeviceIP;
-    std::function<UploadWatch()> m_makeWatch;
 };
 
 } // namespace companion

@@ -286,49 +286,28 @@ TEST_F(UploadDataToHostTest, AlertsOfSeveralUploadsComeOneAfterTheOther)
     EXPECT_EQ(transcript.take(), "alert Failure\nalert Success\nalert Failure");
 }
 
-TEST_F(UploadDataToHostTest, WatchHearsOfBytesAndOfTheEndBeforeTheOutcome)
+TEST_F(UploadDataToHostTest, ProgressIsToldUntilTheReplyAndThenDropped)
 {
+    auto progress = std::make_shared<std::string>();
+    const std::weak_ptr<std::string> whileUnderWay = progress;
     prepare();
-    upload.setWatch([this] {
-        return UploadWatch{[this](std::uint64_t sent, std::uint64_t total) {
-                               transcript.add(
-                                   "sent " + std::to_string(sent) + " of " + std::to_string(total));
-                           },
-            [this] { queue.async([this] { transcript.add("ended"); }); }};
+    upload.upload([progress = std::move(progress)](std::uint64_t sent, std::uint64_t total) {
+        *progress = std::to_string(sent) + " of " + std::to_string(total);
     });
-    upload.upload();
-    transcript.clear();
     session.request(0).progress(7, 9);
-    session.completeWithHttp(0, 404, "");
-    EXPECT_EQ(
-        afterAnswer(), "sent 7 of 9\n" + responseLine(404) + "--\nended\nalert Failure: File Upload failed.");
-}
-
-TEST_F(UploadDataToHostTest, EachRequestThatIsSentHasAWatchOfItsOwn)
-{
-    int watches = 0;
-    prepare();
-    upload.setWatch([&watches] {
-        ++watches;
-        return UploadWatch();
-    });
-    upload.setSelectedDeviceIP("10.0 .2.15");
-    upload.upload();
-    EXPECT_EQ(watches, 0) << "nothing is sent";
-    upload.setSelectedDeviceIP("10.0.2.15");
-    upload.upload();
-    upload.upload();
-    EXPECT_EQ(watches, 2);
-}
-
-TEST_F(UploadDataToHostTest, WatchHearsOfTheEndOfASilentUpload)
-{
-    int ends = 0;
-    prepare();
-    upload.setWatch([&ends] { return UploadWatch{{}, [&ends] { ++ends; }}; });
-    upload.upload();
+    EXPECT_EQ(*whileUnderWay.lock(), "7 of 9");
     session.fail(0, "Connection refused");
-    EXPECT_EQ(ends, 1);
+    EXPECT_TRUE(whileUnderWay.expired());
+}
+
+TEST_F(UploadDataToHostTest, ProgressOfAnUploadThatIsNotSentIsDroppedAtOnce)
+{
+    auto progress = std::make_shared<int>();
+    const std::weak_ptr<int> whileUnderWay = progress;
+    prepare();
+    upload.setSelectedDeviceIP("10.0 .2.15");
+    upload.upload([progress = std::move(progress)](std::uint64_t, std::uint64_t) {});
+    EXPECT_TRUE(whileUnderWay.expired());
 }
 
 } // namespace companion::testing

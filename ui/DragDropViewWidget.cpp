@@ -38,7 +38,8 @@ void DragDropViewWidget::dragEnterEvent(QDragEnterEvent* event)
 
 void DragDropViewWidget::takeOrRefuse(QDragMoveEvent& event)
 {
-    if (!m_model || !mayBeCopied(event) || !m_model->takesDrag(MimePasteboard(*event.mimeData()))) {
+    if (!m_model || !mayBeCopied(event)
+        || !m_model->takesDrag(MimePasteboard(*event.mimeData(), MimePasteboard::Stage::drag))) {
         event.ignore();
         return;
     }
@@ -77,16 +78,15 @@ bool DragDropViewWidget::event(QEvent* event)
     return ImageView::event(event);
 }
 
-/// The source waits for the answer, so what follows, which may be an alert, comes after it.
 void DragDropViewWidget::dropEvent(QDropEvent* event)
 {
     m_isDragInside = false;
-    const Drop drop = mayBeCopied(*event) ? m_model->readDrop(MimePasteboard(*event->mimeData())) : Drop();
-    if (drop.isAccepted())
+    if (mayBeCopied(*event)
+        && m_model->performDragOperation(MimePasteboard(*event->mimeData(), MimePasteboard::Stage::drop)))
         allowCopy(*event);
     else
         event->ignore();
-    m_model->carryOutLater(drop);
+    m_model->draggingEnded();
 }
 
 } // namespace companion

@@ -5,7 +5,7 @@
 
 namespace companion {
 
-/// The drop area: tells its model of drags from other programs, and of drops once the drag's source has been answered.
+/// The drop area: passes drags and drops from other programs on to its model.
 class DragDropViewWidget : public ImageView {
     Q_OBJECT
 

@@ -9,7 +9,6 @@
 #include <QVariantMap>
 #include <sys/stat.h>
 #include <unistd.h>
-#include <utility>
 
 namespace companion {
 
@@ -36,7 +35,50 @@ bool namesReadableFile(const std::string& url)
         && access(file->path().c_str(), R_OK) == 0;
 }
 
+/// Programs may name this computer in the URL of a file.
+std::optional<std::string> listedUrl(const QMimeData& mimeData)
+{
+    const QList<QUrl> urls = mimeData.urls();
+    if (urls.isEmpty())
+        return std::nullopt;
+    QUrl url = urls.first();
+    if (url.isLocalFile() && url.host().compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0)
+        url.setHost(QString());
+    return bytes(url.toEncoded());
+}
+
+std::optional<std::string> askPortal(const QMimeData& mimeData)
+{
+    QDBusMessage call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.portal.Documents"),
+        QStringLiteral("/org/freedesktop/portal/documents"),
+        QStringLiteral("org.freedesktop.portal.FileTransfer"), QStringLiteral("RetrieveFiles"));
+    call << QString::fromUtf8(mimeData.data(portalKey)).remove(QChar::Null) << QVariantMap();
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, portalTimeout);
+    const QStringList paths = reply.arguments().value(0).toStringList();
+    if (reply.type() != QDBusMessage::ReplyMessage || paths.isEmpty())
+        return std::nullopt;
+    return FileUrl::fromPath(paths.first().toStdString()).text();
+}
+
 } // namespace
+
+/// A path from the portal is valid here; the one in the list may be the sandbox's, and counts only without it.
+MimePasteboard::MimePasteboard(const QMimeData& mimeData, Stage stage)
+    : m_mimeData(mimeData)
+    , m_url(listedUrl(mimeData))
+{
+    const bool hasPortalKey = mimeData.hasFormat(portalKey);
+    if (hasPortalKey && stage == Stage::drag) {
+        m_fileUrl = "";
+        return;
+    }
+    const std::optional<std::string> portalUrl = hasPortalKey ? askPortal(mimeData) : std::nullopt;
+    const std::optional<std::string>& file = portalUrl ? portalUrl : m_url;
+    if (file && namesReadableFile(*file))
+        m_fileUrl = file;
+    if (!m_url)
+        m_url = portalUrl;
+}
 
 std::vector<DragType> MimePasteboard::types() const
 {
@@ -51,7 +93,7 @@ std::vector<DragType> MimePasteboard::types() const
         else if (format == pdf)
             addOnce(DragType::pdf);
         else if (format == urlList || format == portalKey) {
-            if (mayBeFile())
+            if (m_fileUrl)
                 addOnce(DragType::fileUrl);
             addOnce(DragType::url);
         }
@@ -67,69 +109,11 @@ std::optional<std::string> MimePasteboard::dataForType(DragType type) const
     case DragType::pdf:
         return bytes(m_mimeData.data(pdf));
     case DragType::url:
-        return url();
+        return m_url;
     case DragType::fileUrl:
-        return fileUrl();
+        return m_fileUrl;
     }
     return std::nullopt;
-}
-
-std::optional<std::string> MimePasteboard::url() const
-{
-    const std::optional<std::string> listed = listedUrl();
-    return listed ? listed : portalUrl();
-}
-
-/// Programs may name this computer in the URL of a file.
-std::optional<std::string> MimePasteboard::listedUrl() const
-{
-    const QList<QUrl> urls = m_mimeData.urls();
-    if (urls.isEmpty())
-        return std::nullopt;
-    QUrl url = urls.first();
-    if (url.isLocalFile() && url.host().compare(QSysInfo::machineHostName(), Qt::CaseInsensitive) == 0)
-        url.setHost(QString());
-    return bytes(url.toEncoded());
-}
-
-/// A path that the portal knows is the one here; that in the list may be one of the sandbox, and counts only where
-/// there is nothing else to go by.
-std::optional<std::string> MimePasteboard::fileUrl() const
-{
-    std::optional<std::string> url = portalUrl();
-    if (!url)
-        url = listedUrl();
-    return url && namesReadableFile(*url) ? url : std::nullopt;
-}
-
-bool MimePasteboard::mayBeFile() const
-{
-    return (hasPortalKey() && !m_hasAskedPortal) || fileUrl();
-}
-
-bool MimePasteboard::hasPortalKey() const
-{
-    return m_mimeData.hasFormat(portalKey);
-}
-
-const std::optional<std::string>& MimePasteboard::portalUrl() const
-{
-    if (hasPortalKey() && !std::exchange(m_hasAskedPortal, true))
-        m_portalUrl = askPortal();
-    return m_portalUrl;
-}
-
-std::optional<std::string> MimePasteboard::askPortal() const
-{
-    QDBusMessage call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.portal.Documents"),
-        QStringLiteral("/org/freedesktop/portal/documents"),
-        QStringLiteral("org.freedesktop.portal.FileTransfer"), QStringLiteral("RetrieveFiles"));
-    call << QString::fromUtf8(m_mimeData.data(portalKey)).remove(QChar::Null) << QVariantMap();
-    const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, portalTimeout);
-    const QStringList paths = reply.arguments().value(0).toStringList();
-    if (reply.type() != QDBusMessage::ReplyMessage || paths.isEmpty())
-        return std::nullopt;
-    return FileUrl::fromPath(paths.first().toStdString()).text();
 }
 
 } // namespace companion

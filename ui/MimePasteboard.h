@@ -11,33 +11,21 @@ namespace companion {
 /// program hands over by the FileTransfer portal (org.freedesktop.portal.FileTransfer) are file URLs, too.
 class MimePasteboard : public DragPasteboard {
 public:
-    /// `mimeData` must outlive this object.
-    explicit MimePasteboard(const QMimeData& mimeData)
-        : m_mimeData(mimeData)
-    {
-    }
+    enum class Stage {
+        drag, ///< The portal's key counts as a file.
+        drop, ///< The portal is asked, and waited for up to a second; it forgets a key with its first answer.
+    };
 
-    /// What is offered by the portal's key counts as a file until the portal has been asked.
+    /// Examines the file that is offered, once. `mimeData` must outlive this object.
+    MimePasteboard(const QMimeData& mimeData, Stage stage);
+
     std::vector<DragType> types() const override;
-
-    /// Asks the portal, where its key is offered, and waits up to a second for it. It is asked once: it forgets a
-    /// key with its first answer.
     std::optional<std::string> dataForType(DragType type) const override;
 
 private:
-    std::optional<std::string> url() const;
-    std::optional<std::string> listedUrl() const;
-    std::optional<std::string> fileUrl() const;
-    bool mayBeFile() const;
-
-    bool hasPortalKey() const;
-    const std::optional<std::string>& portalUrl() const;
-    std::optional<std::string> askPortal() const;
-
     const QMimeData& m_mimeData;
-    mutable bool m_hasAskedPortal = false;
-    mutable std::optional<std::string>
-        m_portalUrl; ///< Nothing when the portal has not answered, or has no files.
+    std::optional<std::string> m_url;
+    std::optional<std::string> m_fileUrl; ///< Empty while the portal has not been asked.
 };
 
 } // namespace companion

@@ -9,11 +9,11 @@
 
 namespace companion {
 
-QtDashboardView::QtDashboardView(Alerts& alerts, SystemLog& log, QWidget* parent)
+QtDashboardView::QtDashboardView(Alerts& alerts, SystemLog& log, MainQueue& mainQueue, QWidget* parent)
     : ColoredView(parent)
     , m_scene(std::make_unique<Ui::DashboardScene>())
     , m_wirelessTouchSwitch(log)
-    , m_fileUploadView(alerts, log)
+    , m_fileUploadView(alerts, log, mainQueue)
 {
     m_scene->setupUi(this);
     m_scene->wirelessTouchSwitch->setModel(m_wirelessTouchSwitch);
@@ -151,14 +151,9 @@ void QtDashboardView::setUploadArrowImage(const std::string& imageName)
     m_scene->uploadArrowImage->setImageName(QString::fromStdString(imageName));
 }
 
-void QtDashboardView::showUploads(const std::vector<UploadLine>& lines)
+void QtDashboardView::showUpload(const std::string& fileName, std::weak_ptr<const UploadPercent> percent)
 {
-    m_scene->uploadProgressBars->setLines(lines);
-}
-
-void QtDashboardView::announcePolitely(const std::string& text)
-{
-    m_scene->uploadProgressBars->announce(QString::fromStdString(text));
+    m_scene->uploadProgressBars->add(QString::fromStdString(fileName), std::move(percent));
 }
 
 void QtDashboardView::presentDevicesList(DevicesListViewController& controller)

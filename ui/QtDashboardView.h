@@ -23,7 +23,7 @@ class QtDashboardView : public ColoredView, public DashboardView {
     Q_OBJECT
 
 public:
-    QtDashboardView(Alerts& alerts, SystemLog& log, QWidget* parent = nullptr);
+    QtDashboardView(Alerts& alerts, SystemLog& log, MainQueue& mainQueue, QWidget* parent = nullptr);
     ~QtDashboardView() override;
 
     /// The list that its controller works; it exists from the start, its popover from the first opening on.
@@ -38,8 +38,7 @@ public:
     ITSwitch& wirelessTouchSwitch() override { return m_wirelessTouchSwitch; }
     void presentDevicesList(DevicesListViewController& controller) override;
     void presentSettings(RelaySettingsViewController& controller) override;
-    void showUploads(const std::vector<UploadLine>& lines) override;
-    void announcePolitely(const std::string& text) override;
+    void showUpload(const std::string& fileName, std::weak_ptr<const UploadPercent> percent) override;
 
 Q_SIGNALS:
     void devicesListIconClicked();

@@ -4,6 +4,7 @@
 
 #include <QPainter>
 #include <QStyle>
+#include <utility>
 
 namespace companion {
 
@@ -13,14 +14,27 @@ constexpr int percentageWidth = 56;
 
 } // namespace
 
-UploadBar::UploadBar(const UploadLine& line, QWidget* parent)
+UploadBar::UploadBar(const QString& fileName, std::weak_ptr<const UploadPercent> percent, QWidget* parent)
     : QProgressBar(parent)
-    , m_number(line.number)
+    , m_percent(std::move(percent))
 {
     setFont(Theme::font(Theme::FontFace::regular, 12));
     setRange(0, 100);
-    setValue(line.percent);
-    setAccessibleName(QString::fromStdString(line.fileName));
+    setAccessibleName(fileName);
+    refresh();
+}
+
+bool UploadBar::refresh()
+{
+    const auto percent = m_percent.lock();
+    if (percent)
+        setValue(*percent);
+    return percent != nullptr;
+}
+
+QString UploadBar::text() const
+{
+    return QStringLiteral("%1 %2 %").arg(accessibleName(), QString::number(value()));
 }
 
 void UploadBar::paintEvent(QPaintEvent*)

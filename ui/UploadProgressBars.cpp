@@ -1,7 +1,6 @@
 #include "ui/UploadProgressBars.h"
 
 #include "ui/Theme.h"
-#include "ui/UploadBar.h"
 
 #include <algorithm>
 #include <QPainter>
@@ -15,6 +14,7 @@ constexpr int smallestLineHeight = UploadBar::textHeight + UploadBar::barHeight;
 constexpr int lineHeight = smallestLineHeight + 10;
 constexpr int fewLines = 3;    // have their place in any case
 constexpr int sideMargin = 32; // from the drop area's dashed border
+constexpr int percentBetweenAnnouncements = 25;
 
 } // namespace
 
@@ -25,38 +25,47 @@ UploadProgressBars::UploadProgressBars(QWidget* parent)
     setFont(Theme::font(Theme::FontFace::regular, 12));
     setContentsMargins(sideMargin, 0, sideMargin, 0);
     hide();
+    m_timer.setInterval(100);
+    connect(&m_timer, &QTimer::timeout, this, &UploadProgressBars::refresh);
 }
 
-UploadProgressBars::~UploadProgressBars() = default;
-
-/// An upload keeps its bar, so that a screen reader hears of its progress and not of new bars.
-void UploadProgressBars::setLines(const std::vector<UploadLine>& lines)
+void UploadProgressBars::add(const QString& fileName, std::weak_ptr<const UploadPercent> percent)
 {
-    std::vector<std::unique_ptr<UploadBar>> bars;
-    for (const UploadLine& line : lines) {
-        bars.push_back(barFor(line));
-        bars.back()->setValue(line.percent);
-    }
-    m_bars = std::move(bars);
+    m_bars.push_back(std::make_unique<UploadBar>(fileName, std::move(percent), this));
+    countHasChanged();
+    announce(tr("Uploading %1").arg(fileName));
+}
+
+void UploadProgressBars::refresh()
+{
+    const int before = count();
+    std::erase_if(m_bars, [this](const std::unique_ptr<UploadBar>& bar) {
+        const int old = bar->value();
+        const bool isUnderWay = bar->refresh();
+        if (bar->value() / percentBetweenAnnouncements > old / percentBetweenAnnouncements)
+            announce(bar->text());
+        return !isUnderWay;
+    });
+    if (count() != before)
+        countHasChanged();
+}
+
+void UploadProgressBars::countHasChanged()
+{
+    if (m_bars.empty())
+        m_timer.stop();
+    else if (!m_timer.isActive())
+        m_timer.start();
     updateGeometry();
-    setHidden(lines.empty());
+    setHidden(m_bars.empty());
     arrange();
     update();
 }
 
-/// That which the upload has, or a new one.
-std::unique_ptr<UploadBar> UploadProgressBars::barFor(const UploadLine& line)
-{
-    for (auto& bar : m_bars) {
-        if (bar && bar->number() == line.number)
-            return std::move(bar);
-    }
-    return std::make_unique<UploadBar>(line, this);
-}
-
+/// Screen readers are told of a new name, and say it when they have the time.
 void UploadProgressBars::announce(const QString& text)
 {
-    setAccessibleName(text); // which tells screen readers of the new name
+    setAccessibleName(text);
 }
 
 QSize UploadProgressBars::sizeHint() const

@@ -1,27 +1,26 @@
 #pragma once
 
-#include "views/UploadProgress.h"
+#include "ui/UploadBar.h"
 
 #include <memory>
+#include <QTimer>
 #include <QWidget>
+#include <vector>
 
 namespace companion {
 
-class UploadBar;
-
-/// One slim bar for each upload on its way; nothing when none is. It takes no input.
+/// One slim bar for each upload under way; hidden when there is none. It takes no input.
 class UploadProgressBars : public QWidget {
     Q_OBJECT
 
 public:
     explicit UploadProgressBars(QWidget* parent = nullptr);
-    ~UploadProgressBars() override;
 
-    /// The oldest first; lines keep their place while they last.
-    void setLines(const std::vector<UploadLine>& lines);
+    /// Adds a bar, which stays until `percent` expires.
+    void add(const QString& fileName, std::weak_ptr<const UploadPercent> percent);
 
-    /// What a screen reader says of all uploads when it is next asked, or has the time.
-    void announce(const QString& text);
+    /// Shows how far uploads are; ten times a second while there are any.
+    void refresh();
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override;
@@ -34,10 +33,12 @@ private:
     int count() const { return static_cast<int>(m_bars.size()); }
     int shownCount() const;
     QRect place(int index) const;
-    std::unique_ptr<UploadBar> barFor(const UploadLine& line);
+    void announce(const QString& text);
+    void countHasChanged();
     void arrange();
 
-    std::vector<std::unique_ptr<UploadBar>> m_bars;
+    std::vector<std::unique_ptr<UploadBar>> m_bars; ///< The oldest first.
+    QTimer m_timer{this};
 };
 
 } // namespace companion

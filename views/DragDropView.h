@@ -45,23 +45,14 @@ public:
     virtual void draggingFinished() = 0;
 };
 
-/// What a drop leads to; keeps nothing of the pasteboard.
-struct Drop {
-    enum class Kind { pasteError, pngImage, fileUrl, pdf, url, other };
-
-    Kind kind = Kind::other;
-    std::optional<FileUrl> fileUrl;
-
-    bool isAccepted() const { return kind != Kind::pasteError && kind != Kind::other; }
-};
-
-/// The drop area's model: which drags it takes, and what becomes of a drop. Main thread only.
+/// The drop area's model: which drags it takes, and what a drop leads to. Main thread only.
 class DragDropView {
 public:
     /// A set of operations with all its bits set.
     static constexpr unsigned everyDragOperation = ~0u;
 
-    DragDropView(Alerts& alerts, SystemLog& log);
+    /// All of them must outlive this object.
+    DragDropView(Alerts& alerts, SystemLog& log, MainQueue& mainQueue);
     DragDropView(const DragDropView&) = delete;
     DragDropView& operator=(const DragDropView&) = delete;
 
@@ -70,9 +61,6 @@ public:
     const std::vector<DragType>& registeredDraggedTypes() const { return m_registeredDraggedTypes; }
 
     void setDelegate(std::weak_ptr<DragDropViewDelegate> delegate);
-
-    /// Where drops are carried out later; it must outlive this object.
-    void setMainQueue(MainQueue& mainQueue) { m_mainQueue = &mainQueue; }
 
     /// Whether a drag is for this view at all; the other calls are for such drags only.
     bool takesDrag(const DragPasteboard& pasteboard) const;
@@ -87,28 +75,18 @@ public:
     void draggingExited();
 
     /// performDragOperation:
-    /// Whether the drop was accepted; an alert has been dismissed by then.
+    /// Whether the drop is accepted. What may open an alert is left to the main queue, since the drag's source waits for
+    /// the answer.
     bool performDragOperation(const DragPasteboard& pasteboard);
 
-    // Its two halves, for platforms on which the drag's source waits for the answer: it is told
-    // `Drop::isAccepted()` between them, before an alert can hold it up.
-    Drop readDrop(const DragPasteboard& pasteboard) const;
-    void carryOut(const Drop& drop);
-
-    /// Carries the drop out and ends its drag when the main queue comes to it, so not while an alert is open; never
-    /// when this object is gone by then.
-    void carryOutLater(const Drop& drop);
-
 private:
-    bool hasData(const DragPasteboard& pasteboard) const;
+    void uploadLater(const std::optional<std::string>& urlText);
 
     Alerts& m_alerts;
     SystemLog& m_log;
-    MainQueue* m_mainQueue = nullptr;
+    MainQueue& m_mainQueue;
     std::vector<DragType> m_registeredDraggedTypes;
     std::weak_ptr<DragDropViewDelegate> m_delegate;
-    const std::shared_ptr<DragDropView> m_checkedSelf{
-        this, [](DragDropView*) {}}; ///< Only to be held weakly.
 };
 
 } // namespace companion

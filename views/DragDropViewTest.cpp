@@ -62,7 +62,7 @@ const FakePasteboard::Item png{DragType::pngImage, "\x89PNG"};
 const FakePasteboard::Item pdf{DragType::pdf, "%PDF-1.7"};
 const FakePasteboard::Item webUrl{DragType::url, "http://example.com/"};
 const FakePasteboard::Item file{DragType::fileUrl, "file:///home/ada/my%20plan.pdf"};
-const std::string pasteError = "alert Paste Error; not accepted";
+const std::string pasteError = "not accepted; alert Paste Error";
 
 } // namespace
 
@@ -72,13 +72,13 @@ protected:
     {
         view.init();
         view.setDelegate(delegate);
-        view.setMainQueue(queue);
     }
 
-    /// What happened, and the answer.
+    /// The answer, and what happened before and after it.
     std::string drop(const FakePasteboard& pasteboard)
     {
         transcript.add(view.performDragOperation(pasteboard) ? "accepted" : "not accepted");
+        queue.runPending();
         return transcript.take("; ");
     }
 
@@ -87,14 +87,12 @@ protected:
     FakeSystemLog log{transcript};
     FakeMainQueue queue;
     std::shared_ptr<FakeDelegate> delegate = std::make_shared<FakeDelegate>(transcript);
-    DragDropView view{alerts, log};
+    DragDropView view{alerts, log, queue};
 };
-
-using DragDropViewDeathTest = DragDropViewTest;
 
 TEST_F(DragDropViewTest, OnlyInitRegistersTheFourTypesInOrder)
 {
-    DragDropView fresh(alerts, log);
+    DragDropView fresh(alerts, log, queue);
     EXPECT_TRUE(fresh.registeredDraggedTypes().empty());
     EXPECT_FALSE(fresh.takesDrag(FakePasteboard{png, pdf, webUrl, file}));
     const std::vector<DragType> registered{
@@ -137,8 +135,8 @@ TEST_F(DragDropViewTest, ExitAndEndOfOneDragAreBothTold)
 
 TEST_F(DragDropViewTest, FileIsUploadedOnce)
 {
-    EXPECT_EQ(drop({file}), "upload /home/ada/my plan.pdf; accepted");
-    EXPECT_EQ(drop({webUrl, file}), "upload /home/ada/my plan.pdf; accepted");
+    EXPECT_EQ(drop({file}), "accepted; upload /home/ada/my plan.pdf");
+    EXPECT_EQ(drop({webUrl, file}), "accepted; upload /home/ada/my plan.pdf");
 }
 
 TEST_F(DragDropViewTest, ImagePdfAndUrlAreLoggedAccepted)
@@ -151,7 +149,7 @@ TEST_F(DragDropViewTest, ImagePdfAndUrlAreLoggedAccepted)
 TEST_F(DragDropViewTest, ImageOutranksTheFileTheFileThePdfAndThePdfTheUrl)
 {
     EXPECT_EQ(drop({file, webUrl, pdf, png}), "log PNG image; accepted");
-    EXPECT_EQ(drop({pdf, webUrl, file}), "upload /home/ada/my plan.pdf; accepted");
+    EXPECT_EQ(drop({pdf, webUrl, file}), "accepted; upload /home/ada/my plan.pdf");
     EXPECT_EQ(drop({webUrl, pdf}), "log PDF; accepted");
 }
 
@@ -195,51 +193,30 @@ TEST_F(DragDropViewTest, WithoutADelegateTheAnswersStayAndNobodyIsTold)
     EXPECT_EQ(drop({file}), "log draggingEnded; accepted");
 }
 
-TEST_F(DragDropViewTest, AnswerIsKnownBeforeAnythingIsDoneAboutADrop)
-{
-    const Drop refused = view.readDrop(FakePasteboard{{DragType::pngImage, ""}});
-    const Drop accepted = view.readDrop(FakePasteboard{file});
-    EXPECT_FALSE(refused.isAccepted());
-    EXPECT_TRUE(accepted.isAccepted());
-    EXPECT_EQ(transcript.take(), "");
-    view.carryOut(refused);
-    view.carryOut(accepted);
-    EXPECT_EQ(transcript.take("; "), "alert Paste Error; upload /home/ada/my plan.pdf");
-}
-
 TEST_F(DragDropViewTest, DropOfTypesThatAreNotRegisteredIsAPasteError)
 {
-    DragDropView unregistered(alerts, log);
+    DragDropView unregistered(alerts, log, queue);
     EXPECT_FALSE(unregistered.performDragOperation(FakePasteboard{file}));
+    queue.runPending();
     EXPECT_EQ(transcript.take("; "), "alert Paste Error");
 }
 
-TEST_F(DragDropViewTest, ADropForLaterIsCarriedOutInItsTurnOnTheMainQueue)
+TEST_F(DragDropViewTest, ReactionsWaitForTheirTurnOnTheMainQueue)
 {
     queue.async([&] { transcript.add("earlier job"); });
-    view.carryOutLater(view.readDrop(FakePasteboard{file}));
-    view.carryOutLater(view.readDrop(FakePasteboard{}));
-    EXPECT_EQ(transcript.take("; "), "");
+    view.performDragOperation(FakePasteboard{file});
+    view.performDragOperation(FakePasteboard{});
+    EXPECT_EQ(transcript.take(), "");
     queue.runPending();
-    EXPECT_EQ(transcript.take("; "),
-        "earlier job; upload /home/ada/my plan.pdf; log draggingEnded; finished; alert Paste Error; "
-        "log draggingEnded; finished");
+    EXPECT_EQ(transcript.take("; "), "earlier job; upload /home/ada/my plan.pdf; alert Paste Error");
 }
 
-TEST_F(DragDropViewTest, ADropForLaterGoesWithItsView)
+TEST_F(DragDropViewTest, ADelegateThatIsGoneByThenIsNotTold)
 {
-    auto shortLived = std::make_unique<DragDropView>(alerts, log);
-    shortLived->setMainQueue(queue);
-    shortLived->carryOutLater({Drop::Kind::pdf, std::nullopt});
-    shortLived.reset();
+    view.performDragOperation(FakePasteboard{file});
+    delegate.reset();
     queue.runPending();
-    EXPECT_EQ(transcript.take("; "), "");
-}
-
-TEST_F(DragDropViewDeathTest, ADropForLaterWithoutAMainQueueIsFatal)
-{
-    DragDropView fresh(alerts, log);
-    EXPECT_DEATH(fresh.carryOutLater({}), "no main queue");
+    EXPECT_EQ(transcript.take(), "");
 }
 
 } // namespace companion::testing

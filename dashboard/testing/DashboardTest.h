@@ -53,8 +53,8 @@ protected:
 
     DashboardDependencies dependencies()
     {
-        return {view, alerts, queue, log, PanelRequestHost{http, addresses, interfaceName, console}, sockets,
-            clock, pause, screen, poster, {fileChooser, fileReader, application},
+        return {view, alerts, queue, log, PanelRequestHost{http, addresses, interfaceName, console},
+            {sockets, clock, pause, screen, poster, touchSource}, {fileChooser, fileReader, application},
             [this] {
                 ++devicesListsMade;
                 return std::make_unique<DevicesListViewController>(devicesListView, browsers, log);
@@ -62,8 +62,7 @@ protected:
             [this] {
                 ++settingsMade;
                 return std::make_unique<RelaySettingsViewController>();
-            },
-            touchSource};
+            }};
     }
 
     void pickRoom204() { dashboard->didPickCastingDeviceWithIP("10.0.2.15", "0A00020F", "Room 204"); }
@@ -105,9 +104,9 @@ protected:
 
     Transcript transcript;
     Transcript consoleTranscript;
-    FakeDashboardView view{transcript};
-    FakeAlerts alerts{transcript};
     FakeMainQueue queue;
+    FakeDashboardView view{transcript, queue};
+    FakeAlerts alerts{transcript};
     FakeSystemLog log{transcript};
     FakeConsole console{consoleTranscript};
     FakeInterfaceAddresses addresses;

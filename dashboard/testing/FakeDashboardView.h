@@ -6,18 +6,20 @@
 #include "platform/testing/Transcript.h"
 
 #include <map>
+#include <vector>
 
 namespace companion::testing {
 
 /// Writes "show castButton", "hide hdmiMessage", "status Paired to 0A00020F", "cast image castingActive", "switch on",
-/// "drop image fileUploadGrid", "arrow image uploadArrow", "present devices list", "present settings",
-/// "uploads: a.png 42 %, b.pdf 0 %" and "say Uploading a.png". Panes are shown until they are hidden.
+/// "drop image fileUploadGrid", "arrow image uploadArrow", "present devices list", "present settings" and
+/// "show upload a.png". Panes are shown until they are hidden.
 class FakeDashboardView : public DashboardView, public ITSwitchLayers {
 public:
-    explicit FakeDashboardView(Transcript& transcript)
+    FakeDashboardView(Transcript& transcript, MainQueue& mainQueue)
         : m_transcript(transcript)
         , m_log(transcript)
         , m_alerts(transcript)
+        , m_dropArea(m_alerts, m_log, mainQueue)
     {
         m_switch.setLayers(this);
         m_transcript.clear();
@@ -36,15 +38,11 @@ public:
     DragDropView& fileUploadView() override { return m_dropArea; }
     ITSwitch& wirelessTouchSwitch() override { return m_switch; }
 
-    void showUploads(const std::vector<UploadLine>& lines) override
+    void showUpload(const std::string& fileName, std::weak_ptr<const UploadPercent> percent) override
     {
-        std::string text;
-        for (const UploadLine& line : lines)
-            text += (text.empty() ? " " : ", ") + line.text();
-        m_transcript.add("uploads:" + text);
+        m_transcript.add("show upload " + fileName);
+        uploads.push_back(std::move(percent));
     }
-
-    void announcePolitely(const std::string& text) override { m_transcript.add("say " + text); }
 
     void presentDevicesList(DevicesListViewController& controller) override
     {
@@ -82,6 +80,7 @@ public:
     std::map<Pane, bool> isHidden;
     DevicesListViewController* devicesList = nullptr;
     RelaySettingsViewController* settings = nullptr;
+    std::vector<std::weak_ptr<const UploadPercent>> uploads;
 
 private:
     static std::string nameOf(Pane pane)
@@ -105,7 +104,7 @@ private:
     FakeSystemLog m_log;
     FakeAlerts m_alerts;
     ITSwitch m_switch{m_log};
-    DragDropView m_dropArea{m_alerts, m_log};
+    DragDropView m_dropArea;
 };
 
 } // namespace companion::testing

@@ -34,12 +34,13 @@ public:
     const std::vector<Sent>& sent() const { return m_sent; }
     const HttpRequest& request(std::size_t index) const { return m_sent.at(index).request; }
 
-    /// Completes request number `index`, which forgets its completion.
+    /// Completes request number `index`, and drops its callbacks.
     void complete(std::size_t index, HttpReply reply)
     {
         HttpCompletion completion = std::exchange(m_sent.at(index).completion, nullptr);
         if (!completion)
             throw std::logic_error("this request was completed before");
+        m_sent.at(index).request.progress = nullptr;
         completion(std::move(reply));
     }
 

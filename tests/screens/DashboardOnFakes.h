@@ -50,11 +50,7 @@ struct DashboardOnFakes {
             .mainQueue = mainQueue,
             .log = log,
             .panelRequestHost = {httpSession, interfaceAddresses, interfaceNameRule, console},
-            .sockets = sockets,
-            .clock = clock,
-            .pause = pause,
-            .screen = screen,
-            .mouseEventPoster = poster,
+            .touch = {sockets, clock, pause, screen, poster},
             .upload = {fileChooser, fileReader, application},
             .makeDevicesListController =
                 [this] {
@@ -84,7 +80,8 @@ struct DashboardOnFakes {
     FakeFileReader fileReader{transcript};
     FakeApplication application{transcript};
     FakeServiceBrowserFactory browsers{transcript};
-    QtDashboardView* const view = new QtDashboardView(alerts, log); ///< A window that it is put into owns it.
+    QtDashboardView* const view =
+        new QtDashboardView(alerts, log, mainQueue); ///< A window that it is put into owns it.
     std::shared_ptr<DashboardViewController> controller = DashboardViewController::make(dependencies());
 };
 

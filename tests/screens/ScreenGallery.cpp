@@ -122,9 +122,11 @@ public:
         m_dashboard.view->fileUploadView().draggingEntered();
         m_gallery.take("dropping");
         m_dashboard.view->fileUploadView().draggingExited();
-        m_dashboard.view->showUploads({{1, "Field trip.mp4", 62}, {2, "Timetable.pdf", 8}});
+        const auto first = std::make_shared<UploadPercent>(62);
+        const auto second = std::make_shared<UploadPercent>(8);
+        m_dashboard.view->showUpload("Field trip.mp4", first);
+        m_dashboard.view->showUpload("Timetable.pdf", second);
         m_gallery.take("uploading");
-        m_dashboard.view->showUploads({});
     }
 
     void cast()

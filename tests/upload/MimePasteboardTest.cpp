@@ -1,6 +1,7 @@
 #include "ui/MimePasteboard.h"
 #include "platform/testing/FakeAlerts.h"
 #include "platform/testing/FakeLog.h"
+#include "platform/testing/FakeMainQueue.h"
 #include "tests/upload/DocumentsPortal.h"
 
 #include <chrono>
@@ -64,7 +65,7 @@ protected:
     std::vector<DragType> typesOf(const QList<QUrl>& urls)
     {
         m_data.setUrls(urls);
-        return MimePasteboard(m_data).types();
+        return MimePasteboard(m_data, MimePasteboard::Stage::drag).types();
     }
 
     void setPortalKey(const char* key = "key of the drag")
@@ -72,17 +73,35 @@ protected:
         m_data.setData("application/vnd.portal.filetransfer", key);
     }
 
-    std::optional<std::string> dataFor(DragType type) { return MimePasteboard(m_data).dataForType(type); }
-
-    /// What the drop area makes of it.
-    Drop dropOf()
+    std::optional<std::string> dataFor(DragType type)
     {
-        Transcript transcript;
-        FakeAlerts alerts(transcript);
-        FakeSystemLog log(transcript);
-        DragDropView view(alerts, log);
+        return MimePasteboard(m_data, MimePasteboard::Stage::drop).dataForType(type);
+    }
+
+    /// What the drop area makes of it: "upload a.png" or a line, and "refused" if it is.
+    std::string drop()
+    {
+        struct Delegate : DragDropViewDelegate {
+            void uploadFileURL(const FileUrl& url) override
+            {
+                transcript.add("upload " + url.lastPathComponent());
+            }
+            void draggingBegin() override { }
+            void draggingInprogress() override { }
+            void draggingFinished() override { }
+            Transcript transcript;
+        };
+        const auto delegate = std::make_shared<Delegate>();
+        FakeAlerts alerts(delegate->transcript);
+        FakeSystemLog log(delegate->transcript);
+        FakeMainQueue queue;
+        DragDropView view(alerts, log, queue);
         view.init();
-        return view.readDrop(MimePasteboard(m_data));
+        view.setDelegate(delegate);
+        if (!view.performDragOperation(MimePasteboard(m_data, MimePasteboard::Stage::drop)))
+            delegate->transcript.add("refused");
+        queue.runPending();
+        return delegate->transcript.take("; ");
     }
 
     QTemporaryDir m_folder;
@@ -91,7 +110,7 @@ protected:
 
 TEST_F(MimePasteboardTest, ADragOfNothingOffersNothing)
 {
-    EXPECT_THAT(MimePasteboard(m_data).types(), IsEmpty());
+    EXPECT_THAT(MimePasteboard(m_data, MimePasteboard::Stage::drag).types(), IsEmpty());
 }
 
 TEST_F(MimePasteboardTest, TextAndOtherImagesAreNotAmongTheTypes)
@@ -99,7 +118,7 @@ TEST_F(MimePasteboardTest, TextAndOtherImagesAreNotAmongTheTypes)
     m_data.setText("http://example.com/a.png");
     m_data.setHtml("<b>a</b>");
     m_data.setData("image/jpeg", "jpeg");
-    EXPECT_THAT(MimePasteboard(m_data).types(), IsEmpty());
+    EXPECT_THAT(MimePasteboard(m_data, MimePasteboard::Stage::drag).types(), IsEmpty());
 }
 
 TEST_F(MimePasteboardTest, TypesComeInTheOrderOfTheFormatsEachOnce)
@@ -108,7 +127,7 @@ TEST_F(MimePasteboardTest, TypesComeInTheOrderOfTheFormatsEachOnce)
     m_data.setData("text/plain", "text");
     m_data.setUrls({fileUrl("a.png")});
     m_data.setData("image/png", "png");
-    EXPECT_THAT(MimePasteboard(m_data).types(),
+    EXPECT_THAT(MimePasteboard(m_data, MimePasteboard::Stage::drag).types(),
         ElementsAre(DragType::pdf, DragType::fileUrl, DragType::url, DragType::pngImage));
 }
 
@@ -123,7 +142,7 @@ TEST_F(MimePasteboardTest, ImageAndPdfAreHandedOverByteForByte)
 TEST_F(MimePasteboardTest, AnOfferedImageThatIsEmptyHasNoBytes)
 {
     m_data.setData("image/png", "");
-    EXPECT_THAT(MimePasteboard(m_data).types(), ElementsAre(DragType::pngImage));
+    EXPECT_THAT(MimePasteboard(m_data, MimePasteboard::Stage::drag).types(), ElementsAre(DragType::pngImage));
     EXPECT_EQ(dataFor(DragType::pngImage).value_or(""), "");
 }
 
@@ -193,7 +212,7 @@ TEST_F(MimePasteboardTest, OfSeveralUrlsTheFirstCounts)
 TEST_F(MimePasteboardTest, AnEmptyListOfUrlsIsAUrlWithoutData)
 {
     m_data.setData("text/uri-list", "");
-    EXPECT_THAT(MimePasteboard(m_data).types(), ElementsAre(DragType::url));
+    EXPECT_THAT(MimePasteboard(m_data, MimePasteboard::Stage::drag).types(), ElementsAre(DragType::url));
     EXPECT_EQ(dataFor(DragType::url), std::nullopt);
 }
 
@@ -229,7 +248,8 @@ TEST_F(MimePasteboardTest, AKeyOfThePortalIsAFileUrlThatThePortalKnows)
     const DocumentsPortal portal(
         {QString::fromStdString(path), QStringLiteral("/second.png")}, /*isSilent=*/false);
     setPortalKey();
-    EXPECT_THAT(MimePasteboard(m_data).types(), ElementsAre(DragType::fileUrl, DragType::url));
+    EXPECT_THAT(MimePasteboard(m_data, MimePasteboard::Stage::drag).types(),
+        ElementsAre(DragType::fileUrl, DragType::url));
     const auto url = FileUrl::fromText(dataFor(DragType::fileUrl).value_or(""));
     ASSERT_TRUE(url);
     EXPECT_EQ(url->path(), path);
@@ -240,10 +260,7 @@ TEST_F(MimePasteboardTest, ADropOfAKeyAloneAsksThePortalOnce)
     newFile("a.png");
     const DocumentsPortal portal({m_folder.filePath("a.png")}, /*isSilent=*/false);
     setPortalKey();
-    const Drop drop = dropOf();
-    EXPECT_EQ(drop.kind, Drop::Kind::fileUrl);
-    ASSERT_TRUE(drop.fileUrl);
-    EXPECT_EQ(drop.fileUrl->path(), pathOf("a.png"));
+    EXPECT_EQ(drop(), "upload a.png") << "which it would not be if the portal were asked a second time";
 }
 
 TEST_F(MimePasteboardTest, WhatThePortalHandsOverIsAFileUrlOnlyIfItIsAFileThatCanBeRead)
@@ -256,9 +273,7 @@ TEST_F(MimePasteboardTest, WhatThePortalHandsOverIsAFileUrlOnlyIfItIsAFileThatCa
     for (const char* name : {"", "pipe.png", "missing.png", "secret.png"}) {
         const DocumentsPortal portal({m_folder.filePath(name)}, /*isSilent=*/false);
         const OrdinaryUser user;
-        const Drop drop = dropOf();
-        EXPECT_EQ(drop.kind, Drop::Kind::url) << name;
-        EXPECT_FALSE(drop.fileUrl) << name;
+        EXPECT_EQ(drop(), "log URL") << name;
     }
 }
 
@@ -284,9 +299,7 @@ TEST_F(MimePasteboardTest, AFolderFromThePortalIsNoFileEvenIfOneIsOfferedAsWell)
     const DocumentsPortal portal({m_folder.path()}, /*isSilent=*/false);
     m_data.setUrls({fileUrl("outside.png")});
     setPortalKey();
-    const Drop drop = dropOf();
-    EXPECT_TRUE(drop.isAccepted());
-    EXPECT_FALSE(drop.fileUrl);
+    EXPECT_EQ(drop(), "log URL");
 }
 
 TEST_F(MimePasteboardTest, AFileBesideAKeyThatThePortalRefusesIsTakenInstead)
@@ -294,9 +307,7 @@ TEST_F(MimePasteboardTest, AFileBesideAKeyThatThePortalRefusesIsTakenInstead)
     const DocumentsPortal portal({"/a.png"}, /*isSilent=*/false);
     m_data.setUrls({fileUrl("outside.png")});
     setPortalKey("another key");
-    const Drop drop = dropOf();
-    ASSERT_TRUE(drop.fileUrl);
-    EXPECT_EQ(drop.fileUrl->path(), pathOf("outside.png"));
+    EXPECT_EQ(drop(), "upload outside.png");
 }
 
 TEST_F(MimePasteboardTest, AFolderBesideAKeyThatThePortalRefusesIsNoFile)
@@ -344,10 +355,10 @@ TEST_F(MimePasteboardTest, AWholeDropWaitsNoMoreThanThatSecond)
     const DocumentsPortal portal({}, /*isSilent=*/true);
     setPortalKey();
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(dropOf().kind, Drop::Kind::pasteError);
+    EXPECT_EQ(drop(), "refused; alert Paste Error");
     EXPECT_LT(std::chrono::steady_clock::now() - start, 1900ms);
     m_data.setUrls({fileUrl("a.png")});
-    EXPECT_TRUE(dropOf().fileUrl);
+    EXPECT_EQ(drop(), "upload a.png");
 }
 
 } // namespace

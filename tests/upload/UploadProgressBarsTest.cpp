@@ -6,6 +6,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QImage>
+#include <QTimer>
 
 namespace companion::testing {
 namespace {
@@ -21,10 +22,31 @@ protected:
         QCoreApplication::processEvents();
     }
 
-    /// What is painted within the margins, which is 400 pixels wide.
-    QImage shown(const std::vector<UploadLine>& lines)
+    /// Adds an upload, which lasts until `end`.
+    void add(const std::string& fileName, int percent)
     {
-        m_bars->setLines(lines);
+        m_uploads.push_back(std::make_shared<UploadPercent>(percent));
+        m_bars->add(QString::fromStdString(fileName), m_uploads.back());
+    }
+
+    void end(std::size_t upload)
+    {
+        m_uploads.erase(m_uploads.begin() + static_cast<std::ptrdiff_t>(upload));
+        m_bars->refresh();
+    }
+
+    void endAll()
+    {
+        while (!m_uploads.empty())
+            end(0);
+    }
+
+    /// What is painted within the margins, which is 400 pixels wide.
+    QImage shown(const std::vector<std::pair<std::string, int>>& uploads)
+    {
+        endAll();
+        for (const auto& [fileName, percent] : uploads)
+            add(fileName, percent);
         return shownInHeight(m_bars->sizeHint().height());
     }
 
@@ -91,38 +113,41 @@ protected:
 
     QWidget m_window;
     UploadProgressBars* m_bars = new UploadProgressBars(&m_window);
+    std::vector<std::shared_ptr<UploadPercent>> m_uploads;
 };
 
 TEST_F(UploadProgressBarsTest, NothingShowsWhileNothingIsOnItsWay)
 {
     EXPECT_FALSE(m_bars->isVisible());
-    m_bars->setLines({{1, "a.png", 0}});
+    add("a.png", 0);
     EXPECT_TRUE(m_bars->isVisible());
-    m_bars->setLines({});
+    end(0);
     EXPECT_FALSE(m_bars->isVisible());
 }
 
 TEST_F(UploadProgressBarsTest, EveryUploadHasALineOfTheSameHeight)
 {
-    m_bars->setLines({{1, "a.png", 0}});
+    add("a.png", 0);
     const int one = m_bars->sizeHint().height();
-    m_bars->setLines({{1, "a.png", 0}, {2, "b.png", 0}, {3, "c.png", 0}});
+    add("b.png", 0);
+    add("c.png", 0);
     EXPECT_GT(one, 0);
     EXPECT_EQ(m_bars->sizeHint().height(), 3 * one);
 }
 
 TEST_F(UploadProgressBarsTest, BarsAreFilledAsFarAsTheirUploadsAre)
 {
-    const QImage image = shown({{1, "a.png", 25}, {2, "b.png", 75}});
+    const QImage image = shown({{"a.png", 25}, {"b.png", 75}});
     EXPECT_NEAR(filled(image, 0, 2).first, 100, 4);
     EXPECT_NEAR(filled(image, 1, 2).first, 300, 4);
-    EXPECT_EQ(filled(shown({{1, "a.png", 0}}), 0, 1).first, 0);
-    EXPECT_NEAR(filled(shown({{1, "a.png", 100}}), 0, 1).first, 400, 4);
+    EXPECT_EQ(filled(shown({{"a.png", 0}}), 0, 1).first, 0);
+    EXPECT_NEAR(filled(shown({{"a.png", 100}}), 0, 1).first, 400, 4);
 }
 
 TEST_F(UploadProgressBarsTest, ManyUploadsMoveCloserWhereSpaceIsShort)
 {
-    m_bars->setLines(std::vector<UploadLine>(10, {1, "a.png", 50}));
+    for (int upload = 0; upload < 10; ++upload)
+        add("a.png", 50);
     EXPECT_LT(m_bars->minimumSizeHint().height(), 100);
     const QImage image = shownInHeight(240);
     for (int line = 0; line < 10; ++line)
@@ -131,7 +156,8 @@ TEST_F(UploadProgressBarsTest, ManyUploadsMoveCloserWhereSpaceIsShort)
 
 TEST_F(UploadProgressBarsTest, UploadsWithoutALineAreCountedInTheLastOne)
 {
-    m_bars->setLines(std::vector<UploadLine>(10, {1, "a.png", 50}));
+    for (int upload = 0; upload < 10; ++upload)
+        add("a.png", 50);
     const QImage image = shownInHeight(120);
     for (int line = 0; line < 4; ++line)
         EXPECT_NEAR(filled(image, line, 5).first, 200, 4) << line;
@@ -149,7 +175,7 @@ TEST_F(UploadProgressBarsTest, BarsStayAwayFromTheBorderOfTheDropArea)
 TEST_F(UploadProgressBarsTest, ALongNameLeavesThePercentageItsPlace)
 {
     // The percentage's column begins 56 pixels from the right; a narrow gap before the digits of "1 %" stays free.
-    const QImage image = shown({{1, std::string(255, 'W'), 1}});
+    const QImage image = shown({{std::string(255, 'W'), 1}});
     EXPECT_FALSE(hasInk(image, QRect(346, 0, 20, 20)));
     EXPECT_TRUE(hasInk(image, QRect(370, 0, 30, 20)));
     EXPECT_TRUE(hasInk(image, QRect(250, 0, 80, 20)));
@@ -158,13 +184,13 @@ TEST_F(UploadProgressBarsTest, ALongNameLeavesThePercentageItsPlace)
 TEST_F(UploadProgressBarsTest, TheEndOfALongNameIsSeen)
 {
     const std::string begin(255, 'W');
-    EXPECT_NE(shown({{1, begin + ".png", 1}}), shown({{2, begin + ".pdf", 1}}));
+    EXPECT_NE(shown({{begin + ".png", 1}}), shown({{begin + ".pdf", 1}}));
 }
 
 TEST_F(UploadProgressBarsTest, FromRightToLeftBarsGrowFromTheRightAndNamesStandThere)
 {
     m_bars->setLayoutDirection(Qt::RightToLeft);
-    const QImage image = shown({{1, "a", 25}});
+    const QImage image = shown({{"a", 25}});
     const auto [length, first] = filled(image, 0, 1);
     EXPECT_NEAR(length, 100, 4);
     EXPECT_NEAR(first, 300, 4);
@@ -175,38 +201,61 @@ TEST_F(UploadProgressBarsTest, FromRightToLeftBarsGrowFromTheRightAndNamesStandT
 
 TEST_F(UploadProgressBarsTest, ClicksGoThroughAndTheKeyboardPassesBy)
 {
-    m_bars->setLines({{1, "a.png", 50}});
+    add("a.png", 50);
     EXPECT_EQ(m_window.childAt(5, 5), nullptr);
     EXPECT_EQ(m_bars->focusPolicy(), Qt::NoFocus);
     EXPECT_FALSE(m_bars->acceptDrops());
 }
 
-TEST_F(UploadProgressBarsTest, WhatIsAnnouncedIsItsNameToAScreenReader)
+TEST_F(UploadProgressBarsTest, AScreenReaderHearsOfTheStartAndOfEveryQuarterOnce)
 {
-    m_bars->setLines({{1, "a.png", 50}});
-    m_bars->announce("a.png 50 %");
     QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(m_bars);
     ASSERT_NE(accessible, nullptr);
-    EXPECT_EQ(accessible->text(QAccessible::Name), "a.png 50 %");
     EXPECT_FALSE(accessible->state().focusable);
+    add("a.png", 0);
+    std::string said;
+    for (const int percent : {0, 1, 24, 25, 26, 49, 60, 74, 75, 99, 100}) {
+        *m_uploads[0] = percent;
+        m_bars->refresh();
+        const std::string name = accessible->text(QAccessible::Name).toStdString();
+        if (!said.ends_with(name + "; "))
+            said += name + "; ";
+    }
+    EXPECT_EQ(said, "Uploading a.png; a.png 25 %; a.png 60 %; a.png 75 %; a.png 100 %; ");
 }
 
 TEST_F(UploadProgressBarsTest, EveryUploadIsAProgressBarToAScreenReader)
 {
     m_bars->resize(400, 200);
-    m_bars->setLines({{1, "a.png", 25}, {2, "b.png", 75}});
+    add("a.png", 25);
+    add("b.png", 75);
     EXPECT_EQ(heard(), "a.png 25 of 0 to 100; b.png 75 of 0 to 100");
-    m_bars->setLines({{2, "b.png", 80}});
+    *m_uploads[1] = 80;
+    end(0);
     EXPECT_EQ(heard(), "b.png 80 of 0 to 100");
     EXPECT_EQ(QAccessible::queryAccessibleInterface(m_bars)->role(), QAccessible::Grouping);
 }
 
 TEST_F(UploadProgressBarsTest, AnUploadKeepsItsProgressBarWhenAnotherEnds)
 {
-    m_bars->setLines({{1, "a.png", 25}, {2, "b.png", 75}});
+    add("a.png", 25);
+    add("b.png", 75);
     const QObject* bar = QAccessible::queryAccessibleInterface(m_bars)->child(1)->object();
-    m_bars->setLines({{2, "b.png", 80}, {3, "c.png", 0}});
+    end(0);
+    add("c.png", 0);
     EXPECT_EQ(QAccessible::queryAccessibleInterface(m_bars)->child(0)->object(), bar);
+}
+
+TEST_F(UploadProgressBarsTest, BarsAreRefreshedTenTimesASecondWhileThereAreAny)
+{
+    const auto* timer = m_bars->findChild<QTimer*>();
+    ASSERT_NE(timer, nullptr);
+    EXPECT_EQ(timer->interval(), 100);
+    EXPECT_FALSE(timer->isActive());
+    add("a.png", 0);
+    EXPECT_TRUE(timer->isActive());
+    end(0);
+    EXPECT_FALSE(timer->isActive());
 }
 
 } // namespace

@@ -80,8 +80,9 @@ protected:
         session.port = port;
         UploadDataToHost upload({session, console, queue, alerts});
         upload.initWith("image/png", sharedBytes(content), name, "127.0.0.1");
-        upload.setWatch([this] { return UploadWatch{{}, [this] { queue.async([this] { ++ended; }); }}; });
-        upload.upload();
+        // Dropped with the request, which is on the delivery thread.
+        const std::shared_ptr<void> underWay(nullptr, [this](void*) { queue.async([this] { ++ended; }); });
+        upload.upload([underWay](std::uint64_t, std::uint64_t) {});
         ++started;
     }
 
