@@ -1,15 +1,18 @@
 #pragma once
 
+#include "platform/posix/StdoutConsole.h"
+
 #include <string>
 
 namespace companion::simulator {
 
-/// One line on standard output for each thing that happens, written at once. Any thread.
-///
-/// A pipe that nobody reads loses lines and holds nobody up: a panel goes on whether it is watched or not.
+/// Writes one line to standard output for each event. Any thread.
 class EventLog {
 public:
-    void write(const std::string& event);
+    void write(const std::string& event) { m_console.print("panel-simulator: " + event); }
+
+private:
+    StdoutConsole m_console;
 };
 
 } // namespace companion::simulator

@@ -1,5 +1,6 @@
 #include "simulator/Gesture.h"
 
+#include "platform/Text.h"
 #include "simulator/Text.h"
 
 #include <charconv>
@@ -13,17 +14,12 @@ namespace {
 constexpr std::uint64_t maxPauseMs = 60'000;
 constexpr std::size_t maxSteps = 200'000; // half an hour of a fast finger
 
-/// Reads line by line; the first thing that is wrong ends it.
 class GestureParser {
 public:
     std::variant<Gesture, std::string> parse(std::string_view text)
     {
-        for (int number = 1; !text.empty(); ++number) {
-            const auto end = std::min(text.find('\n'), text.size());
-            if (auto problem = readLine(withoutCarriageReturn(text.substr(0, end))))
-                return "line " + std::to_string(number) + ": " + *problem;
-            text.remove_prefix(std::min(end + 1, text.size()));
-        }
+        if (auto problem = readLines(text, [this](std::string_view line, int) { return readLine(line); }))
+            return *problem;
         if (m_steps.empty())
             return "no touches";
         return std::move(m_steps);
@@ -31,11 +27,6 @@ public:
 
 private:
     using Problem = std::optional<std::string>;
-
-    static std::string_view withoutCarriageReturn(std::string_view line)
-    {
-        return line.ends_with('\r') ? line.substr(0, line.size() - 1) : line;
-    }
 
     Problem readLine(std::string_view line)
     {

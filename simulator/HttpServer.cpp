@@ -1,15 +1,16 @@
 #include "simulator/HttpServer.h"
 
-#include "simulator/HeldConnections.h"
+#include "platform/Text.h"
+#include "simulator/Text.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
-#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <microhttpd.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <system_error>
 #include <unistd.h>
@@ -20,14 +21,12 @@ namespace companion::simulator {
 namespace {
 
 constexpr unsigned idleSeconds = 30;
-constexpr unsigned maxConnections = 400; // both servers' stay well below the usual 1024 descriptors
+constexpr unsigned maxConnections =
+    480; // twice that, for two servers, stays below the usual 1024 descriptors
 constexpr std::size_t connectionMemory = 128 * 1024;
 constexpr std::size_t generatedBlock = 64 * 1024;
-
-template <typename... Cases> struct Overloaded : Cases... {
-    using Cases::operator()...;
-};
-template <typename... Cases> Overloaded(Cases...) -> Overloaded<Cases...>;
+constexpr std::size_t maxBody = 1024 * 1024;
+constexpr std::size_t maxDrained = 16 * maxBody; // a client that sends more than this gets no answer
 
 struct ResponseDeleter {
     void operator()(MHD_Response* response) const { MHD_destroy_response(response); }
@@ -42,7 +41,7 @@ int openListener(const std::string& address, std::uint16_t port)
     local.sin_port = htons(port);
     inet_pton(AF_INET, address.c_str(), &local.sin_addr);
     const int yes =
-        1; // connections of an earlier run that linger do not keep the port; a listener still does
+        1; // ignores lingering connections of an earlier run; another listener still keeps the port
     if (fd >= 0 && setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes) == 0
         && bind(fd, reinterpret_cast<const sockaddr*>(&local), sizeof local) == 0
         && listen(fd, SOMAXCONN) == 0)
@@ -115,7 +114,7 @@ Response responseOf(const GeneratedBody& body)
 Response responseOf(const FileBody& body)
 {
     // The library closes the descriptor that it is given.
-    const int own = fcntl(body.file->fd(), F_DUPFD_CLOEXEC, 0);
+    const int own = fcntl(fileno(body.file.get()), F_DUPFD_CLOEXEC, 0);
     Response response(own >= 0 ? MHD_create_response_from_fd64(body.size, own) : nullptr);
     if (!response && own >= 0)
         close(own);
@@ -135,14 +134,68 @@ MHD_Result sendAnswer(MHD_Connection* connection, const Answer& answer)
     return MHD_queue_response(connection, answer.status, response.get());
 }
 
-/// The library says goodbye in good order to whatever it closes. Connecting to no address dissolves a TCP connection
-/// at once, with a reset (connect(2)); the library then finds it gone.
-void resetNow(MHD_Connection* connection)
+/// The library closes connections gracefully. Connecting to no address dissolves a TCP connection at once, with a
+/// reset (connect(2)).
+void resetNow(const Request& request)
 {
     const sockaddr nowhere{AF_UNSPEC, {}};
-    const int fd = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
-    static_cast<void>(connect(fd, &nowhere, sizeof nowhere));
+    static_cast<void>(connect(request.socket(), &nowhere, sizeof nowhere));
 }
+
+MHD_Result conclude(const Request& request, const std::optional<Outcome>& outcome)
+{
+    if (!outcome)
+        return MHD_YES;
+    if (const auto* answer = std::get_if<Answer>(&*outcome))
+        return sendAnswer(request.connection(), *answer);
+    if (std::holds_alternative<ResetConnection>(*outcome))
+        resetNow(request);
+    return MHD_NO;
+}
+
+Answer tooLarge()
+{
+    return lineAnswer(413, "the body is limited to " + std::to_string(maxBody) + " bytes");
+}
+
+class CollectingExchange : public Exchange {
+public:
+    CollectingExchange(const Request& request, Handler handler)
+        : m_request(request)
+        , m_handler(std::move(handler))
+    {
+    }
+
+    std::optional<Outcome> headArrived() override
+    {
+        const auto length = m_request.header("Content-Length");
+        return length && !parseCount(*length, maxBody) ? std::optional<Outcome>(tooLarge()) : std::nullopt;
+    }
+
+    std::optional<Outcome> bodyArrived(std::string_view data) override
+    {
+        m_size += data.size();
+        if (m_size <= maxBody)
+            m_body.append(data);
+        return m_size > maxDrained ? std::optional<Outcome>(HangUp()) : std::nullopt;
+    }
+
+    Outcome requestComplete() override
+    {
+        return m_size > maxBody ? tooLarge() : m_handler(m_request, m_body);
+    }
+
+private:
+    const Request& m_request;
+    const Handler m_handler;
+    std::string m_body;
+    std::size_t m_size = 0; ///< may exceed what is kept in `m_body`
+};
+
+struct Call {
+    Request request;
+    std::unique_ptr<Exchange> exchange{};
+};
 
 } // namespace
 
@@ -152,6 +205,11 @@ Request::Request(MHD_Connection* connection, std::string method, std::string pat
     , m_path(std::move(path))
     , m_peer(peerOf(connection))
 {
+}
+
+int Request::socket() const
+{
+    return MHD_get_connection_info(m_connection, MHD_CONNECTION_INFO_CONNECTION_FD)->connect_fd;
 }
 
 std::optional<std::string> Request::header(const char* name) const
@@ -167,10 +225,14 @@ std::optional<std::string> Request::query(const char* name) const
     return search.value;
 }
 
-OpenFile::~OpenFile()
+bool Request::wait(std::chrono::milliseconds time) const
 {
-    if (m_fd >= 0)
-        close(m_fd);
+    // A wait is not idleness: setting the time-out again after it restarts the library's count.
+    MHD_set_connection_option(m_connection, MHD_CONNECTION_OPTION_TIMEOUT, 0U);
+    pollfd client{socket(), POLLRDHUP, 0};
+    const int events = poll(&client, 1, static_cast<int>(time.count()));
+    MHD_set_connection_option(m_connection, MHD_CONNECTION_OPTION_TIMEOUT, idleSeconds);
+    return events == 0;
 }
 
 Answer lineAnswer(unsigned status, const std::string& line)
@@ -178,97 +240,58 @@ Answer lineAnswer(unsigned status, const std::string& line)
     return {status, line + "\n"};
 }
 
-/// One request on its way through the library's callbacks.
-class HttpServer::Call {
-public:
-    Call(HttpServer& server, Request request)
-        : m_held(server.m_held)
-        , m_request(std::move(request))
-        , m_exchange(server.m_open(m_request))
-    {
-    }
+Answer unknownPath(const Request& request)
+{
+    return lineAnswer(404, "there is no " + printable(request.path()));
+}
 
-    MHD_Result headArrived()
-    {
-        const std::uint64_t ticket = m_held.ticket();
-        return act(m_exchange->headArrived(), ticket);
-    }
+Answer wrongMethod(const std::string& allowed)
+{
+    Answer answer = lineAnswer(405, "only " + allowed + " works here");
+    answer.fields.push_back({"Allow", allowed});
+    return answer;
+}
 
-    MHD_Result goOn(std::string_view data, std::size_t& used)
-    {
-        if (m_isGone)
-            return MHD_NO;
-        const std::uint64_t ticket = m_held.ticket();
-        return act(
-            data.empty() ? m_exchange->requestComplete() : m_exchange->bodyArrived(data, used), ticket);
-    }
+std::unique_ptr<Exchange> collectBody(const Request& request, Handler handler)
+{
+    return std::make_unique<CollectingExchange>(request, std::move(handler));
+}
 
-private:
-    MHD_Result act(const Outcome& outcome, std::uint64_t ticket)
-    {
-        return std::visit(
-            Overloaded{[](const ReadOn&) { return MHD_YES; },
-                [this](const Answer& answer) { return sendAnswer(m_request.connection(), answer); },
-                [](const HangUp&) { return MHD_NO; },
-                [this](const ResetConnection&) {
-                    resetNow(m_request.connection());
-                    return MHD_NO;
-                },
-                [this, ticket](const Wait& wait) { return hold(wait, ticket); }},
-            outcome);
-    }
-
-    MHD_Result hold(const Wait& wait, std::uint64_t ticket)
-    {
-        std::optional<HeldConnections::Time> due;
-        if (wait.time)
-            due = std::chrono::steady_clock::now() + *wait.time;
-        m_held.hold(m_request.connection(), due, ticket, m_isGone);
-        return MHD_YES;
-    }
-
-    HeldConnections& m_held;
-    Request m_request;
-    std::unique_ptr<Exchange> m_exchange;
-    std::atomic<bool> m_isGone = false;
-};
-
-/// No exception may pass through the library, which is written in C: what is thrown ends the one connection.
+/// No exception may pass through the library, which is written in C: an exception ends its connection.
 struct HttpServer::Callbacks {
     static MHD_Result access(void* server, MHD_Connection* connection, const char* url, const char* method,
-        const char*, const char* data, std::size_t* size, void** call)
+        const char*, const char* data, std::size_t* size, void** context)
     try {
-        if (!*call) {
-            *call = new Call(*static_cast<HttpServer*>(server), Request(connection, method, url));
-            return static_cast<Call*>(*call)->headArrived();
+        auto* call = static_cast<Call*>(*context);
+        if (!call) {
+            *context = call = new Call{Request(connection, method, url)};
+            call->exchange = static_cast<HttpServer*>(server)->m_open(call->request);
+            return conclude(call->request, call->exchange->headArrived());
         }
-        std::size_t used = *size;
-        const MHD_Result result = static_cast<Call*>(*call)->goOn({data, *size}, used);
-        *size -= used;
-        return result;
+        const std::size_t arrived = std::exchange(*size, 0);
+        return conclude(call->request,
+            arrived > 0 ? call->exchange->bodyArrived({data, arrived}) : call->exchange->requestComplete());
     } catch (const std::exception&) {
         return MHD_NO;
     }
 
-    static void completed(void*, MHD_Connection*, void** call, MHD_RequestTerminationCode)
+    static void completed(void*, MHD_Connection*, void** context, MHD_RequestTerminationCode)
     {
-        delete static_cast<Call*>(std::exchange(*call, nullptr));
+        delete static_cast<Call*>(std::exchange(*context, nullptr));
     }
 };
 
-HttpServer::HttpServer(
-    const std::string& address, std::uint16_t port, HeldConnections& held, OpenExchange open)
-    : m_held(held)
-    , m_open(std::move(open))
+HttpServer::HttpServer(const std::string& address, std::uint16_t port, OpenExchange open)
+    : m_open(std::move(open))
     , m_socket(openListener(address, port))
     , m_port(portOf(m_socket))
 {
-    // Not epoll: the library uses it edge-triggered, and misses a client that goes right after its last bytes.
-    m_daemon = MHD_start_daemon(MHD_USE_POLL | MHD_USE_INTERNAL_POLLING_THREAD | MHD_ALLOW_SUSPEND_RESUME, 0,
-        nullptr, nullptr, &Callbacks::access, this, MHD_OPTION_LISTEN_SOCKET, m_socket,
-        MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::completed, nullptr, MHD_OPTION_CONNECTION_TIMEOUT,
-        idleSeconds, MHD_OPTION_CONNECTION_LIMIT, maxConnections, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
-        connectionMemory, MHD_OPTION_END);
+    m_daemon =
+        MHD_start_daemon(MHD_USE_THREAD_PER_CONNECTION | MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_POLL, 0,
+            nullptr, nullptr, &Callbacks::access, this, MHD_OPTION_LISTEN_SOCKET, m_socket,
+            MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::completed, nullptr, MHD_OPTION_CONNECTION_TIMEOUT,
+            idleSeconds, MHD_OPTION_CONNECTION_LIMIT, maxConnections, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
+            connectionMemory, MHD_OPTION_END);
     if (m_daemon)
         return;
     close(m_socket);

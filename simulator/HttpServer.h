@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -15,9 +16,7 @@ struct MHD_Daemon;
 
 namespace companion::simulator {
 
-class HeldConnections;
-
-/// The head of a request. Valid, with all that it hands out, while its exchange lives.
+/// The head of a request. Valid while its exchange lives, on the connection's thread.
 class Request {
 public:
     Request(MHD_Connection* connection, std::string method, std::string path);
@@ -26,10 +25,14 @@ public:
     const std::string& path() const { return m_path; }
     const std::string& peer() const { return m_peer; } ///< dotted IPv4 text
     MHD_Connection* connection() const { return m_connection; }
+    int socket() const;
 
-    /// Of what comes more than once, the first; nothing when it is missing. Query keys are told apart by case.
+    /// The first occurrence; nothing if there is none. Query keys are case-sensitive.
     std::optional<std::string> header(const char* name) const;
     std::optional<std::string> query(const char* name) const;
+
+    /// Blocks for `time`. Returns false, early, once the client has disconnected or the server stops.
+    bool wait(std::chrono::milliseconds time) const;
 
 private:
     MHD_Connection* m_connection;
@@ -38,33 +41,15 @@ private:
     std::string m_peer;
 };
 
-/// A body that is made while it is sent.
+/// A body of filler, generated while it is sent.
 struct GeneratedBody {
     std::optional<std::uint64_t> promised; ///< its Content-Length; nothing: chunked
-    /// What comes before the connection breaks off; nothing: it never ends
-    std::optional<std::uint64_t> given;
-};
-
-/// An open file, closed with the last of its copies.
-class OpenFile {
-public:
-    explicit OpenFile(int fd)
-        : m_fd(fd)
-    {
-    }
-    ~OpenFile();
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-
-    int fd() const { return m_fd; }
-
-private:
-    int m_fd;
+    std::optional<std::uint64_t> given;    ///< bytes sent before the connection is closed; nothing: endless
 };
 
 /// The first `size` bytes of a file, read while they are sent.
 struct FileBody {
-    std::shared_ptr<const OpenFile> file;
+    std::shared_ptr<std::FILE> file;
     std::uint64_t size = 0;
 };
 
@@ -80,52 +65,52 @@ struct Answer {
     std::vector<HeaderField> fields{};
 };
 
-/// One line of text, its end included.
+/// `line` as the body, with a line end.
 Answer lineAnswer(unsigned status, const std::string& line);
+Answer unknownPath(const Request& request);
+Answer wrongMethod(const std::string& allowed);
 
-/// What an exchange wants next.
-struct ReadOn { };
 struct HangUp { };          ///< close without an answer
 struct ResetConnection { }; ///< the client sees "connection reset"
-struct Wait {
-    std::optional<std::chrono::milliseconds> time; ///< nothing: until HeldConnections::wakeAll
-};
-using Outcome = std::variant<ReadOn, Answer, HangUp, ResetConnection, Wait>;
+using Outcome = std::variant<Answer, HangUp, ResetConnection>;
 
-/// One request and its answer. Its calls come on the server's thread, in this order.
+/// One request and its answer. Called on the connection's own thread, which its functions may block.
 class Exchange {
 public:
     virtual ~Exchange() = default;
 
-    /// Anything but ReadOn and Wait answers before the body is read, and ends the connection.
-    virtual Outcome headArrived() = 0;
-    /// `used` is how much of `data` was taken; all of it unless changed. The rest comes again, after a Wait. An Answer
-    /// is not possible here.
-    virtual Outcome bodyArrived(std::string_view data, std::size_t& used) = 0;
-    /// Called again after each Wait. ReadOn is not possible here.
+    /// An outcome ends the exchange before the body is read; nothing reads on.
+    virtual std::optional<Outcome> headArrived() = 0;
+    /// The same, but an Answer is not possible here.
+    virtual std::optional<Outcome> bodyArrived(std::string_view data) = 0;
     virtual Outcome requestComplete() = 0;
 };
 
-/// An HTTP server on one address and port, with a thread of its own for all its connections.
+using Handler = std::function<Outcome(const Request& request, const std::string& body)>;
+
+/// Calls `handler` with the whole body, which is limited to 1 MiB.
+std::unique_ptr<Exchange> collectBody(const Request& request, Handler handler);
+
+/// An HTTP server on one address and port, with a thread for each connection.
 class HttpServer {
 public:
     using OpenExchange = std::function<std::unique_ptr<Exchange>(const Request&)>;
 
-    /// Serves at once. `held` and what `open` touches outlive the server. Throws std::system_error when the port
-    /// is taken or the address is not this computer's.
-    HttpServer(const std::string& address, std::uint16_t port, HeldConnections& held, OpenExchange open);
-    /// Needs `held` to be stopped.
+    /// Serves at once. What `open` uses must outlive the server. Throws std::system_error if the port is taken or the
+    /// address is not this computer's.
+    HttpServer(const std::string& address, std::uint16_t port, OpenExchange open);
+    /// Closes all connections; exchanges that wait are woken by that.
     ~HttpServer();
+    HttpServer(const HttpServer&) = delete;
+    HttpServer& operator=(const HttpServer&) = delete;
 
-    /// The port that was given, or the one that was found for 0.
+    /// The port in use; for port 0, the one that the system chose.
     std::uint16_t port() const { return m_port; }
 
 private:
-    class Call;
     struct Callbacks;
 
-    HeldConnections& m_held;
-    OpenExchange m_open;
+    const OpenExchange m_open;
     int m_socket = -1;
     std::uint16_t m_port = 0;
     MHD_Daemon* m_daemon = nullptr;

@@ -1,5 +1,6 @@
 #include "simulator/InstanceName.h"
 
+#include "platform/Text.h"
 #include "simulator/Text.h"
 
 #include <arpa/inet.h>
@@ -16,7 +17,7 @@ std::optional<std::string> problemOfPart(const std::string& what, const std::str
         return "the " + what + " is empty";
     if (text.find('|') != std::string::npos)
         return "the " + what + " must not contain \"|\"";
-    if (printable(text) != text)
+    if (replaceControls(text) != text)
         return "the " + what + " must be UTF-8 without control characters";
     return std::nullopt;
 }

@@ -27,7 +27,7 @@ TEST(OptionsTest, WithoutArgumentsItIsAPanelOnTheUsualPorts)
     EXPECT_EQ(defaults.servicePort, 5000);
     EXPECT_EQ(defaults.uploadPort, 5505);
     EXPECT_EQ(defaults.touchPort, 41863);
-    EXPECT_TRUE(defaults.announces);
+    EXPECT_FALSE(defaults.noAnnounce);
 }
 
 TEST(OptionsTest, ValuesFollowABlankOrAnEqualsSign)
@@ -42,12 +42,12 @@ TEST(OptionsTest, ValuesFollowABlankOrAnEqualsSign)
     EXPECT_EQ(given.uploadPort, 65535);
     EXPECT_EQ(given.touchPort, 1);
     EXPECT_EQ(given.uploads, "/tmp/x");
-    EXPECT_FALSE(given.announces);
+    EXPECT_TRUE(given.noAnnounce);
 }
 
 TEST(OptionsTest, PortsAreNumbersUpTo65535)
 {
-    for (const char* text : {"65536", "-1", "", "5000x", "0x10", " 1"})
+    for (const char* text : {"65536", "-1", "5000x", "0x10", " 1"})
         EXPECT_EQ(optionProblem({"--service-port", text}), "--service-port needs a number from 0 to 65535")
             << text;
     EXPECT_EQ(optionProblem({"--touch-port", "0"}), "--touch-port needs a number from 1 to 65535");
@@ -61,14 +61,20 @@ TEST(OptionsTest, AddressIsThatOfAHost)
             << text;
 }
 
-TEST(OptionsTest, WhatIsUnknownOrIncompleteIsToldInOneLine)
+TEST(OptionsTest, UnknownAndIncompleteArgumentsAreReportedInOneLine)
 {
-    EXPECT_EQ(optionProblem({"--modle", "x"}), "unknown option \"--modle\"");
-    EXPECT_EQ(optionProblem({"panel\n"}), "unknown option \"panel?\"");
+    EXPECT_EQ(optionProblem({"--modle", "x"}), "unknown option '--modle'");
+    EXPECT_EQ(optionProblem({"panel\n"}), "unknown argument 'panel\\n'");
     EXPECT_EQ(optionProblem({"--model"}), "--model needs a value");
+    EXPECT_EQ(optionProblem({"--uploads", ""}), "--uploads needs a value");
     EXPECT_EQ(optionProblem({"--no-announce=yes"}), "--no-announce takes no value");
     EXPECT_EQ(optionProblem({"--name", "A|B"}), "the name must not contain \"|\"");
-    EXPECT_EQ(optionProblem({"--uploads", ""}), "--uploads needs a text that is not empty");
+}
+
+TEST(OptionsTest, HelpAndVersionNeedNoUsableName)
+{
+    EXPECT_TRUE(parsed({"--name", "A|B", "--help"}).wantsHelp);
+    EXPECT_TRUE(parsed({"--name", "A|B", "--version"}).wantsVersion);
 }
 
 } // namespace

@@ -1,8 +1,7 @@
 #include "simulator/Page.h"
 
-#include "simulator/CollectingExchange.h"
+#include "simulator/BrowserSafety.h"
 #include "simulator/PanelState.h"
-#include "simulator/PictureType.h"
 
 #include <QFile>
 
@@ -40,7 +39,7 @@ const PageFile* pageFile(const std::string& path)
     return found == pageFiles.end() ? nullptr : found;
 }
 
-/// For the page: all of it comes from here, and it is framed by nobody.
+/// The page loads everything from here, and no other page may frame it.
 std::vector<HeaderField> pageFields()
 {
     return {
@@ -51,7 +50,7 @@ std::vector<HeaderField> pageFields()
         {"Cache-Control", "no-cache"}};
 }
 
-/// For what strangers have sent: whatever it is, it is shown as a picture or not at all.
+/// Uploads come from strangers: a browser shows them as pictures or not at all.
 std::vector<HeaderField> pictureFields()
 {
     return {{"Content-Security-Policy", "default-src 'none'; sandbox"},
@@ -66,62 +65,54 @@ Answer fileAnswer(const PageFile& file)
     return {200, resource.readAll().toStdString(), file.type, pageFields()};
 }
 
-/// Nothing unless it is a plain file.
-std::shared_ptr<const OpenFile> openPlainFile(const std::string& path, std::uint64_t& size)
+/// Without a file unless `path` is a regular one.
+FileBody openRegularFile(const std::string& path)
 {
-    auto file = std::make_shared<const OpenFile>(
-        ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+    std::shared_ptr<std::FILE> file(fd < 0 ? nullptr : fdopen(fd, "rb"), [](std::FILE* opened) {
+        if (opened)
+            std::fclose(opened);
+    });
     struct stat information { };
-    if (file->fd() < 0 || fstat(file->fd(), &information) != 0 || !S_ISREG(information.st_mode))
-        return nullptr;
-    size = static_cast<std::uint64_t>(information.st_size);
-    return file;
+    if (!file || fstat(fd, &information) != 0 || !S_ISREG(information.st_mode))
+        return {};
+    return {file, static_cast<std::uint64_t>(information.st_size)};
 }
 
-std::string_view pictureTypeOf(const OpenFile& file)
+std::string_view pictureTypeOf(const FileBody& body)
 {
     std::array<char, pictureTypeBytes> bytes{};
-    const ssize_t count = pread(file.fd(), bytes.data(), bytes.size(), 0);
+    const ssize_t count = pread(fileno(body.file.get()), bytes.data(), bytes.size(), 0);
     return pictureType({bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))});
+}
+
+/// Only names that the panel itself has assigned are looked for, so none leads out of the folder.
+Answer pictureAnswer(const PanelState& state, const std::string& folder, const std::string& storedName)
+{
+    const auto uploads = state.snapshot().uploads;
+    const bool isStored = std::any_of(uploads.begin(), uploads.end(), [&](const UploadRecord& upload) {
+        return !upload.storedName.empty() && upload.storedName == storedName;
+    });
+    const FileBody body = isStored ? openRegularFile(folder + "/" + storedName) : FileBody();
+    if (!body.file)
+        return lineAnswer(404, "there is no such upload");
+    const std::string_view type = pictureTypeOf(body);
+    if (type.empty())
+        return lineAnswer(415, "this upload is no picture");
+    return {200, body, std::string(type), pictureFields()};
 }
 
 } // namespace
 
-Page::Page(const PanelState& state, std::string uploads)
-    : m_state(state)
-    , m_uploads(std::move(uploads))
+Answer pageAnswer(const Request& request, const PanelState& state, const std::string& uploads)
 {
-}
-
-bool Page::hasPath(const std::string& path)
-{
-    return pageFile(path) || path.starts_with(picturesPath);
-}
-
-std::unique_ptr<Exchange> Page::open(const Request& request) const
-{
+    const std::string& path = request.path();
+    const PageFile* const file = pageFile(path);
+    if (!file && !path.starts_with(picturesPath))
+        return unknownPath(request);
     if (request.method() != "GET")
         return wrongMethod("GET");
-    const PageFile* const file = pageFile(request.path());
-    return std::make_unique<FixedExchange>(
-        file ? fileAnswer(*file) : pictureAnswer(request.path().substr(picturesPath.size())));
-}
-
-/// Only names that the panel has given itself are looked for, so none leads out of the folder.
-Answer Page::pictureAnswer(const std::string& storedName) const
-{
-    const auto uploads = m_state.snapshot().uploads;
-    const bool isStored = std::any_of(uploads.begin(), uploads.end(), [&](const UploadRecord& upload) {
-        return !upload.storedName.empty() && upload.storedName == storedName;
-    });
-    std::uint64_t size = 0;
-    const auto file = isStored ? openPlainFile(m_uploads + "/" + storedName, size) : nullptr;
-    if (!file)
-        return lineAnswer(404, "there is no such upload");
-    const std::string_view type = pictureTypeOf(*file);
-    if (type.empty())
-        return lineAnswer(415, "this upload is no picture");
-    return {200, FileBody{file, size}, std::string(type), pictureFields()};
+    return file ? fileAnswer(*file) : pictureAnswer(state, uploads, path.substr(picturesPath.size()));
 }
 
 } // namespace companion::simulator

@@ -2,8 +2,10 @@
 
 #include "simulator/Announcer.h"
 #include "simulator/InstanceName.h"
+#include "simulator/UploadExchange.h"
 
 #include <filesystem>
+#include <functional>
 #include <system_error>
 #include <utility>
 
@@ -40,30 +42,26 @@ const std::string& usableFolder(const std::string& folder)
 
 Panel::Panel(const Options& options, std::optional<Gesture> recording)
     : m_state(startOf(options))
-    , m_touches(m_state, options.address, options.touchPort, [this] { m_held.wakeAll(); })
+    , m_touches(m_state, options.address, options.touchPort)
     , m_replay(m_state, m_touches, m_log, std::move(recording))
     , m_touchControl(m_state, m_touches, m_replay)
-    , m_control(m_state, m_touchControl, m_held, m_log)
-    , m_page(m_state, options.uploads)
-    , m_servicePort(m_state, m_log, m_control, m_page, m_replay)
-    , m_uploadPort(m_state, m_log, usableFolder(options.uploads))
-    , m_service(options.address, options.servicePort, m_held,
-          [this](const Request& request) { return m_servicePort.open(request); })
-    , m_upload(options.address, options.uploadPort, m_held,
-          [this](const Request& request) { return m_uploadPort.open(request); })
+    , m_servicePort(m_state, m_log, m_touchControl, m_replay, options.uploads)
+    , m_uploadFolder(usableFolder(options.uploads))
+    , m_service(options.address, options.servicePort,
+          [this](const Request& request) {
+              return collectBody(request, std::bind_front(&ServicePort::answer, &m_servicePort));
+          })
+    , m_upload(options.address, options.uploadPort,
+          [this](const Request& request) { return openUpload(request, m_state, m_log, m_uploadFolder); })
 {
     m_state.setPorts(m_service.port(), m_upload.port());
     const InstanceName name = instanceName(options);
     m_log.write(name.text() + " on " + options.address + ":" + std::to_string(m_service.port())
         + ", uploads on " + std::to_string(m_upload.port()));
-    if (options.announces)
+    if (!options.noAnnounce)
         m_announcer = std::make_unique<Announcer>(m_state, m_log, name);
 }
 
-Panel::~Panel()
-{
-    m_announcer.reset();
-    m_held.stop();
-}
+Panel::~Panel() = default;
 
 } // namespace companion::simulator

@@ -1,17 +1,13 @@
 #pragma once
 
-#include "simulator/ControlInterface.h"
 #include "simulator/EventLog.h"
-#include "simulator/HeldConnections.h"
 #include "simulator/HttpServer.h"
 #include "simulator/Options.h"
-#include "simulator/Page.h"
 #include "simulator/PanelState.h"
 #include "simulator/Replay.h"
 #include "simulator/ServicePort.h"
 #include "simulator/TouchControl.h"
 #include "simulator/TouchSender.h"
-#include "simulator/UploadPort.h"
 
 #include <memory>
 #include <optional>
@@ -20,26 +16,23 @@ namespace companion::simulator {
 
 class Announcer;
 
-/// The whole panel, at work as long as the object lives. Needs an event loop for its announcement. Main thread.
+/// The whole panel, running while the object lives. Needs an event loop for its announcement. Main thread.
 class Panel {
 public:
-    /// `options.address` must not be "" here. Throws std::system_error with one line when it cannot start.
-    /// `recording` is what is played to who turns touchback on.
+    /// `options.address` must not be "". `recording` is played to whoever turns touchback on.
+    /// Throws std::system_error, with a one-line message, if it cannot start.
     explicit Panel(const Options& options, std::optional<Gesture> recording = std::nullopt);
     ~Panel();
 
 private:
     EventLog m_log;
     PanelState m_state;
-    HeldConnections m_held;
     TouchSender m_touches;
     Replay m_replay;
     TouchControl m_touchControl;
-    ControlInterface m_control;
-    Page m_page;
     ServicePort m_servicePort;
-    UploadPort m_uploadPort;
-    HttpServer m_service;
+    const std::string m_uploadFolder;
+    HttpServer m_service; // the servers are destroyed before what their threads use
     HttpServer m_upload;
     std::unique_ptr<Announcer> m_announcer;
 };

@@ -34,23 +34,11 @@ PanelState::PanelState(PanelSnapshot start)
 {
 }
 
-PanelSnapshot PanelState::snapshot() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_values;
-}
-
 void PanelState::setPorts(std::uint16_t service, std::uint16_t upload)
 {
     const std::lock_guard lock(m_mutex);
     m_values.servicePort = service;
     m_values.uploadPort = upload;
-}
-
-void PanelState::setAnnouncedAs(std::optional<std::string> instance)
-{
-    const std::lock_guard lock(m_mutex);
-    m_values.announcedAs = std::move(instance);
 }
 
 void PanelState::recordPing(const std::string& ip)
@@ -78,16 +66,19 @@ void PanelState::recordTouch()
     ++m_values.touchesSent;
 }
 
-void PanelState::setReplay(ReplayState replay)
+bool PanelState::isReplaying() const
 {
     const std::lock_guard lock(m_mutex);
-    m_values.replay = replay;
+    return m_values.replay && m_values.replay->isPlaying;
 }
 
-void PanelState::setTouchTarget(TouchTarget target)
+bool PanelState::setTouchTarget(TouchTarget target)
 {
     const std::lock_guard lock(m_mutex);
+    const auto& before = m_values.touchTarget;
+    const bool isNewReceiver = target.enabled && !(before && before->enabled && before->ip == target.ip);
     m_values.touchTarget = std::move(target);
+    return isNewReceiver;
 }
 
 std::optional<std::string> PanelState::touchReceiver() const
@@ -95,30 +86,6 @@ std::optional<std::string> PanelState::touchReceiver() const
     const std::lock_guard lock(m_mutex);
     const auto& target = m_values.touchTarget;
     return target && target->enabled ? std::optional(target->ip) : std::nullopt;
-}
-
-ReplyMode PanelState::reply(PanelRequest request) const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_values.replies[static_cast<std::size_t>(request)];
-}
-
-void PanelState::setReply(PanelRequest request, ReplyMode mode)
-{
-    const std::lock_guard lock(m_mutex);
-    m_values.replies[static_cast<std::size_t>(request)] = std::move(mode);
-}
-
-UploadMode PanelState::uploadReply() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_values.uploadReply;
-}
-
-void PanelState::setUploadReply(UploadMode mode)
-{
-    const std::lock_guard lock(m_mutex);
-    m_values.uploadReply = mode;
 }
 
 } // namespace companion::simulator

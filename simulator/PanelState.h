@@ -8,6 +8,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace companion::simulator {
 
@@ -15,7 +16,7 @@ namespace companion::simulator {
 enum class PanelRequest { Heartbeat, Touchback, Trigger };
 constexpr std::size_t panelRequestCount = 3;
 
-/// Who asked for touches last, and what he asked for.
+/// The last touchback request.
 struct TouchTarget {
     std::string ip;
     bool enabled = false;
@@ -44,7 +45,7 @@ struct UploadRecord {
     std::string from;      ///< who sent it
 };
 
-/// A recording that is played or can be.
+/// A recording that is being played or can be.
 struct ReplayState {
     std::size_t datagrams = 0;
     bool isPlaying = false;
@@ -66,35 +67,55 @@ struct PanelSnapshot {
     std::array<ReplyMode, panelRequestCount> replies;
     UploadMode uploadReply;
     std::uint64_t touchesSent = 0;
-    std::optional<ReplayState> replay; ///< nothing while there has been no recording
+    std::optional<ReplayState> replay; ///< nothing before the first recording
 };
 
-/// What the panel knows, shared by the HTTP threads, the touch sender and the announcer. Any thread.
+/// The state of the panel, shared by the HTTP threads, the touch sender and the announcer. Any thread.
 class PanelState {
 public:
     explicit PanelState(PanelSnapshot start);
 
-    PanelSnapshot snapshot() const;
+    PanelSnapshot snapshot() const { return get(m_values); }
 
     void setPorts(std::uint16_t service, std::uint16_t upload);
-    void setAnnouncedAs(std::optional<std::string> instance);
+    void setAnnouncedAs(std::optional<std::string> name) { set(m_values.announcedAs, std::move(name)); }
 
     void recordPing(const std::string& ip);
     void recordTrigger(const std::string& ip);
     void recordUpload(UploadRecord upload);
     void recordTouch();
-    void setReplay(ReplayState replay);
 
-    void setTouchTarget(TouchTarget target);
+    void setReplay(ReplayState replay) { set(m_values.replay, std::optional(replay)); }
+    bool isReplaying() const;
+
+    /// Whether touches now go to a computer that got none before.
+    bool setTouchTarget(TouchTarget target);
     /// Where touches go; nothing while nobody wants any.
     std::optional<std::string> touchReceiver() const;
 
-    ReplyMode reply(PanelRequest request) const;
-    void setReply(PanelRequest request, ReplyMode mode);
-    UploadMode uploadReply() const;
-    void setUploadReply(UploadMode mode);
+    ReplyMode reply(PanelRequest request) const { return get(m_values.replies[index(request)]); }
+    void setReply(PanelRequest request, ReplyMode mode)
+    {
+        set(m_values.replies[index(request)], std::move(mode));
+    }
+    UploadMode uploadReply() const { return get(m_values.uploadReply); }
+    void setUploadReply(UploadMode mode) { set(m_values.uploadReply, mode); }
 
 private:
+    static std::size_t index(PanelRequest request) { return static_cast<std::size_t>(request); }
+
+    template <typename T> T get(const T& value) const
+    {
+        const std::lock_guard lock(m_mutex);
+        return value;
+    }
+
+    template <typename T> void set(T& member, T value)
+    {
+        const std::lock_guard lock(m_mutex);
+        member = std::move(value);
+    }
+
     mutable std::mutex m_mutex;
     PanelSnapshot m_values;
 };

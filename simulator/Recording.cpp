@@ -18,19 +18,18 @@ namespace {
 constexpr std::string_view formatName = "panel-touches";
 constexpr std::string_view formatVersion = "1";
 constexpr std::uint64_t maxTimeMs = 86'400'000;
+constexpr std::size_t maxLine =
+    std::string_view("86400000 ").size() + 4 * maxDatagram; // every byte as "\\xff"
 
-/// Reads line by line; the first thing that is wrong ends it.
 class RecordingParser {
 public:
     std::variant<Gesture, std::string> parse(std::string_view text)
     {
-        for (int number = 1; number == 1 || !text.empty(); ++number) {
-            const auto end = std::min(text.find('\n'), text.size());
-            const std::string_view line = withoutCarriageReturn(text.substr(0, end));
-            if (auto problem = number == 1 ? readHeader(line) : readLine(line))
-                return "line " + std::to_string(number) + ": " + *problem;
-            text.remove_prefix(std::min(end + 1, text.size()));
-        }
+        const auto read = [this](std::string_view line, int number) {
+            return number == 1 ? readHeader(line) : readLine(line);
+        };
+        if (auto problem = readLines(text, read))
+            return *problem;
         if (m_steps.empty())
             return "it holds no datagrams";
         return std::move(m_steps);
@@ -38,11 +37,6 @@ public:
 
 private:
     using Problem = std::optional<std::string>;
-
-    static std::string_view withoutCarriageReturn(std::string_view line)
-    {
-        return line.ends_with('\r') ? line.substr(0, line.size() - 1) : line;
-    }
 
     static Problem readHeader(std::string_view line)
     {
@@ -56,6 +50,8 @@ private:
 
     Problem readLine(std::string_view line)
     {
+        if (line.size() > maxLine)
+            return "a line has at most " + std::to_string(maxLine) + " bytes";
         if (line.empty() || line.starts_with('#'))
             return std::nullopt;
         const auto blank = std::min(line.find(' '), line.size());
@@ -74,7 +70,7 @@ private:
             return problem;
         if (bytes.size() > maxDatagram)
             return "a datagram holds at most " + std::to_string(maxDatagram) + " bytes";
-        // The first one goes out at once, also where the beginning of a recording has been cut away.
+        // The first one is sent at once, even if the beginning of the recording was cut off.
         const auto pause = m_steps.empty() ? 0 : time - m_time;
         m_steps.push_back({/*isTouch=*/false, std::move(bytes), std::chrono::milliseconds(pause)});
         m_time = time;
@@ -99,7 +95,7 @@ private:
         return std::nullopt;
     }
 
-    /// The byte, and how many characters after the backslash stand for it.
+    /// The byte, and the length of its escape after the backslash.
     static std::optional<std::pair<char, std::size_t>> readEscape(std::string_view text)
     {
         if (text.starts_with('\\'))
@@ -118,15 +114,18 @@ private:
     std::uint64_t m_time = 0;
 };
 
-/// False with `errno` when that fails.
+/// Reads little more than a recording may have, since some files have no end. Returns false, with `errno`, on failure.
 bool readFile(const std::string& name, std::string& text)
 {
     const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(name.c_str(), "rbe"), &std::fclose);
     if (!file)
         return false;
     std::array<char, 65536> buffer{};
-    while (const std::size_t count = std::fread(buffer.data(), 1, buffer.size(), file.get()))
+    std::size_t count = 1;
+    while (count > 0 && text.size() <= maxRecordingFile) {
+        count = std::fread(buffer.data(), 1, buffer.size(), file.get());
         text.append(buffer.data(), count);
+    }
     return std::ferror(file.get()) == 0;
 }
 
@@ -142,6 +141,8 @@ std::variant<Gesture, std::string> readRecording(const std::string& file)
     std::string text;
     if (!readFile(file, text))
         return file + ": " + std::strerror(errno);
+    if (text.size() > maxRecordingFile)
+        return file + ": a recording has at most " + std::to_string(maxRecordingFile) + " bytes";
     auto recording = parseRecording(text);
     if (const auto* problem = std::get_if<std::string>(&recording))
         return file + ": " + *problem;

@@ -108,11 +108,16 @@ TEST(RecordingTest, DatagramOf65507BytesIsTheLongest)
         recordingProblem("0 " + std::string(65508, 'x')), "line 2: a datagram holds at most 65507 bytes");
 }
 
-TEST(RecordingTest, FileThatCannotBeReadIsToldWithTheSystemsWords)
+TEST(RecordingTest, LineOf262037BytesIsTheLongest)
 {
-    EXPECT_EQ(std::get<std::string>(readRecording("/nowhere/touches.txt")),
-        "/nowhere/touches.txt: No such file or directory");
-    EXPECT_EQ(std::get<std::string>(readRecording("/")), "/: Is a directory");
+    std::string longest = "86400000 ";
+    for (int i = 0; i < 65507; ++i)
+        longest += "\\xff";
+    ASSERT_EQ(longest.size(), 262'037U);
+    EXPECT_EQ(recordingProblem(longest), "none");
+    EXPECT_EQ(recordingProblem("0 a\n#" + std::string(262'036, 'x')), "none");
+    EXPECT_EQ(
+        recordingProblem("0 a\n#" + std::string(262'037, 'x')), "line 3: a line has at most 262037 bytes");
 }
 
 } // namespace

@@ -2,21 +2,11 @@
 
 #include "simulator/EventLog.h"
 #include "simulator/PanelState.h"
-#include "simulator/TouchSender.h"
 
 #include <string>
 #include <utility>
 
 namespace companion::simulator {
-
-namespace {
-
-std::string datagrams(std::size_t count)
-{
-    return std::to_string(count) + (count == 1 ? " datagram" : " datagrams");
-}
-
-} // namespace
 
 Replay::Replay(PanelState& state, TouchSender& touches, EventLog& log, std::optional<Gesture> recording)
     : m_state(state)
@@ -30,33 +20,31 @@ Replay::Replay(PanelState& state, TouchSender& touches, EventLog& log, std::opti
 
 void Replay::touchbackTurnedOn()
 {
-    if (!m_recording || isPlaying())
+    if (!m_recording)
         return;
     Gesture delayed = *m_recording;
     delayed.front().pause += headStart;
     start(std::move(delayed));
 }
 
-bool Replay::isPlaying() const
+std::optional<Playback> Replay::start(Gesture recording)
 {
-    return m_playback && !m_playback->result();
-}
-
-std::shared_ptr<Playback> Replay::start(Gesture recording)
-{
+    const std::lock_guard lock(m_starting);
+    if (m_state.isReplaying())
+        return std::nullopt;
     const std::size_t size = recording.size();
-    const auto ended = [&state = m_state, &log = m_log, size](const Playback::Result& result) {
+    const auto ended = [&state = m_state, &log = m_log, size](const PlaybackResult& result) {
         state.setReplay({size, /*isPlaying=*/false});
-        log.write("replay ended: " + datagrams(result.sent) + " sent"
+        log.write("replay ended: " + datagramCount(result.sent) + " sent"
             + (result.problem.empty() ? "" : ", then " + result.problem));
     };
-    // Said before it is so, since the end may come at once, on the sender's thread.
+    // Set and logged first, since the sender's thread may report the end at once.
     m_state.setReplay({size, /*isPlaying=*/true});
-    m_log.write("replay of " + datagrams(size) + " begins");
-    m_playback = m_touches.play(std::move(recording), ended);
-    if (!m_playback)
+    m_log.write("replay of " + datagramCount(size) + " begins");
+    auto playback = m_touches.play(std::move(recording), ended);
+    if (!playback.valid())
         ended({0, /*isRefused=*/true, "too many gestures are waiting"});
-    return m_playback;
+    return playback;
 }
 
 } // namespace companion::simulator

@@ -1,33 +1,44 @@
 #pragma once
 
-#include "simulator/EventLog.h"
 #include "simulator/HttpServer.h"
-#include "simulator/PanelState.h"
+
+#include <string>
 
 namespace companion::simulator {
 
-class ControlInterface;
-class Page;
+class EventLog;
+class PanelState;
 class Replay;
+class TouchControl;
 
-/// What the service port serves: the three requests of the panel service, and the control interface and the page
-/// beside them.
+/// Answers everything on the service port: the three requests of the panel service, the control interface below
+/// "/simulator/", and the page. Any thread.
 class ServicePort {
 public:
-    ServicePort(
-        PanelState& state, EventLog& log, ControlInterface& control, const Page& page, Replay& replay);
+    /// `uploads` is the folder that keeps uploads; "" if none does.
+    ServicePort(PanelState& state, EventLog& log, TouchControl& touches, Replay& replay, std::string uploads);
 
-    /// On the server's thread.
-    std::unique_ptr<Exchange> open(const Request& request);
+    Outcome answer(const Request& request, const std::string& body);
 
 private:
-    std::unique_ptr<Exchange> openOwn(const Request& request);
+    struct Route {
+        std::string_view path;
+        std::string method;
+        Handler answer;
+    };
+
+    Outcome ping(const Request& request, const std::string& body);
+    Outcome switchTouchback(const Request& request, const std::string& body);
+    Outcome trigger(const Request& request, const std::string& body);
+    Outcome state(const Request& request, const std::string& body);
+    Outcome setReply(const Request& request, const std::string& body);
+    Outcome setUploadReply(const Request& request, const std::string& body);
 
     PanelState& m_state;
     EventLog& m_log;
-    ControlInterface& m_control;
-    const Page& m_page;
     Replay& m_replay;
+    const std::string m_uploads;
+    const std::vector<Route> m_routes;
 };
 
 } // namespace companion::simulator

@@ -1,87 +1,67 @@
 #include "simulator/StateJson.h"
 
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include <nlohmann/json.hpp>
 
 namespace companion::simulator {
 
 namespace {
 
-QString text(const std::string& utf8)
-{
-    return QString::fromStdString(utf8);
-}
+using Json = nlohmann::ordered_json;
 
-/// JSON numbers are doubles to many readers; counts here stay far below their 2^53.
-qint64 number(std::uint64_t value)
+template <typename T> Json orNull(const std::optional<T>& value)
 {
-    return static_cast<qint64>(value);
-}
-
-QJsonValue touchTargetJson(const std::optional<TouchTarget>& target)
-{
-    if (!target)
-        return QJsonValue::Null;
-    return QJsonObject{{"ip", text(target->ip)}, {"enabled", target->enabled}, {"hidemenu", target->hidemenu},
-        {"isHDMI", target->isHDMI}};
-}
-
-QJsonValue replayStateJson(const std::optional<ReplayState>& replay)
-{
-    if (!replay)
-        return QJsonValue::Null;
-    return QJsonObject{{"datagrams", number(replay->datagrams)}, {"playing", replay->isPlaying}};
-}
-
-QJsonObject occurrencesJson(const Occurrences& occurrences)
-{
-    QJsonArray times;
-    for (const std::int64_t time : occurrences.times)
-        times.append(static_cast<qint64>(time));
-    return {{"count", number(occurrences.count)}, {"lastIp", text(occurrences.lastIp)}, {"times", times}};
-}
-
-QJsonObject uploadJson(const UploadRecord& upload)
-{
-    return {{"storedName", text(upload.storedName)}, {"fileName", text(upload.fileName)},
-        {"srcfilename", text(upload.srcfilename)}, {"filetype", text(upload.filetype)},
-        {"contentType", text(upload.contentType)}, {"sha256", text(upload.sha256)},
-        {"picture", upload.isPicture}, {"size", number(upload.size)},
-        {"time", static_cast<qint64>(upload.time)}, {"from", text(upload.from)}};
-}
-
-QJsonObject uploadsJson(const PanelSnapshot& state)
-{
-    QJsonArray list;
-    for (const UploadRecord& upload : state.uploads)
-        list.append(uploadJson(upload));
-    return {{"count", number(state.uploadCount)}, {"list", list}};
-}
-
-QJsonObject replyJson(const PanelSnapshot& state)
-{
-    const auto description = [&state](PanelRequest request) {
-        return text(state.replies[static_cast<std::size_t>(request)].description());
-    };
-    return {{"heartbeat", description(PanelRequest::Heartbeat)},
-        {"touchback", description(PanelRequest::Touchback)}, {"trigger", description(PanelRequest::Trigger)},
-        {"upload", text(state.uploadReply.description())}};
+    return value ? Json(*value) : Json(nullptr);
 }
 
 } // namespace
 
+// The library finds these by argument-dependent lookup.
+
+static void to_json(Json& json, const TouchTarget& target)
+{
+    json = {{"ip", target.ip}, {"enabled", target.enabled}, {"hidemenu", target.hidemenu},
+        {"isHDMI", target.isHDMI}};
+}
+
+static void to_json(Json& json, const Occurrences& occurrences)
+{
+    json = {{"count", occurrences.count}, {"lastIp", occurrences.lastIp}, {"times", occurrences.times}};
+}
+
+static void to_json(Json& json, const UploadRecord& upload)
+{
+    json = {{"storedName", upload.storedName}, {"fileName", upload.fileName},
+        {"srcfilename", upload.srcfilename}, {"filetype", upload.filetype},
+        {"contentType", upload.contentType}, {"size", upload.size}, {"sha256", upload.sha256},
+        {"picture", upload.isPicture}, {"time", upload.time}, {"from", upload.from}};
+}
+
+static void to_json(Json& json, const ReplayState& replay)
+{
+    json = {{"datagrams", replay.datagrams}, {"playing", replay.isPlaying}};
+}
+
+static Json replyJson(const PanelSnapshot& state)
+{
+    const auto description = [&state](PanelRequest request) {
+        return state.replies[static_cast<std::size_t>(request)].description();
+    };
+    return {{"heartbeat", description(PanelRequest::Heartbeat)},
+        {"touchback", description(PanelRequest::Touchback)}, {"trigger", description(PanelRequest::Trigger)},
+        {"upload", state.uploadReply.description()}};
+}
+
 std::string stateJson(const PanelSnapshot& state)
 {
-    const QJsonObject object{{"model", text(state.model)}, {"name", text(state.name)},
-        {"address", text(state.address)}, {"announced", state.announcedAs.has_value()},
-        {"announcedAs", state.announcedAs ? QJsonValue(text(*state.announcedAs)) : QJsonValue::Null},
+    const Json json{{"model", state.model}, {"name", state.name}, {"address", state.address},
+        {"announced", state.announcedAs.has_value()}, {"announcedAs", orNull(state.announcedAs)},
         {"servicePort", state.servicePort}, {"uploadPort", state.uploadPort}, {"touchPort", state.touchPort},
-        {"touchTarget", touchTargetJson(state.touchTarget)}, {"pings", occurrencesJson(state.pings)},
-        {"triggers", occurrencesJson(state.triggers)}, {"uploads", uploadsJson(state)},
-        {"reply", replyJson(state)}, {"touchesSent", number(state.touchesSent)},
-        {"replay", replayStateJson(state.replay)}};
-    return QJsonDocument(object).toJson(QJsonDocument::Indented).toStdString();
+        {"touchTarget", orNull(state.touchTarget)}, {"touchesSent", state.touchesSent},
+        {"pings", state.pings}, {"triggers", state.triggers},
+        {"uploads", {{"count", state.uploadCount}, {"list", state.uploads}}},
+        {"replay", orNull(state.replay)}, {"reply", replyJson(state)}};
+    // Strangers' texts may be no UTF-8; such bytes are replaced by U+FFFD.
+    return json.dump(/*indent=*/4, ' ', /*ensure_ascii=*/false, Json::error_handler_t::replace) + "\n";
 }
 
 } // namespace companion::simulator

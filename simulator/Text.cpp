@@ -1,8 +1,8 @@
 #include "simulator/Text.h"
 
-#include <charconv>
+#include "platform/Text.h"
 
-#include <QStringDecoder>
+#include <charconv>
 
 namespace companion::simulator {
 
@@ -10,17 +10,12 @@ namespace {
 
 constexpr std::string_view digits = "0123456789";
 
-bool isContinuation(char byte)
-{
-    return (static_cast<unsigned char>(byte) & 0xC0) == 0x80;
-}
-
 bool isControl(char byte)
 {
     return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F;
 }
 
-/// U+0080 to U+009F, among them the beginning of a terminal's control sequences, are C2 80 to C2 9F in UTF-8.
+/// U+0080 to U+009F are C2 80 to C2 9F in UTF-8; a terminal takes some of them for the start of a command.
 bool beginsC1Control(std::string_view text)
 {
     return text.size() >= 2 && text[0] == '\xC2' && static_cast<unsigned char>(text[1]) < 0xA0;
@@ -33,25 +28,9 @@ bool isDigits(std::string_view text)
 
 } // namespace
 
-bool isUtf8(std::string_view text)
+std::string replaceControls(std::string_view text)
 {
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString decoded = decoder(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
-    return !decoder.hasError();
-}
-
-std::string_view cutAtCharacter(std::string_view text, std::size_t maxBytes)
-{
-    if (text.size() <= maxBytes)
-        return text;
-    while (maxBytes > 0 && isContinuation(text[maxBytes]))
-        --maxBytes;
-    return text.substr(0, maxBytes);
-}
-
-std::string printable(std::string_view text)
-{
-    const bool isText = isUtf8(text);
+    const bool isText = isValidUtf8(text);
     std::string result;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const bool isOfTwoBytes = isText && beginsC1Control(text.substr(i));
@@ -62,6 +41,21 @@ std::string printable(std::string_view text)
         i += isOfTwoBytes;
     }
     return result;
+}
+
+std::optional<std::string> readLines(std::string_view text, const LineReader& read)
+{
+    int number = 0;
+    do {
+        const auto end = std::min(text.find('\n'), text.size());
+        std::string_view line = text.substr(0, end);
+        if (line.ends_with('\r'))
+            line.remove_suffix(1);
+        if (const auto problem = read(line, ++number))
+            return "line " + std::to_string(number) + ": " + *problem;
+        text.remove_prefix(std::min(end + 1, text.size()));
+    } while (!text.empty());
+    return std::nullopt;
 }
 
 std::vector<std::string_view> words(std::string_view text)

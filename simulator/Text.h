@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,18 +10,20 @@
 
 namespace companion::simulator {
 
-bool isUtf8(std::string_view text);
+/// Replaces control characters, and all bytes but ASCII of a text that is not UTF-8, by "?".
+std::string replaceControls(std::string_view text);
 
-/// The longest beginning of `text` of at most `maxBytes` bytes that cuts no UTF-8 character in two.
-std::string_view cutAtCharacter(std::string_view text, std::size_t maxBytes);
+/// Returns what is wrong with a line, or nothing.
+using LineReader = std::function<std::optional<std::string>(std::string_view line, int number)>;
 
-/// For a line of output: control characters and what is not UTF-8 become "?".
-std::string printable(std::string_view text);
+/// Calls `read` for each line, counted from 1, without its LF or CRLF. The first problem ends it: "line 2: problem".
+/// An empty text has one line.
+std::optional<std::string> readLines(std::string_view text, const LineReader& read);
 
-/// Cuts at runs of blanks and tabs; leading and trailing ones count for nothing.
+/// Splits at runs of blanks and tabs; leading and trailing ones are ignored.
 std::vector<std::string_view> words(std::string_view text);
 
-/// An optional minus, digits, and an optional fraction: what a coordinate on the wire looks like.
+/// An optional minus, digits, and an optional fraction: the form of a coordinate on the wire.
 bool isDecimalNumber(std::string_view text);
 
 /// Decimal digits only, and at most `maximum`.

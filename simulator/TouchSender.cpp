@@ -4,6 +4,7 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <system_error>
 #include <unistd.h>
@@ -14,7 +15,7 @@ namespace companion::simulator {
 namespace {
 
 constexpr std::size_t maxWaiting = 64;
-constexpr std::chrono::milliseconds lookInterval{200};
+constexpr std::chrono::milliseconds receiverCheckInterval{200};
 
 sockaddr_in socketAddress(const std::string& ip, std::uint16_t port)
 {
@@ -44,33 +45,14 @@ std::string datagramOf(const GestureStep& step)
 
 } // namespace
 
-Playback::Playback(Gesture gesture, WhenOver whenOver)
-    : m_gesture(std::move(gesture))
-    , m_whenOver(std::move(whenOver))
+std::string datagramCount(std::size_t count)
 {
+    return std::to_string(count) + (count == 1 ? " datagram" : " datagrams");
 }
 
-void Playback::finish(const Result& result)
-{
-    {
-        const std::lock_guard lock(m_mutex);
-        m_result = result;
-    }
-    if (m_whenOver)
-        m_whenOver(result);
-}
-
-std::optional<Playback::Result> Playback::result() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_result;
-}
-
-TouchSender::TouchSender(
-    PanelState& state, const std::string& address, std::uint16_t port, std::function<void()> whenFinished)
+TouchSender::TouchSender(PanelState& state, const std::string& address, std::uint16_t port)
     : m_state(state)
     , m_port(port)
-    , m_whenFinished(std::move(whenFinished))
     , m_socket(openSocket(address))
     , m_thread([this] { run(); })
 {
@@ -87,37 +69,41 @@ TouchSender::~TouchSender()
     close(m_socket);
 }
 
-std::shared_ptr<Playback> TouchSender::play(Gesture gesture, Playback::WhenOver whenOver)
+Playback TouchSender::play(Gesture gesture, WhenOver whenOver)
 {
-    auto playback = std::make_shared<Playback>(std::move(gesture), std::move(whenOver));
+    Task task([this, gesture = std::move(gesture), whenOver = std::move(whenOver)] {
+        PlaybackResult result = send(gesture);
+        if (whenOver)
+            whenOver(result);
+        return result;
+    });
     const std::lock_guard lock(m_mutex);
     if (m_waiting.size() >= maxWaiting)
-        return nullptr;
-    m_waiting.push_back(playback);
+        return {};
+    m_waiting.push_back(std::move(task));
     m_changed.notify_all();
-    return playback;
+    return m_waiting.back().get_future().share();
 }
 
 void TouchSender::run()
 {
-    while (const auto playback = nextPlayback()) {
-        playback->finish(send(playback->gesture()));
-        m_whenFinished();
-    }
+    for (Task task = nextTask(); task.valid(); task = nextTask())
+        task();
 }
 
-std::shared_ptr<Playback> TouchSender::nextPlayback()
+/// Not valid when the sender is to stop.
+TouchSender::Task TouchSender::nextTask()
 {
     std::unique_lock lock(m_mutex);
     m_changed.wait(lock, [this] { return m_isStopping || !m_waiting.empty(); });
     if (m_isStopping)
-        return nullptr;
-    auto playback = std::move(m_waiting.front());
+        return {};
+    Task task = std::move(m_waiting.front());
     m_waiting.pop_front();
-    return playback;
+    return task;
 }
 
-Playback::Result TouchSender::send(const Gesture& gesture)
+PlaybackResult TouchSender::send(const Gesture& gesture)
 {
     std::size_t sent = 0;
     SteadyTime due = std::chrono::steady_clock::now();
@@ -136,12 +122,12 @@ Playback::Result TouchSender::send(const Gesture& gesture)
     return {sent, false, ""};
 }
 
-/// False when the sender is to stop instead. What has begun waits no longer than anybody wants touches.
+/// False when the sender is to stop. A gesture that has begun stops waiting when nobody wants touches any more.
 bool TouchSender::sleepUntil(SteadyTime time, bool hasBegun)
 {
     std::unique_lock lock(m_mutex);
     while (!m_isStopping && std::chrono::steady_clock::now() < time && (!hasBegun || m_state.touchReceiver()))
-        m_changed.wait_until(lock, std::min(time, std::chrono::steady_clock::now() + lookInterval));
+        m_changed.wait_until(lock, std::min(time, std::chrono::steady_clock::now() + receiverCheckInterval));
     return !m_isStopping;
 }
 

@@ -2,12 +2,11 @@
 
 #include "simulator/UploadName.h"
 
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -17,7 +16,13 @@ namespace {
 
 constexpr unsigned maxNumber = 10'000;
 
+/// With the permissions that the umask leaves.
+int createNew(const std::string& path)
+{
+    return ::open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC | O_NOFOLLOW, 0666);
 }
+
+} // namespace
 
 UploadFile::UploadFile(std::string folder)
     : m_folder(std::move(folder))
@@ -49,7 +54,7 @@ std::string UploadFile::finish(const std::string& name)
 {
     if (m_fd < 0 || !m_problem.empty())
         return {};
-    // Some file systems tell only now that there was no room.
+    // Some file systems report a full disk only now.
     if (close(std::exchange(m_fd, -1)) != 0) {
         fail();
         return {};
@@ -57,7 +62,7 @@ std::string UploadFile::finish(const std::string& name)
     const std::string stored = reserveName(name);
     if (stored.empty())
         return {};
-    // What is replaced here is the empty file that reserves the name.
+    // This replaces the empty file that reserves the name.
     if (rename(m_temporaryPath.c_str(), (m_folder + "/" + stored).c_str()) != 0) {
         fail();
         unlink((m_folder + "/" + stored).c_str());
@@ -69,12 +74,17 @@ std::string UploadFile::finish(const std::string& name)
 
 void UploadFile::open()
 {
-    std::string path = m_folder + "/.upload-XXXXXX";
-    m_fd = mkostemp(path.data(), O_CLOEXEC);
+    // Not mkstemp(3), whose files are private whatever the umask.
+    static std::atomic<unsigned> last = 0;
+    const std::string prefix = m_folder + "/.upload-" + std::to_string(getpid()) + "-";
+    std::string path;
+    do {
+        path = prefix + std::to_string(++last);
+        m_fd = createNew(path);
+    } while (m_fd < 0 && errno == EEXIST);
     if (m_fd < 0)
         return fail();
     m_temporaryPath = path;
-    fchmod(m_fd, 0644);
 }
 
 void UploadFile::fail()
@@ -87,7 +97,7 @@ std::string UploadFile::reserveName(const std::string& name)
     for (unsigned number = 1; number <= maxNumber; ++number) {
         std::string candidate = numberedFileName(name, number);
         const std::string path = m_folder + "/" + candidate;
-        const int fd = ::open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC | O_NOFOLLOW, 0644);
+        const int fd = createNew(path);
         if (fd >= 0) {
             close(fd);
             return candidate;

@@ -5,23 +5,23 @@
 
 namespace companion::simulator {
 
-/// A file that is being uploaded: hidden under a name of its own until it is whole, and gone if it never gets so.
+/// A file that is being uploaded: it has a hidden, temporary name until it is complete, and is removed if it never is.
 class UploadFile {
 public:
-    /// Keeps what comes in `folder`; with "" it keeps nothing and always succeeds.
+    /// Writes to `folder`; with "" it keeps nothing and always succeeds.
     explicit UploadFile(std::string folder);
     ~UploadFile();
     UploadFile(const UploadFile&) = delete;
     UploadFile& operator=(const UploadFile&) = delete;
 
-    /// After a failure the rest is not written.
+    /// After a failure, does nothing.
     void write(std::string_view data);
 
-    /// Gives the file its name, or a numbered one if there is one of that name already: no file is ever replaced.
-    /// The name it got; "" when nothing is kept or `problem` says why not.
+    /// Gives the file its name, or a numbered one if that is taken: no file is ever replaced. Returns the name that
+    /// was used; "" if nothing is kept or after a failure.
     std::string finish(const std::string& name);
 
-    /// The system's words for what went wrong; "" when nothing did.
+    /// The system's message for the first failure; "" if there was none.
     const std::string& problem() const { return m_problem; }
 
 private:

@@ -1,5 +1,6 @@
 #include "simulator/UploadName.h"
 
+#include "platform/Text.h"
 #include "simulator/Text.h"
 
 #include <utility>
@@ -26,7 +27,7 @@ std::string safeFileName(std::string_view offered)
 {
     if (const auto separator = offered.find_last_of("/\\"); separator != std::string_view::npos)
         offered.remove_prefix(separator + 1);
-    std::string name = printable(offered);
+    std::string name = replaceControls(offered);
     if (name.empty())
         return "upload";
     if (name.front() == '.')

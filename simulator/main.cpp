@@ -1,10 +1,11 @@
+#include "platform/posix/BlockedSignals.h"
+#include "platform/posix/SignalDescriptor.h"
 #include "platform/posix/StandardDescriptors.h"
+#include "platform/Text.h"
 #include "simulator/NetworkAddress.h"
 #include "simulator/Options.h"
 #include "simulator/Panel.h"
 #include "simulator/Recording.h"
-#include "simulator/TerminationSignals.h"
-#include "simulator/Text.h"
 
 #include <csignal>
 #include <cstdio>
@@ -13,7 +14,9 @@
 #include <utility>
 
 #include <QCoreApplication>
+#include <QSocketNotifier>
 
+using namespace companion;
 using namespace companion::simulator;
 
 namespace {
@@ -29,13 +32,19 @@ int complain(const std::string& problem, int status)
 
 int run(QCoreApplication& application, Options options, std::optional<Gesture> recording)
 {
-    // A file size limit is an ordinary write error to an upload; a closed connection or pipe to any answer.
+    // A file size limit, or a connection or pipe that was closed, is an ordinary write error.
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
-    const TerminationSignals termination([&application] { application.quit(); });
+    const SignalDescriptor termination;
+    const QSocketNotifier notifier(termination.fd(), QSocketNotifier::Read);
+    QObject::connect(&notifier, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
     if (options.address.empty())
         options.address = defaultAddress();
-    const Panel panel(options, std::move(recording));
+    std::optional<Panel> panel;
+    {
+        const BlockedSignals mainThreadOnly;
+        panel.emplace(options, std::move(recording));
+    }
     return QCoreApplication::exec();
 }
 
@@ -50,7 +59,7 @@ try {
         return complain(*problem, badUsage);
     const auto& options = std::get<Options>(parsed);
     if (options.wantsHelp)
-        return std::fputs(helpText, stdout) < 0;
+        return std::fputs(helpText().c_str(), stdout) < 0;
     if (options.wantsVersion)
         return std::puts("panel-simulator " PANEL_COMPANION_VERSION) < 0;
     if (options.replay.empty())

@@ -163,6 +163,7 @@ check_headers() {
     check "X11's headers stay in their adapter" foreign_headers '(X11|xcb)/' 'platform/x11'
     check "libcurl's headers stay in their adapter" foreign_headers 'curl/' 'platform/curl'
     check "the command-line library's headers stay in one file" foreign_headers 'CLI/' 'platform'
+    check "the JSON library's headers stay in the simulated panel" foreign_headers 'nlohmann/' 'simulator'
     check "the HTTP server's headers stay in the simulated panel" foreign_headers 'microhttpd' 'simulator'
     check "Avahi's own headers are used nowhere: it is spoken to over D-Bus" foreign_headers 'avahi-' 'none'
     check "what decides links no toolkit" linked_by_logic

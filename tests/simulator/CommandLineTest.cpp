@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <memory>
 
 namespace companion::testing {
 namespace {
@@ -94,7 +95,7 @@ TEST(CommandLineTest, ReadyLineTellsWhatIsAnnouncedAndWhere)
 
 TEST(CommandLineTest, SignalsEndItWithStatus0EvenWhileItIsSilent)
 {
-    for (const int signal : {SIGTERM, SIGINT}) {
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         SimulatorProcess panel;
         panel.post("/simulator/reply", "silence");
         HttpClient client(panel.address(), panel.servicePort());
@@ -106,15 +107,33 @@ TEST(CommandLineTest, SignalsEndItWithStatus0EvenWhileItIsSilent)
     }
 }
 
-TEST(CommandLineTest, SignalEndsAGestureThatIsUnderWay)
+TEST(CommandLineTest, SignalEndsItWithinTwoSecondsHoweverAnswersWait)
 {
     SimulatorProcess panel({"--no-announce", "--touch-port", "9"});
     panel.get("/enableWifiTouchback?ip=127.0.0.1&enable=true&hidemenu=false&isHDMI=true");
-    HttpClient client(panel.address(), panel.servicePort());
-    client.send(httpRequest("POST", "/simulator/touch", "UP 1 1 60000"));
-    EXPECT_EQ(client.receive(100ms).status, 0);
+    panel.post("/simulator/upload-reply", "slow");
+    panel.post("/simulator/reply", "trigger endless");
+    panel.post("/simulator/reply", "touchback silence");
+    panel.post("/simulator/reply", "delay 3600000");
+    const std::vector<std::string> requests{httpRequest("POST", "/ws", R"({"key":"ACTION_CAST"})"),
+        httpRequest("GET", "/enableWifiTouchback?ip=127.0.0.1&enable=true&hidemenu=false&isHDMI=true"),
+        httpRequest("GET", "/pingServerWithIP?ip=127.0.0.1&msg=ping"),
+        httpRequest("POST", "/simulator/touch", "UP 1 1 60000"),
+        httpRequest("POST", "/simulator/stroke?id=s&part=1", "UP 1 1")};
+    std::vector<std::unique_ptr<HttpClient>> clients;
+    for (const std::string& request : requests) {
+        clients.push_back(std::make_unique<HttpClient>(panel.address(), panel.servicePort()));
+        clients.back()->send(request);
+    }
+    HttpClient upload(panel.address(), panel.uploadPort());
+    upload.send(httpRequest(
+        "POST", "/uploadfile", std::string(5000, 'x'), "Content-Type: multipart/form-data; boundary=b\r\n"));
+    ASSERT_TRUE(panel.process().waitForOutput("ping from"));
+    EXPECT_EQ(clients[3]->receive(100ms).status, 0);
+    const auto begin = std::chrono::steady_clock::now();
     panel.process().sendSignal(SIGTERM);
     EXPECT_EQ(panel.process().waitForExit(), 0);
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 2s);
 }
 
 } // namespace

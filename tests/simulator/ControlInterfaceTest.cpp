@@ -41,6 +41,26 @@ TEST_F(ControlInterfaceTest, StateTellsWhatThePanelIs)
     EXPECT_FALSE(state["announced"].toBool());
 }
 
+TEST_F(ControlInterfaceTest, StateHasItsKeysInTheDocumentedOrder)
+{
+    const std::string json = panel.get("/simulator/state").body;
+    std::size_t last = 0;
+    for (const char* key :
+        {"model", "name", "address", "announced", "announcedAs", "servicePort", "uploadPort", "touchPort",
+            "touchTarget", "touchesSent", "pings", "triggers", "uploads", "replay", "reply"}) {
+        const auto place = json.find("\n    \"" + std::string(key) + "\": ");
+        ASSERT_NE(place, std::string::npos) << key;
+        EXPECT_GE(place, last) << key;
+        last = place;
+    }
+}
+
+TEST_F(ControlInterfaceTest, TextThatIsNotUtf8IsReplacedInTheState)
+{
+    panel.post("/simulator/reply", "text a\xFFz");
+    EXPECT_EQ(panel.state()["reply"].toObject()["heartbeat"].toString(), "text a\uFFFDz");
+}
+
 TEST_F(ControlInterfaceTest, TouchesAreRecordsWithTheTimeInMillisecondsSince1970)
 {
     askForTouches();

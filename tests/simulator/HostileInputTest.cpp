@@ -94,6 +94,27 @@ TEST_F(HostileInputTest, HalfRequestsHoldNobodyUp)
     EXPECT_EQ(panel.ping().body, "OK");
 }
 
+TEST_F(HostileInputTest, SilentConnectionsDoNotBlockNewOnes)
+{
+    std::vector<std::unique_ptr<HttpClient>> silent;
+    for (int i = 0; i < 450; ++i)
+        silent.push_back(std::make_unique<HttpClient>(panel.address(), panel.servicePort()));
+    EXPECT_EQ(panel.ping().body, "OK");
+}
+
+TEST_F(HostileInputTest, UnansweredRequestsDoNotBlockNewOnes)
+{
+    panel.post("/simulator/reply", "silence");
+    std::vector<std::unique_ptr<HttpClient>> waiting;
+    for (int i = 0; i < 450; ++i) {
+        waiting.push_back(std::make_unique<HttpClient>(panel.address(), panel.servicePort()));
+        waiting.back()->send(httpRequest("GET", "/pingServerWithIP?ip=127.0.0.1&msg=ping"));
+    }
+    EXPECT_EQ(panel.post("/simulator/reply", "ok").status, 200);
+    for (const auto& client : waiting)
+        ASSERT_EQ(client->receive().body, "OK");
+}
+
 TEST_F(HostileInputTest, ConnectionsThatComeAndGoAreForgotten)
 {
     for (int i = 0; i < 1000; ++i)

@@ -191,6 +191,27 @@ TEST_F(ReplayTest, BadRecordingIsOneLineWithItsLineNumberAndStatus2)
             + ": line 4: a time is a whole number of milliseconds, at most 86400000\n");
     EXPECT_EQ(run("/nowhere/x"), "2 panel-simulator: --replay /nowhere/x: No such file or directory\n");
     EXPECT_EQ(run("/"), "2 panel-simulator: --replay /: Is a directory\n");
+    EXPECT_EQ(
+        run("/dev/zero"), "2 panel-simulator: --replay /dev/zero: a recording has at most 67108864 bytes\n");
+}
+
+TEST_F(ReplayTest, RecordingOf67108864BytesIsTheLargest)
+{
+    std::string content = "panel-touches 1\n0 a\n";
+    const std::string comment = "#" + std::string(65'534, 'x') + "\n";
+    while (content.size() + comment.size() <= 67'108'864)
+        content += comment;
+    content += "#" + std::string(67'108'863 - content.size(), 'x');
+    ASSERT_EQ(content.size(), 67'108'864U);
+    {
+        const RecordingFile file(content);
+        SimulatorProcess panel(arguments(file));
+        EXPECT_EQ(panel.state()["replay"].toObject()["datagrams"].toInt(), 1);
+    }
+    const RecordingFile tooLarge(content + "x");
+    ChildProcess refused({PANEL_SIMULATOR, "--no-announce", "--replay", tooLarge.path()});
+    EXPECT_EQ(refused.waitForExit(), 2);
+    EXPECT_THAT(refused.output(), HasSubstr(": a recording has at most 67108864 bytes\n"));
 }
 
 TEST_F(ReplayTest, SignalEndsARecordingThatIsPlayed)

@@ -56,6 +56,13 @@ fs::path newFolder()
     return mkdtemp(pattern.data());
 }
 
+std::uint16_t uploadPortOf(ChildProcess& simulator)
+{
+    EXPECT_TRUE(simulator.waitForOutput("uploads on ") && simulator.waitForOutput("\n"));
+    const std::string ready = simulator.output();
+    return static_cast<std::uint16_t>(std::stoi(ready.substr(ready.find("uploads on ") + 11)));
+}
+
 class UploadPortTest : public ::testing::Test {
 protected:
     ~UploadPortTest() override { fs::remove_all(folder); }
@@ -282,17 +289,37 @@ TEST_F(UploadPortTest, WriteThatFailsIsA500AndLeavesNothing)
     const std::string command = std::string("ulimit -f 8; exec ") + PANEL_SIMULATOR
         + " --no-announce --address 127.0.0.1 --service-port 0 --upload-port 0 --uploads " + folder.string();
     ChildProcess limited({"sh", "-c", command});
-    ASSERT_TRUE(limited.waitForOutput("uploads on "));
-    ASSERT_TRUE(limited.waitForOutput("\n"));
-    const std::string ready = limited.output();
-    const int port = std::stoi(ready.substr(ready.find("uploads on ") + 11));
-    HttpClient client("127.0.0.1", static_cast<std::uint16_t>(port));
+    HttpClient client("127.0.0.1", uploadPortOf(limited));
     client.send(
         httpRequest("POST", "/uploadfile", multipart("a.png", fileBytes(300'000)), uploadFields("a.png")));
     const HttpReply reply = client.receive();
     EXPECT_EQ(reply.status, 500);
     EXPECT_EQ(reply.body, "cannot store the file: File too large\n");
     EXPECT_EQ(stored(), std::vector<std::string>());
+}
+
+TEST_F(UploadPortTest, FolderThatIsGoneIsA500)
+{
+    fs::remove_all(folder);
+    const HttpReply reply = upload("a.png", "x");
+    EXPECT_EQ(reply.status, 500);
+    EXPECT_EQ(reply.body, "cannot store the file: No such file or directory\n");
+    EXPECT_EQ(uploads()["count"].toInt(), 0);
+}
+
+TEST_F(UploadPortTest, FilesHaveThePermissionsThatTheUmaskLeaves)
+{
+    for (const auto& [umask, permissions] : {std::pair{"027", 0640U}, {"000", 0666U}, {"077", 0600U}}) {
+        const fs::path own = folder / umask;
+        ChildProcess process({"sh", "-c",
+            std::string("umask ") + umask + "; exec " + PANEL_SIMULATOR
+                + " --no-announce --address 127.0.0.1 --service-port 0 --upload-port 0 --uploads "
+                + own.string()});
+        HttpClient client("127.0.0.1", uploadPortOf(process));
+        client.send(httpRequest("POST", "/uploadfile", multipart("a.png", "x"), uploadFields("a.png")));
+        ASSERT_EQ(client.receive().status, 200);
+        EXPECT_EQ(static_cast<unsigned>(fs::status(own / "a.png").permissions()), permissions) << umask;
+    }
 }
 
 TEST_F(UploadPortTest, WithoutAFolderFilesAreCountedOnly)
