@@ -37,10 +37,6 @@ public:
     /// The requests that were sent so far.
     int sentRequests() const { return m_sentRequests; }
 
-    std::optional<Url> urlFromText(const std::string& text) const override
-    {
-        return m_inner.urlFromText(text);
-    }
     void send(HttpRequest request, HttpCompletion completion) override;
 
 private:

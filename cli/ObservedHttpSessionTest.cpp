@@ -104,11 +104,4 @@ TEST_F(ObservedHttpSessionTest, LongTimeoutOfTheCommandLineIsNotCutOffByTheLonge
     EXPECT_EQ(inner.request(1).longestDuration, 120s);
 }
 
-TEST_F(ObservedHttpSessionTest, WhatIsAUrlIsTheInnerSessionsToSay)
-{
-    ObservedHttpSession session(inner);
-    EXPECT_TRUE(session.urlFromText("http://10.0.0.1/"));
-    EXPECT_FALSE(session.urlFromText("http://10.0.0.1/ "));
-}
-
 } // namespace companion::cli::testing

@@ -16,13 +16,13 @@ struct FileTypeLists {
     std::vector<std::string> documentsFileTypes;
 };
 
-/// What the panel sorts files by.
+/// The extensions that the panel sorts files by.
 FileTypeLists panelFileTypes();
 
-/// What the open panel offers.
+/// The extensions that the open panel offers.
 std::vector<std::string> openPanelFileTypes();
 
-/// What follows the last dot of `fileName`; all of it when there is none, "" when it ends in one.
+/// The part of `fileName` after its last dot; all of it when there is none, "" when it ends in one.
 std::string fileExtension(std::string_view fileName);
 
 std::optional<FileCategory> fileCategory(const std::string& extension, const FileTypeLists& lists);

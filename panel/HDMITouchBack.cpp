@@ -33,8 +33,8 @@ void HDMITouchBack::enableHDMITouchback(
     const PanelRequest request{selectedDeviceIP,
         "/enableWifiTouchback?ip=" + localAddress + "&enable=" + m_enableHDMITouchback
             + "&hidemenu=" + m_hideMenu + "&isHDMI=" + m_isHDMI};
-    PanelService(m_host.httpSession, m_host.console).send(request, [](const PanelReply&) {
-        // The line that describes the response is all that comes of it.
+    sendPanelRequest(m_host, request, [](const PanelReply&) {
+        // The line on the console is all that a reply leads to.
     });
 }
 

@@ -8,20 +8,20 @@
 namespace companion {
 
 /// Asks a panel to send its touches to this computer, or to stop. Main thread only; it may be destroyed while
-/// requests are under way.
+/// requests are in flight.
 class HDMITouchBack {
 public:
     explicit HDMITouchBack(const PanelRequestHost& host);
 
     /// enableHDMITouchbackWithEnable:fromHDMI:selectedDeviceIP:
-    /// Sends one request and returns at once; nobody hears of the outcome. Without a local address nothing is
-    /// sent and no flag changes. An absent panel address is a fatal error when there is a local one.
+    /// Sends one request and returns at once; the outcome is not reported. Without a local address nothing is sent
+    /// and no flag changes. An absent panel address is a fatal error when there is a local one.
     void enableHDMITouchback(bool enable, bool fromHDMI, const std::optional<std::string>& selectedDeviceIP);
 
-    /// The computer's address that the panel is told to send touches to; "" when there is none.
+    /// This computer's address, which the panel sends touches to; "" when there is none.
     std::string getLocalIPAddress() const;
 
-    /// The panel address as last handed in.
+    /// The panel address of the last call.
     const std::optional<std::string>& obtainedDeviceIP() const { return m_obtainedDeviceIP; }
 
     /// The flags of the last prepared request, "true" or "false" as they go into its query.

@@ -51,12 +51,11 @@ TEST_F(HDMITouchBackTest, RequestIsAGetWithoutABody)
     enable(/*enable=*/true, /*fromHDMI=*/true);
     ASSERT_EQ(session.sent().size(), 1u);
     const HttpRequest& request = session.request(0);
-    EXPECT_EQ(request.method, "GET");
+    EXPECT_EQ(request.method, HttpMethod::get);
     EXPECT_FALSE(request.body);
     EXPECT_EQ(request.headers,
         (std::vector<HttpHeader>{{"Content-Type", "application/json; charset=utf-8"},
             {"Accept", "application/json; charset=utf-8"}}));
-    EXPECT_EQ(request.cachePolicy, CachePolicy::useProtocolCachePolicy);
     EXPECT_EQ(request.timeout, std::chrono::seconds(60));
 }
 

@@ -13,7 +13,7 @@ namespace companion {
 /// Names and values in the order in which they are sent.
 using TextFields = std::vector<std::pair<std::string, std::string>>;
 
-/// Appends the UTF-8 text; appends nothing when it is none.
+/// Appends the text; appends nothing when it is not UTF-8.
 void appendString(std::string& bytes, std::string_view text);
 
 /// A "multipart/form-data" body (RFC 7578) with the text fields and one file. Names and content type are inserted as

@@ -22,32 +22,26 @@ HttpRequest httpRequest(Url url, const PanelRequest& request)
     HttpRequest made;
     made.url = std::move(url);
     made.method = request.method;
-    made.headers = {{"Content-Type", mediaType}, {"Accept", mediaType}};
+    made.headers = {
+        {"Content-Type", mediaType}, {"Accept", mediaType}}; // none changes the protocol's cache policy
     made.body = request.body;
-    made.cachePolicy = CachePolicy::useProtocolCachePolicy;
     made.timeout = std::chrono::seconds(60);
-    // One is sent every few seconds, and the answers are short: a panel that drips them must not gather requests.
-    made.longestDuration = std::chrono::seconds(60);
+    // A heartbeat is sent every few seconds: they must not pile up at a panel whose replies keep dripping.
+    made.longestDuration = std::chrono::minutes(10);
     return made;
 }
 
 } // namespace
 
-PanelService::PanelService(HttpSession& httpSession, Console& console)
-    : m_httpSession(httpSession)
-    , m_console(console)
+bool sendPanelRequest(
+    const PanelRequestHost& host, const PanelRequest& request, PanelReplyHandling handleReply)
 {
-}
-
-bool PanelService::send(const PanelRequest& request, ReplyHandling handleReply) const
-{
-    std::optional<Url> url = m_httpSession.urlFromText(urlText(request));
+    std::optional<Url> url = urlFromText(urlText(request));
     if (!url)
         return false;
 
-    // The completion outlives this object, so it holds the console by itself.
-    m_httpSession.send(httpRequest(std::move(*url), request),
-        [&console = m_console, handleReply = std::move(handleReply)](HttpReply reply) {
+    host.httpSession.send(httpRequest(std::move(*url), request),
+        [&console = host.console, handleReply = std::move(handleReply)](HttpReply reply) {
             if (!reply.data || reply.error)
                 return;
             console.print(reply.response ? reply.response->description() : "no response");

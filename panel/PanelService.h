@@ -23,7 +23,7 @@ struct PanelRequestHost {
 struct PanelRequest {
     std::optional<std::string> panelAddress; ///< Dotted IPv4. Absent is a fatal error once it is sent.
     std::string pathAndQuery;                ///< For example "/ws", sent as it is.
-    std::string method = "GET";
+    HttpMethod method = HttpMethod::get;
     std::optional<HttpBody> body = std::nullopt;
 };
 
@@ -33,24 +33,15 @@ struct PanelReply {
     std::string body;
 };
 
-/// The HTTP service on port 5000 of a panel: how every request to it is formed, sent and answered. It may be
-/// destroyed while requests are under way. Any thread.
-class PanelService {
-public:
-    using ReplyHandling = std::function<void(const PanelReply&)>;
+/// Called on the delivery thread.
+using PanelReplyHandling = std::function<void(const PanelReply&)>;
 
-    /// Both must outlive the session's completions.
-    PanelService(HttpSession& httpSession, Console& console);
-
-    /// Starts the request and returns at once; false, and nothing else happens, when panel address and path make
-    /// no URL. `handleReply` is called on the delivery thread with a complete answer, after the line that
-    /// describes the response; when there is an error or no body data, it is never called. No retry, no
-    /// cancellation.
-    bool send(const PanelRequest& request, ReplyHandling handleReply) const;
-
-private:
-    HttpSession& m_httpSession;
-    Console& m_console;
-};
+/// Sends a request to the HTTP service on port 5000 of a panel, and returns at once. Any thread. Panel address and path
+/// that make no URL are ignored: false, and nothing else happens.
+///
+/// A complete answer is described on the console, then handed to `handleReply`, which is never called when there is an
+/// error or no body data. No retry, no cancellation.
+bool sendPanelRequest(
+    const PanelRequestHost& host, const PanelRequest& request, PanelReplyHandling handleReply);
 
 } // namespace companion

@@ -1,6 +1,7 @@
 #include "panel/PanelService.h"
 
 #include "platform/testing/FakeHttpSession.h"
+#include "platform/testing/FakeInterfaceAddresses.h"
 #include "platform/testing/FakeLog.h"
 
 #include <gtest/gtest.h>
@@ -11,10 +12,8 @@ class PanelServiceTest : public ::testing::Test {
 protected:
     bool send(const PanelRequest& request)
     {
-        // The service goes before the answer comes, as its users let it.
-        return PanelService(session, console).send(request, [this](const PanelReply& reply) {
-            transcript.add("reply <" + reply.body + ">");
-        });
+        return sendPanelRequest({session, addresses, nameRule, console}, request,
+            [this](const PanelReply& reply) { transcript.add("reply <" + reply.body + ">"); });
     }
 
     bool sendPing() { return send({"10.27.3.20", "/ping?a=b"}); }
@@ -22,6 +21,8 @@ protected:
     Transcript transcript;
     FakeConsole console{transcript};
     FakeHttpSession session;
+    FakeInterfaceAddresses addresses;
+    FakeInterfaceNameRule nameRule;
 };
 
 using PanelServiceDeathTest = PanelServiceTest;
@@ -32,13 +33,12 @@ TEST_F(PanelServiceTest, RequestHasTheFormThatThePanelExpects)
     ASSERT_EQ(session.sent().size(), 1u);
     const HttpRequest& request = session.request(0);
     EXPECT_EQ(request.url.text, "http://10.27.3.20:5000/ping?a=b");
-    EXPECT_EQ(request.method, "GET");
+    EXPECT_EQ(request.method, HttpMethod::get);
     EXPECT_EQ(request.headers,
         (std::vector<HttpHeader>{{"Content-Type", "application/json; charset=utf-8"},
             {"Accept", "application/json; charset=utf-8"}}));
-    EXPECT_EQ(request.cachePolicy, CachePolicy::useProtocolCachePolicy);
     EXPECT_EQ(request.timeout, std::chrono::seconds(60));
-    EXPECT_EQ(request.longestDuration, std::chrono::seconds(60));
+    EXPECT_EQ(request.longestDuration, std::chrono::minutes(10));
     EXPECT_FALSE(request.body);
     EXPECT_FALSE(request.progress);
     EXPECT_EQ(transcript.take(), "");
@@ -47,10 +47,10 @@ TEST_F(PanelServiceTest, RequestHasTheFormThatThePanelExpects)
 TEST_F(PanelServiceTest, MethodAndBodyAreTheCallers)
 {
     PanelRequest request{"10.27.3.20", "/ws"};
-    request.method = "POST";
+    request.method = HttpMethod::post;
     request.body = HttpBody{sharedBytes("{\"key\":1}")};
     EXPECT_TRUE(send(request));
-    EXPECT_EQ(session.request(0).method, "POST");
+    EXPECT_EQ(session.request(0).method, HttpMethod::post);
     EXPECT_EQ(FakeHttpSession::bodyText(session.request(0)), "{\"key\":1}");
 }
 
@@ -62,8 +62,17 @@ TEST_F(PanelServiceTest, EmptyBodyIsNotAnAbsentOne)
     EXPECT_TRUE(session.request(0).body);
 }
 
-TEST_F(PanelServiceTest, TextThatIsNoUrlSendsAndSaysNothing)
+TEST_F(PanelServiceTest, NoHeaderFieldChangesTheProtocolsCachePolicy)
 {
+    sendPing();
+    for (const HttpHeader& header : session.request(0).headers)
+        EXPECT_TRUE(header.name == "Content-Type" || header.name == "Accept") << header.name;
+}
+
+TEST_F(PanelServiceTest, TextThatIsNoUrlSendsAndPrintsNothing)
+{
+    EXPECT_FALSE(send({"", "/ping"}));
+    EXPECT_FALSE(send({"a%b&c", "/ping"}));
     EXPECT_FALSE(send({"10.27. 3.20", "/ping"}));
     EXPECT_FALSE(send({"10.27.3.20\n", "/ping"}));
     EXPECT_EQ(session.sent().size(), 0u);
@@ -72,10 +81,10 @@ TEST_F(PanelServiceTest, TextThatIsNoUrlSendsAndSaysNothing)
 
 TEST_F(PanelServiceTest, AddressIsInsertedAsItIs)
 {
-    send({"", "/ping"});
-    send({"a%b&c", "/ping"});
-    EXPECT_EQ(session.request(0).url.text, "http://:5000/ping");
-    EXPECT_EQ(session.request(1).url.text, "http://a%b&c:5000/ping");
+    send({"10.-1.2.3", "/ping"});
+    send({"10.27.3.20/a?b=", "/ping"});
+    EXPECT_EQ(session.request(0).url.text, "http://10.-1.2.3:5000/ping");
+    EXPECT_EQ(session.request(1).url.text, "http://10.27.3.20/a?b=:5000/ping");
 }
 
 TEST_F(PanelServiceTest, ResponseIsDescribedBeforeItIsHandled)

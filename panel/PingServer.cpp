@@ -11,19 +11,6 @@ namespace companion {
 
 namespace {
 
-constexpr std::size_t longestPrintedBody = 1024;
-
-/// The body as far as it belongs on a diagnostic line; `body` is UTF-8, and so is what is left of it.
-std::string printable(std::string_view body)
-{
-    if (body.size() <= longestPrintedBody)
-        return std::string(body);
-    std::size_t end = longestPrintedBody;
-    while ((static_cast<unsigned char>(body[end]) & 0xC0) == 0x80)
-        --end;
-    return std::string(body.substr(0, end)) + "... (" + std::to_string(body.size()) + " bytes)";
-}
-
 /// The panel says "Device is busy"; callers know it as "DEVICE_BUSY". Casting switched off outranks it.
 std::string replyText(std::string_view body)
 {
@@ -45,7 +32,7 @@ void handleHttpReply(
     }
     if (!isValidUtf8(body))
         fatalError("The panel's answer to a ping is not UTF-8.");
-    console.print("Ping succeeded.." + printable(body));
+    console.print("Ping succeeded.." + std::string(body));
     handler(true, replyText(body));
 }
 
@@ -67,8 +54,8 @@ void PingServer::pingServerHeartbeat(
     }
 
     const PanelRequest request{selectedDeviceIP, "/pingServerWithIP?ip=" + localAddress + "&msg=ping"};
-    PanelService(m_host.httpSession, m_host.console)
-        .send(request, [&console = m_host.console, handler = std::move(handler)](const PanelReply& reply) {
+    sendPanelRequest(
+        m_host, request, [&console = m_host.console, handler = std::move(handler)](const PanelReply& reply) {
             if (reply.response && reply.response->statusCode)
                 handleHttpReply(*reply.response->statusCode, reply.body, console, handler);
             else

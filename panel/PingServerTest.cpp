@@ -3,7 +3,6 @@
 #include "platform/testing/FakeHttpSession.h"
 #include "platform/testing/FakeInterfaceAddresses.h"
 #include "platform/testing/FakeLog.h"
-#include "platform/Text.h"
 
 #include <gtest/gtest.h>
 #include <thread>
@@ -73,12 +72,11 @@ TEST_F(PingServerTest, RequestIsAGetThatNamesTheLocalAddress)
     ASSERT_EQ(session.sent().size(), 1u);
     const HttpRequest& request = session.request(0);
     EXPECT_EQ(request.url.text, "http://10.27.3.20:5000/pingServerWithIP?ip=192.168.1.5&msg=ping");
-    EXPECT_EQ(request.method, "GET");
+    EXPECT_EQ(request.method, HttpMethod::get);
     EXPECT_FALSE(request.body);
     EXPECT_EQ(request.headers,
         (std::vector<HttpHeader>{{"Content-Type", "application/json; charset=utf-8"},
             {"Accept", "application/json; charset=utf-8"}}));
-    EXPECT_EQ(request.cachePolicy, CachePolicy::useProtocolCachePolicy);
     EXPECT_EQ(request.timeout, std::chrono::seconds(60));
     EXPECT_EQ(transcript.take(), "") << "nothing is heard or printed before the answer";
 }
@@ -261,24 +259,13 @@ TEST_F(PingServerTest, FailureIsPrintedBeforeTheHandlerHears)
         "print statusCode: 302 / print Ping failed2.. / handler NO <>");
 }
 
-TEST_F(PingServerTest, BodyOf10MegabytesIsSearchedWholeButPrintedInPart)
+TEST_F(PingServerTest, BodyOf10MegabytesIsSearchedAndPrintedWhole)
 {
     const std::string padding(10'000'000, 'x');
     EXPECT_EQ(heardAfter(200, padding + "CAST_OFF"), "YES <CAST_OFF>");
-    EXPECT_EQ(
-        transcript.lines().at(2), "print Ping succeeded.." + std::string(1024, 'x') + "... (10000008 bytes)");
+    EXPECT_TRUE(transcript.lines().at(2) == "print Ping succeeded.." + padding + "CAST_OFF");
     EXPECT_EQ(heardAfter(200, "Device is busy" + padding + "CAST_OFF"), "YES <CAST_OFF>");
     EXPECT_EQ(heardAfter(200, padding + "Device is busy"), "YES <DEVICE_BUSY>");
-}
-
-TEST_F(PingServerTest, BodyOf1024BytesIsPrintedWholeAndALongerOneIsNotCutWithinACharacter)
-{
-    heardAfter(200, std::string(1024, 'x'));
-    EXPECT_EQ(transcript.lines().at(2), "print Ping succeeded.." + std::string(1024, 'x'));
-    for (std::size_t before = 1020; before <= 1025; ++before) {
-        heardAfter(200, std::string(before, 'x') + "\xF0\x9F\x98\x80tail");
-        EXPECT_TRUE(isValidUtf8(transcript.lines().at(2))) << before;
-    }
 }
 
 } // namespace companion::testing

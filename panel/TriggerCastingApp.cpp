@@ -21,11 +21,11 @@ void TriggerCastingApp::triggerCastService(const std::optional<std::string>& sel
     setObtainedDeviceIP(selectedDeviceIP);
 
     const auto body = sharedBytes(R"({"key":"ACTION_CAST"})");
-    const PanelRequest request{selectedDeviceIP, "/ws", "POST", HttpBody{body}};
-    const bool isSent = PanelService(m_host.httpSession, m_host.console)
-                            .send(request, [self = shared_from_this()](const PanelReply& reply) {
-                                self->setObtainedDeviceIP(lenientUtf8(reply.body));
-                            });
+    const PanelRequest request{selectedDeviceIP, "/ws", HttpMethod::post, HttpBody{body}};
+    const bool isSent =
+        sendPanelRequest(m_host, request, [self = shared_from_this()](const PanelReply& reply) {
+            self->setObtainedDeviceIP(lenientUtf8(reply.body));
+        });
     if (isSent)
         m_host.console.print(std::to_string(body->size()) + " bytes");
 }

@@ -9,7 +9,7 @@
 
 namespace companion {
 
-/// Asks a panel to open its casting receiver. A request under way keeps its instance alive.
+/// Asks a panel to open its casting receiver. A request in flight keeps its instance alive.
 class TriggerCastingApp : public std::enable_shared_from_this<TriggerCastingApp> {
 public:
     static std::shared_ptr<TriggerCastingApp> make(const PanelRequestHost& host);
@@ -22,8 +22,8 @@ public:
     /// `obtainedDeviceIP`. An absent address is a fatal error. Main thread only.
     void triggerCastService(const std::optional<std::string>& selectedDeviceIP);
 
-    /// The panel address that the last trigger was sent to, and then the text of the answer that came last; "" at
-    /// first. An answer changes it on the delivery thread. Any thread.
+    /// The panel address of the last trigger, or the text of the last answer, whichever came last; "" initially. An
+    /// answer changes it on the delivery thread. Any thread.
     std::optional<std::string> obtainedDeviceIP() const;
     void setObtainedDeviceIP(std::optional<std::string> text);
 

@@ -40,15 +40,22 @@ TEST_F(TriggerCastingAppTest, PostsTwentyOneBytesOfJson)
     ASSERT_EQ(session.sent().size(), 1u);
     const HttpRequest& request = session.request(0);
     EXPECT_EQ(request.url.text, "http://192.168.1.20:5000/ws");
-    EXPECT_EQ(request.method, "POST");
+    EXPECT_EQ(request.method, HttpMethod::post);
     EXPECT_EQ(request.headers,
         (std::vector<HttpHeader>{{"Content-Type", "application/json; charset=utf-8"},
             {"Accept", "application/json; charset=utf-8"}}));
     EXPECT_EQ(FakeHttpSession::bodyText(request), "{\"key\":\"ACTION_CAST\"}");
     EXPECT_EQ(request.timeout, std::chrono::seconds(60));
-    EXPECT_EQ(request.cachePolicy, CachePolicy::useProtocolCachePolicy);
     EXPECT_EQ(transcript.take(), "print 21 bytes");
     EXPECT_EQ(app->obtainedDeviceIP(), "192.168.1.20");
+}
+
+TEST_F(TriggerCastingAppTest, BodyIsDescribedAfterTheRequestIsSent)
+{
+    FakeHttpSession tracedSession{transcript};
+    TriggerCastingApp::make({tracedSession, addresses, nameRule, console})
+        ->triggerCastService("192.168.1.20");
+    EXPECT_EQ(transcript.take(" / "), "send http://192.168.1.20:5000/ws / print 21 bytes");
 }
 
 TEST_F(TriggerCastingAppTest, NeedsNoLocalAddress)

@@ -98,8 +98,7 @@ void UploadDataToHost::upload(HttpProgress progress)
     const std::string boundary = "Boundary-" + makeUuid();
     if (!m_selectedDeviceIP)
         failWithout("panel address");
-    std::optional<Url> url =
-        m_host.httpSession.urlFromText("http://" + *m_selectedDeviceIP + ":5505/uploadfile");
+    std::optional<Url> url = urlFromText("http://" + *m_selectedDeviceIP + ":5505/uploadfile");
     if (!url)
         return;
 
@@ -122,13 +121,12 @@ HttpRequest UploadDataToHost::request(Url url, const std::string& boundary) cons
 
     HttpRequest made;
     made.url = std::move(url);
-    made.method = "POST";
+    made.method = HttpMethod::post;
     made.headers = {{"Content-Type", "multipart/form-data; boundary=" + boundary},
         // The file's length, which is not that of the body.
         {"Content-Length", std::to_string(m_data->size())}, {"srcfilename", *m_fileName},
-        {"filetype", *m_fileType}};
+        {"filetype", *m_fileType}}; // none changes the protocol's cache policy
     made.body = makeMultipartBody(/*textFields=*/{}, m_data, "my-file", *m_fileName, boundary, *m_fileType);
-    made.cachePolicy = CachePolicy::useProtocolCachePolicy;
     made.timeout = std::chrono::seconds(60);
     return made;
 }

@@ -26,7 +26,7 @@ enum class UploadOutcome { uploaded, serverError, rejected, silent };
 UploadOutcome uploadOutcome(const HttpReply& reply);
 
 /// Sends one file to the upload service on port 5505 of a panel, and shows how it went in an alert. Main thread only.
-/// It may be destroyed while its requests are under way.
+/// It may be destroyed while its requests are in flight.
 class UploadDataToHost {
 public:
     explicit UploadDataToHost(const UploadHost& host);

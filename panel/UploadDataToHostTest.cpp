@@ -105,9 +105,8 @@ TEST_F(UploadDataToHostTest, PostsToPort5505WithFourHeaderFieldsInOrder)
     ASSERT_EQ(session.sent().size(), 1u);
     const HttpRequest& request = session.request(0);
     EXPECT_EQ(request.url.text, "http://10.27.3.20:5505/uploadfile");
-    EXPECT_EQ(request.method, "POST");
+    EXPECT_EQ(request.method, HttpMethod::post);
     EXPECT_EQ(request.timeout, std::chrono::seconds(60));
-    EXPECT_EQ(request.cachePolicy, CachePolicy::useProtocolCachePolicy);
     EXPECT_EQ(request.headers,
         (std::vector<HttpHeader>{{"Content-Type", "multipart/form-data; boundary=" + boundary()},
             {"Content-Length", "5"}, {"srcfilename", "Report \"final\".pdf"}, {"filetype", "document/pdf"}}));
@@ -172,6 +171,18 @@ TEST_F(UploadDataToHostTest, LinesBeforeTheRequestTellHeaderFieldsAndTheBodysLen
         "print Uploading...\nprint request: { Content-Type = \"multipart/form-data; boundary=" + boundary()
             + "\"; Content-Length = \"3\"; srcfilename = \"a.png\"; filetype = \"image/png\" } "
             + std::to_string(length));
+}
+
+TEST_F(UploadDataToHostTest, RequestIsDescribedBeforeItIsSent)
+{
+    FakeHttpSession tracedSession{transcript};
+    UploadDataToHost traced({tracedSession, console, queue, alerts});
+    traced.initWith("image/png", bytes("x"), "a.png", "10.27.3.20");
+    traced.upload();
+    ASSERT_EQ(transcript.lines().size(), 3u);
+    EXPECT_EQ(transcript.lines()[0], "print Uploading...");
+    EXPECT_EQ(transcript.lines()[1].substr(0, 17), "print request: { ");
+    EXPECT_EQ(transcript.lines()[2], "send http://10.27.3.20:5505/uploadfile");
 }
 
 TEST_F(UploadDataToHostTest, AddressThatMakesNoUrlSendsNothingAfterTheFirstLine)

@@ -5,19 +5,23 @@
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace companion {
 
-/// A URL that an `HttpSession` has found to be well-formed.
+/// A well-formed http URL, as `urlFromText` returns it.
 struct Url {
     std::string text;
 
     bool operator==(const Url&) const = default;
 };
+
+/// `text` as a URL: "http", a host name or IPv4 address, an optional port, and only characters that RFC 3986 allows
+/// there. Anything else is none: a blank, a control character, a stray "%", a letter beyond ASCII. Nothing is
+/// percent-encoded. Any thread.
+std::optional<Url> urlFromText(const std::string& text);
 
 struct HttpHeader {
     std::string name;
@@ -26,7 +30,7 @@ struct HttpHeader {
     bool operator==(const HttpHeader&) const = default;
 };
 
-enum class CachePolicy { useProtocolCachePolicy };
+enum class HttpMethod { get, post };
 
 /// Pieces of bytes that are sent one after the other, without being joined in memory.
 using HttpBody = std::vector<SharedBytes>;
@@ -34,17 +38,16 @@ using HttpBody = std::vector<SharedBytes>;
 /// Bytes sent of the body, and bytes of the body in all. Delivery thread, any number of times.
 using HttpProgress = std::function<void(std::uint64_t sent, std::uint64_t total)>;
 
+/// The cache policy is the protocol's default unless a header field changes it; sessions keep no cache.
 struct HttpRequest {
     Url url;
-    std::string method = "GET";
-    /// In sending order. Framing is the session's: the body's real length replaces a "Content-Length" given here.
+    HttpMethod method = HttpMethod::get;
+    /// In sending order. The session frames the message: the body's real length replaces a "Content-Length" given here.
     std::vector<HttpHeader> headers;
-    std::optional<HttpBody> body;
-    CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
-    /// Idle time: nothing sent or received for so long. A server that has no room for more of the body may be waited
-    /// for longer, as long as it is there.
+    std::optional<HttpBody> body; ///< Sent with `HttpMethod::post` only.
+    /// The request fails when no byte has moved in either direction for so long, connecting included.
     std::chrono::milliseconds timeout = std::chrono::seconds(60);
-    /// The end of a request for which bytes still flow; nothing waits for as long as they do.
+    /// The request fails after so long even if bytes still move.
     std::optional<std::chrono::milliseconds> longestDuration;
     HttpProgress progress; ///< May be empty.
 };
@@ -73,9 +76,6 @@ using HttpCompletion = std::function<void(HttpReply)>;
 class HttpSession {
 public:
     virtual ~HttpSession() = default;
-
-    /// The URL that `text` is, or nothing when it is none. Nothing is percent-encoded. Any thread.
-    virtual std::optional<Url> urlFromText(const std::string& text) const = 0;
 
     /// Starts the request and returns at once. Any thread. Completions that have not run when the session is
     /// destroyed are dropped.

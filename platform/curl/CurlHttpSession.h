@@ -3,6 +3,7 @@
 #include "platform/HttpSession.h"
 #include "platform/Log.h"
 
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -12,11 +13,12 @@ namespace companion {
 
 class CurlTransfer;
 
-/// HTTP/1.1 by libcurl's multi interface, in one thread that is also the delivery thread: a completion that takes
-/// long holds up the other requests.
+/// HTTP/1.1 by libcurl's multi interface, on one thread that is also the delivery thread: a slow completion delays the
+/// other requests. Thread and libcurl are started by the first request.
 ///
-/// Destroying it ends the requests that are under way and drops their completions; it may not be destroyed by a
-/// completion. The log must outlive it.
+/// If libcurl cannot work, for example for lack of file descriptors, requests fail at once, which is logged once.
+/// Destroying the session cancels the requests in flight and drops their completions; a completion must not destroy
+/// it. The log must outlive it.
 class CurlHttpSession : public HttpSession {
 public:
     explicit CurlHttpSession(SystemLog& log);
@@ -24,28 +26,35 @@ public:
     CurlHttpSession(const CurlHttpSession&) = delete;
     CurlHttpSession& operator=(const CurlHttpSession&) = delete;
 
-    std::optional<Url> urlFromText(const std::string& text) const override;
     void send(HttpRequest request, HttpCompletion completion) override;
 
 private:
     using Transfers = std::vector<std::unique_ptr<CurlTransfer>>;
 
+    /// What the callers' threads and the session's thread share.
+    struct Shared {
+        std::mutex mutex;
+        std::condition_variable changed;
+        Transfers newTransfers;
+        bool isStopping = false;
+        void* multi = nullptr; ///< libcurl's handle, null until it is needed and after a failure.
+    };
+
     void run();
     bool startNewTransfers();
+    bool openMulti();
+    void setMulti(void* multi);
     void start(std::unique_ptr<CurlTransfer> transfer);
     void finishTransfers();
-    void expireTransfers();
+    void stopFaultyTransfers();
     std::unique_ptr<CurlTransfer> take(CurlTransfer& transfer);
-    void waitForEvents();
+    int millisecondsToWait() const;
+    void failAll(Transfers transfers, const std::string& reason);
 
     SystemLog& m_log;
-    /// Libcurl's handle; but for the wake-up the thread's alone, as are the running ones.
-    void* m_multi = nullptr;
-    Transfers m_running;
-
-    std::mutex m_mutex;
-    Transfers m_new;
-    bool m_isStopping = false;
+    Shared m_shared;
+    Transfers m_running; ///< Used on the session's thread only, like the next one.
+    bool m_hasLoggedFailure = false;
     std::thread m_thread;
 };
 

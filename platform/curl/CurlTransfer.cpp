@@ -1,19 +1,18 @@
 #include "platform/curl/CurlTransfer.h"
 
-#include "platform/curl/RequestCheck.h"
-#include "platform/curl/TcpActivity.h"
-
 #include <algorithm>
 #include <cstring>
-#include <unistd.h>
+#include <linux/tcp.h> // the C library's own tcp_info ends before the byte counts
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <utility>
 
 namespace companion {
 
 namespace {
 
-// Fewer and larger pieces of a file cost less processor time; libcurl's own choice is 64 KiB. Larger ones yet would make
-// small files wait for the memory of the first.
+// Larger pieces of a file cost less processor time than libcurl's 64 KiB. Even larger ones would make small files wait
+// for the memory of the first.
 constexpr long uploadBuffer = 256 << 10;
 
 std::uint64_t sizeOf(const std::optional<HttpBody>& body)
@@ -26,29 +25,14 @@ std::uint64_t sizeOf(const std::optional<HttpBody>& body)
     return size;
 }
 
-/// Methods whose requests tell a length even without a body (RFC 9110, section 8.6).
-bool expectsBody(const std::string& method)
-{
-    return method == "POST" || method == "PUT" || method == "PATCH";
-}
-
-/// These are about framing, which is libcurl's; "Expect" would hold the body back.
-bool isFramingField(const std::string& name)
-{
-    return isSameFieldName(name, "Transfer-Encoding") || isSameFieldName(name, "Expect");
-}
-
 } // namespace
 
 CurlTransfer::CurlTransfer(HttpRequest request, HttpCompletion completion)
     : m_request(std::move(request))
     , m_completion(std::move(completion))
     , m_bodySize(sizeOf(m_request.body))
-    , m_handle(curl_easy_init())
 {
 }
-
-CurlTransfer::~CurlTransfer() = default;
 
 CurlTransfer& CurlTransfer::of(CURL* handle)
 {
@@ -57,159 +41,132 @@ CurlTransfer& CurlTransfer::of(CURL* handle)
     return *reinterpret_cast<CurlTransfer*>(transfer);
 }
 
-std::optional<std::string> CurlTransfer::prepare(TimePoint now)
+std::optional<std::string> CurlTransfer::prepare()
 {
+    m_handle.reset(curl_easy_init());
     if (!m_handle)
         return "libcurl has no memory";
-    if (auto fault = faultOf(m_request))
-        return fault;
-    m_lastActivity = now;
-    m_idleDeadline = now + m_request.timeout;
-    if (m_request.longestDuration)
-        m_end = now + *m_request.longestDuration;
+    m_lastActivity = std::chrono::steady_clock::now();
     setOptions();
     setCallbacks();
-    setMethodAndBody();
-    setHeaders();
+    if (auto error = setHeaders())
+        return error;
+    if (m_setUp != CURLE_OK)
+        return curl_easy_strerror(m_setUp);
     return std::nullopt;
 }
 
 void CurlTransfer::setOptions()
 {
-    CURL* handle = m_handle.get();
-    curl_easy_setopt(handle, CURLOPT_PRIVATE, this);
-    curl_easy_setopt(handle, CURLOPT_URL, m_request.url.text.c_str());
-    curl_easy_setopt(handle, CURLOPT_PATH_AS_IS, 1L);
-    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(handle, CURLOPT_HTTP_VERSION, long(CURL_HTTP_VERSION_1_1));
-    curl_easy_setopt(handle, CURLOPT_HTTP09_ALLOWED, 0L);
-    curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);
-    curl_easy_setopt(handle, CURLOPT_PROXY, ""); // the environment's as well
-    curl_easy_setopt(handle, CURLOPT_NOPROXY, "*");
-    // On a connection that turns out to be dead libcurl would send the request once more.
-    curl_easy_setopt(handle, CURLOPT_FRESH_CONNECT, 1L);
-    curl_easy_setopt(handle, CURLOPT_FORBID_REUSE, 1L);
-    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L); // a name server that is silent does not hold up our end
-    curl_easy_setopt(handle, CURLOPT_UPLOAD_BUFFERSIZE, uploadBuffer);
-    // Connecting is part of the idle time, which is watched here; libcurl's own limit must not come first.
-    curl_easy_setopt(
-        handle, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(m_request.timeout.count()) + 60'000);
-    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, m_errorBuffer);
+    set(CURLOPT_PRIVATE, static_cast<void*>(this));
+    set(CURLOPT_ERRORBUFFER, m_errorBuffer);
+    set(CURLOPT_URL, m_request.url.text.c_str());
+    set(CURLOPT_PATH_AS_IS, 1L);
+    set(CURLOPT_PROTOCOLS_STR, "http");
+    set(CURLOPT_PROXY, ""); // the environment's as well
+    set(CURLOPT_FORBID_REUSE,
+        1L); // on a reused connection that is dead, libcurl would send the request again
+    set(CURLOPT_NOSIGNAL, 1L);
+    set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(m_request.timeout.count()));
+    if (m_request.longestDuration)
+        set(CURLOPT_TIMEOUT_MS, static_cast<long>(m_request.longestDuration->count()));
+    // A length that does not even fit into a number counts as too long, instead of as none.
+    set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(maximumReply));
+    if (m_request.method == HttpMethod::post) {
+        set(CURLOPT_POST, 1L);
+        set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(m_bodySize));
+        set(CURLOPT_UPLOAD_BUFFERSIZE, uploadBuffer);
+    }
 }
 
 void CurlTransfer::setCallbacks()
 {
-    CURL* handle = m_handle.get();
-    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, &CurlTransfer::takeHeaderLine);
-    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
-    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, &CurlTransfer::takeBody);
-    curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
-    curl_easy_setopt(handle, CURLOPT_READFUNCTION, &CurlTransfer::readBody);
-    curl_easy_setopt(handle, CURLOPT_READDATA, this);
-    curl_easy_setopt(handle, CURLOPT_SOCKOPTFUNCTION, &CurlTransfer::noteSocket);
-    curl_easy_setopt(handle, CURLOPT_SOCKOPTDATA, this);
-    curl_easy_setopt(handle, CURLOPT_CLOSESOCKETFUNCTION, &CurlTransfer::closeSocket);
-    curl_easy_setopt(handle, CURLOPT_CLOSESOCKETDATA, this);
+    set(CURLOPT_HEADERFUNCTION, &CurlTransfer::onHeaderLine);
+    set(CURLOPT_HEADERDATA, static_cast<void*>(this));
+    set(CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
+    set(CURLOPT_WRITEDATA, static_cast<void*>(this));
+    set(CURLOPT_READFUNCTION, &CurlTransfer::readBody);
+    set(CURLOPT_READDATA, static_cast<void*>(this));
+    set(CURLOPT_SOCKOPTFUNCTION, &CurlTransfer::onSocket);
+    set(CURLOPT_SOCKOPTDATA, static_cast<void*>(this));
 }
 
-void CurlTransfer::setMethodAndBody()
+/// The request's fields in its own order, with the real length in place of the one given.
+std::optional<std::string> CurlTransfer::setHeaders()
 {
-    CURL* handle = m_handle.get();
-    if (announcesLength()) {
-        curl_easy_setopt(handle, CURLOPT_POST, 1L);
-        curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(m_bodySize));
-    } else if (m_request.method == "HEAD") {
-        curl_easy_setopt(handle, CURLOPT_NOBODY, 1L);
-    }
-    curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, m_request.method.c_str());
-}
-
-/// The request's fields in its own order, the length in the place that the request gives it.
-void CurlTransfer::setHeaders()
-{
-    const std::string length = "Content-Length: " + std::to_string(m_bodySize);
-    bool hasLength = !announcesLength();
     for (const HttpHeader& header : m_request.headers) {
-        if (isSameFieldName(header.name, "Content-Length")) {
-            if (!std::exchange(hasLength, true))
-                appendHeader(length);
-        } else if (!isFramingField(header.name)) {
-            // A field without a value is marked by a semicolon, or libcurl would take it for one to leave out.
+        if (header.value.find_first_of(std::string_view("\r\n\0", 3)) != std::string::npos)
+            return "the header field \"" + header.name + "\" holds a line break or a NUL";
+        if (curl_strequal(header.name.c_str(), "Content-Length")) {
+            if (m_request.method == HttpMethod::post)
+                appendHeader("Content-Length: " + std::to_string(m_bodySize));
+        } else {
+            // libcurl leaves a field without a value out, unless a semicolon marks it.
             const bool isBlank = header.value.find_first_not_of(" \t") == std::string::npos;
             appendHeader(header.name + (isBlank ? ";" : ": " + header.value));
         }
     }
-    if (!hasLength)
-        appendHeader(length);
-
-    // What libcurl would add by itself.
-    for (const char* name : {"Accept", "Content-Type", "Expect"}) {
-        if (!hasHeader(name) || isFramingField(name))
+    for (const char* name : {"Accept", "Content-Type", "Expect"}) { // what libcurl would add
+        if (!hasHeader(name))
             appendHeader(std::string(name) + ":");
     }
-    curl_easy_setopt(m_handle.get(), CURLOPT_HTTPHEADER, m_headerLines.get());
+    set(CURLOPT_HTTPHEADER, m_headerLines.get());
+    return std::nullopt;
 }
 
 void CurlTransfer::appendHeader(const std::string& line)
 {
-    if (curl_slist* list = curl_slist_append(m_headerLines.get(), line.c_str())) {
-        m_headerLines.release(); // the list's first element stays what it is
-        m_headerLines.reset(list);
+    curl_slist* list = curl_slist_append(m_headerLines.get(), line.c_str());
+    if (!list) {
+        m_setUp = CURLE_OUT_OF_MEMORY;
+        return;
     }
+    m_headerLines.release(); // the list's first element stays what it is
+    m_headerLines.reset(list);
 }
 
-bool CurlTransfer::hasHeader(const std::string& name) const
+bool CurlTransfer::hasHeader(const char* name) const
 {
     return std::any_of(m_request.headers.begin(), m_request.headers.end(),
-        [&](const HttpHeader& header) { return isSameFieldName(header.name, name); });
+        [&](const HttpHeader& header) { return curl_strequal(header.name.c_str(), name); });
 }
 
-bool CurlTransfer::announcesLength() const
+template <typename Value> void CurlTransfer::set(CURLoption option, Value value)
 {
-    return m_request.method != "HEAD" && (m_request.body.has_value() || expectsBody(m_request.method));
+    if (m_setUp == CURLE_OK)
+        m_setUp = curl_easy_setopt(m_handle.get(), option, value);
+}
+
+template <typename Value> Value CurlTransfer::info(CURLINFO name) const
+{
+    Value value{};
+    curl_easy_getinfo(m_handle.get(), name, &value);
+    return value;
 }
 
 void CurlTransfer::reportProgress()
 {
     if (!m_request.body || !m_request.progress)
         return;
-    curl_off_t sent = 0;
-    curl_easy_getinfo(m_handle.get(), CURLINFO_SIZE_UPLOAD_T, &sent);
-    const auto bytes = static_cast<std::uint64_t>(sent);
-    if (bytes != m_sentReported.value_or(0)) {
-        m_sentReported = bytes;
-        m_request.progress(bytes, m_bodySize);
-    }
+    const auto sent = static_cast<std::uint64_t>(info<curl_off_t>(CURLINFO_SIZE_UPLOAD_T));
+    if (sent != std::exchange(m_sentReported, sent))
+        m_request.progress(sent, m_bodySize);
 }
 
-/// The kernel's byte counts are asked, not libcurl's: those know nothing of header bytes, and count as sent what
-/// waits in the socket's buffer.
-bool CurlTransfer::isOutOfTime(TimePoint now)
+/// The kernel's byte counts are used: libcurl's leave out header fields and the framing of chunks, and count as sent
+/// what still waits in the socket's buffer.
+CURLcode CurlTransfer::check(TimePoint now)
 {
-    if (now >= m_end)
-        return true;
-    if (now < m_idleDeadline)
-        return false;
-    std::uint64_t bytes = 0;
-    auto sinceLast = std::chrono::milliseconds::max();
-    bool isHeldBack = false;
-    for (const curl_socket_t socket : m_sockets) {
-        const TcpActivity activity = tcpActivity(socket);
-        bytes += activity.bytes;
-        sinceLast = std::min(sinceLast, activity.sinceLast);
-        isHeldBack = isHeldBack || activity.isHeldBack;
-    }
-    if (bytes != m_bytesSeen && !m_sockets.empty()) {
-        m_bytesSeen = bytes;
-        m_lastActivity = std::max(m_lastActivity, now - sinceLast);
-    }
-    m_idleDeadline = m_lastActivity + m_request.timeout;
-    if (now >= m_idleDeadline && isHeldBack
-        && !hasWholeReply()) // and it is looked again whether the other side still lives
-        m_idleDeadline =
-            std::min(now + m_request.timeout, m_lastActivity + idleTimesHeldBack * m_request.timeout);
-    return now >= m_idleDeadline;
+    const bool isConnected = info<curl_off_t>(CURLINFO_CONNECT_TIME_T) > 0;
+    tcp_info tcp{};
+    socklen_t size = sizeof tcp;
+    getsockopt(m_socket, IPPROTO_TCP, TCP_INFO, &tcp, &size);
+    const std::uint64_t moved = tcp.tcpi_bytes_received + tcp.tcpi_bytes_acked;
+    if (!isConnected || moved != std::exchange(m_bytesMoved, moved))
+        m_lastActivity = now; // connecting has libcurl's own time-out
+    if (tcp.tcpi_bytes_received > maximumReply)
+        return CURLE_FILESIZE_EXCEEDED;
+    return now >= deadline() ? CURLE_OPERATION_TIMEDOUT : CURLE_OK;
 }
 
 void CurlTransfer::fail(std::string error)
@@ -219,42 +176,70 @@ void CurlTransfer::fail(std::string error)
 
 void CurlTransfer::finish(CURLcode result)
 {
-    if (!m_refusal.empty()) {
-        fail(m_refusal);
-        return;
-    }
-    // A server that wants no more of the body answers and closes: sending fails, and the answer counts.
-    const bool isWhole = result == CURLE_OK ? m_reply.hasFinalHeaders() : hasWholeReply();
+    const bool isWhole = result == CURLE_OK ? m_hasFinalHeaders : hasWholeReply(result);
     if (!isWhole) {
         fail(errorText(result));
         return;
     }
-    UrlResponse response{m_request.url, m_reply.statusCode(), m_reply.headers()};
-    m_completion({m_reply.takeBodyOut(), std::move(response), std::nullopt});
+    UrlResponse response{m_request.url, static_cast<int>(m_status), replyHeaders()};
+    m_completion({std::move(m_body), std::move(response), std::nullopt});
 }
 
-/// Whether the reply has nothing more to come by its status or the length that it told (RFC 9112, section 6.3). One in
-/// chunks never has: libcurl keeps their end to itself. It counts only if libcurl is content, which it is with early
-/// answers of status 400 and above, as it then stops sending.
-bool CurlTransfer::hasWholeReply() const
+/// Whether the reply is complete although the connection failed, as it does when the server answers before it has read
+/// the whole request, and then closes (RFC 9112, section 6.3).
+bool CurlTransfer::hasWholeReply(CURLcode result) const
 {
-    if (!m_reply.hasFinalHeaders())
+    if (!m_hasFinalHeaders)
         return false;
-    const int status = m_reply.statusCode();
-    if (m_reply.isSwitchingProtocols() || status == 204 || status == 304 || m_request.method == "HEAD")
+    if (m_status == 101 || m_status == 204 || m_status == 304)
         return true;
-    curl_off_t length = -1;
-    curl_easy_getinfo(m_handle.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
-    return length >= 0 && m_reply.body().size() == static_cast<std::uint64_t>(length);
+    const auto length = info<curl_off_t>(CURLINFO_CONTENT_LENGTH_DOWNLOAD_T);
+    if (length >= 0)
+        return m_body.size() == static_cast<std::uint64_t>(length);
+    // Without a length the connection's end is the reply's, and after unread bytes a close looks like a reset. That is
+    // enough to report an error status, but not a success.
+    curl_header* encoding = nullptr;
+    const bool isChunked =
+        curl_easy_header(handle(), "Transfer-Encoding", 0, CURLH_HEADER, -1, &encoding) == CURLHE_OK;
+    const bool isClosed = result == CURLE_SEND_ERROR || result == CURLE_RECV_ERROR;
+    return m_status >= 400 && m_bodySize > 0 && isClosed && !isChunked;
+}
+
+std::vector<HttpHeader> CurlTransfer::replyHeaders() const
+{
+    std::vector<HttpHeader> headers;
+    for (curl_header* header = nullptr;
+         (header = curl_easy_nextheader(handle(), CURLH_HEADER, -1, header)) != nullptr;)
+        headers.push_back({header->name, header->value});
+    return headers;
 }
 
 std::string CurlTransfer::errorText(CURLcode result) const
 {
+    if (result == CURLE_FILESIZE_EXCEEDED || m_replySize > maximumReply)
+        return "The reply is too long";
     if (result == CURLE_OK)
         return "The reply was cut off";
     if (result == CURLE_OPERATION_TIMEDOUT)
         return "The request timed out";
     return m_errorBuffer[0] ? m_errorBuffer : curl_easy_strerror(result);
+}
+
+bool CurlTransfer::makeRoom(std::size_t bytes)
+{
+    m_replySize += bytes;
+    return m_replySize <= maximumReply;
+}
+
+/// Interim responses (1xx) precede the final one, except for a 101, after which the connection would speak another
+/// protocol (RFC 9110, section 15.2.2). Trailer fields follow it.
+void CurlTransfer::takeHeaderLine(std::string_view line)
+{
+    const bool isEnd = line == "\r\n" || line == "\n";
+    if (!isEnd || m_hasFinalHeaders)
+        return;
+    m_status = info<long>(CURLINFO_RESPONSE_CODE);
+    m_hasFinalHeaders = m_status >= 200 || m_status == 101;
 }
 
 std::size_t CurlTransfer::readBody(char* target, std::size_t size, std::size_t count, void* transfer)
@@ -276,38 +261,28 @@ std::size_t CurlTransfer::readBody(char* target, std::size_t size, std::size_t c
     return filled;
 }
 
-std::size_t CurlTransfer::takeHeaderLine(char* data, std::size_t size, std::size_t count, void* transfer)
+std::size_t CurlTransfer::onHeaderLine(char* data, std::size_t size, std::size_t count, void* transfer)
 {
     auto& self = *static_cast<CurlTransfer*>(transfer);
-    if (!self.m_reply.takeHeaderLine({data, size * count})) {
-        self.m_refusal = "The reply's header fields are too long";
+    if (!self.makeRoom(size * count + headerLineOverhead))
         return 0;
-    }
-    return self.m_reply.isSwitchingProtocols() ? 0 : size * count; // what follows a switch is not HTTP
+    self.takeHeaderLine({data, size * count});
+    return self.m_status == 101 ? 0 : size * count; // what follows a switch of protocols is not HTTP
 }
 
-std::size_t CurlTransfer::takeBody(char* data, std::size_t size, std::size_t count, void* transfer)
+std::size_t CurlTransfer::onBody(char* data, std::size_t size, std::size_t count, void* transfer)
 {
     auto& self = *static_cast<CurlTransfer*>(transfer);
-    curl_off_t announced = -1;
-    curl_easy_getinfo(self.m_handle.get(), CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &announced);
-    if (announced <= static_cast<curl_off_t>(ReplyCollector::maximumBody)
-        && self.m_reply.takeBody({data, size * count}))
-        return size * count;
-    self.m_refusal = "The reply is too long";
-    return 0;
+    if (!self.makeRoom(size * count))
+        return 0;
+    self.m_body.append(data, size * count);
+    return size * count;
 }
 
-int CurlTransfer::noteSocket(void* transfer, curl_socket_t socket, curlsocktype)
+int CurlTransfer::onSocket(void* transfer, curl_socket_t socket, curlsocktype)
 {
-    static_cast<CurlTransfer*>(transfer)->m_sockets.push_back(socket);
+    static_cast<CurlTransfer*>(transfer)->m_socket = socket;
     return CURL_SOCKOPT_OK;
-}
-
-int CurlTransfer::closeSocket(void* transfer, curl_socket_t socket)
-{
-    std::erase(static_cast<CurlTransfer*>(transfer)->m_sockets, socket);
-    return close(socket);
 }
 
 } // namespace companion

@@ -1,15 +1,14 @@
 #pragma once
 
-#include "platform/curl/ReplyCollector.h"
 #include "platform/HttpSession.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <curl/curl.h>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace companion {
@@ -21,29 +20,32 @@ class CurlTransfer {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
 
-    /// A server that has no room for more of the body, and says so, is waited for so many idle times. Its window opens
-    /// again by whole segments only: one that reads a byte a second needs 25 idle times of a minute for the 1,460 bytes
-    /// of an Ethernet segment, in which not a byte flows, and cannot be told from one that reads no more.
-    static constexpr int idleTimesHeldBack = 30;
+    /// Limits a whole reply: interim responses, header and trailer fields, body and framing.
+    static constexpr std::size_t maximumReply = 16 << 20;
+
+    /// What each header line counts in addition to its bytes: roughly what libcurl allocates to keep it.
+    static constexpr std::size_t headerLineOverhead = 128;
 
     CurlTransfer(HttpRequest request, HttpCompletion completion);
-    ~CurlTransfer();
     CurlTransfer(const CurlTransfer&) = delete;
     CurlTransfer& operator=(const CurlTransfer&) = delete;
 
     /// The transfer that a libcurl handle belongs to.
     static CurlTransfer& of(CURL* handle);
 
-    /// Sets the handle up; `now` begins the idle time. What is wrong with the request, or nothing.
-    std::optional<std::string> prepare(TimePoint now);
+    /// Sets the handle up. What is wrong with the request, or nothing.
+    std::optional<std::string> prepare();
 
+    /// Null until it is prepared.
     CURL* handle() const { return m_handle.get(); }
 
     void reportProgress();
 
-    /// When its time is over at the earliest: only then need `isOutOfTime` be asked.
-    TimePoint deadline() const { return std::min(m_idleDeadline, m_end); }
-    bool isOutOfTime(TimePoint now);
+    /// Measures what has moved. An error if that was nothing for too long, or too much.
+    CURLcode check(TimePoint now);
+
+    /// When `check` would find the transfer idle for too long.
+    TimePoint deadline() const { return m_lastActivity + m_request.timeout; }
 
     void fail(std::string error);
 
@@ -53,19 +55,22 @@ public:
 private:
     void setOptions();
     void setCallbacks();
-    void setMethodAndBody();
-    void setHeaders();
+    std::optional<std::string> setHeaders();
     void appendHeader(const std::string& line);
-    bool hasHeader(const std::string& name) const;
-    bool announcesLength() const;
-    bool hasWholeReply() const;
+    bool hasHeader(const char* name) const;
+    template <typename Value> void set(CURLoption option, Value value);
+    template <typename Value> Value info(CURLINFO name) const;
+
+    bool makeRoom(std::size_t bytes);
+    void takeHeaderLine(std::string_view line);
+    bool hasWholeReply(CURLcode result) const;
+    std::vector<HttpHeader> replyHeaders() const;
     std::string errorText(CURLcode result) const;
 
     static std::size_t readBody(char* target, std::size_t size, std::size_t count, void* transfer);
-    static std::size_t takeHeaderLine(char* data, std::size_t size, std::size_t count, void* transfer);
-    static std::size_t takeBody(char* data, std::size_t size, std::size_t count, void* transfer);
-    static int noteSocket(void* transfer, curl_socket_t socket, curlsocktype purpose);
-    static int closeSocket(void* transfer, curl_socket_t socket);
+    static std::size_t onHeaderLine(char* data, std::size_t size, std::size_t count, void* transfer);
+    static std::size_t onBody(char* data, std::size_t size, std::size_t count, void* transfer);
+    static int onSocket(void* transfer, curl_socket_t socket, curlsocktype purpose);
 
     struct HandleDeleter {
         void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
@@ -76,21 +81,23 @@ private:
 
     HttpRequest m_request;
     HttpCompletion m_completion;
-    std::vector<curl_socket_t> m_sockets;
     std::unique_ptr<curl_slist, ListDeleter> m_headerLines;
+    CURLcode m_setUp = CURLE_OK; ///< The first error while the handle was set up.
     char m_errorBuffer[CURL_ERROR_SIZE] = "";
-    std::string m_refusal; ///< Why the reply is not taken, "" when it is.
 
     std::uint64_t m_bodySize = 0;
     std::size_t m_bodyPiece = 0;
     std::size_t m_bodyOffset = 0;
-    std::optional<std::uint64_t> m_sentReported;
+    std::uint64_t m_sentReported = 0;
 
-    ReplyCollector m_reply;
+    long m_status = 0;
+    bool m_hasFinalHeaders = false;
+    std::size_t m_replySize = 0;
+    std::string m_body;
+
+    curl_socket_t m_socket = CURL_SOCKET_BAD;
+    std::uint64_t m_bytesMoved = 0;
     TimePoint m_lastActivity;
-    TimePoint m_idleDeadline;
-    TimePoint m_end = TimePoint::max(); ///< of the longest duration
-    std::uint64_t m_bytesSeen = 0;
     std::unique_ptr<CURL, HandleDeleter> m_handle; ///< Last, since it uses the others until it is gone.
 };
 

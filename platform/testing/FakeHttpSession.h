@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/HttpSession.h"
+#include "platform/testing/Transcript.h"
 
 #include <stdexcept>
 #include <utility>
@@ -9,25 +10,25 @@
 namespace companion::testing {
 
 /// Records requests; the test decides what comes back and when, on the thread that it calls from.
-/// A text holding a blank or a control character is no URL.
 class FakeHttpSession : public HttpSession {
 public:
+    FakeHttpSession() = default;
+
+    /// Also writes "send <URL>".
+    explicit FakeHttpSession(Transcript& transcript)
+        : m_transcript(&transcript)
+    {
+    }
+
     struct Sent {
         HttpRequest request;
         HttpCompletion completion;
     };
 
-    std::optional<Url> urlFromText(const std::string& text) const override
-    {
-        for (const unsigned char c : text) {
-            if (c <= ' ')
-                return std::nullopt;
-        }
-        return Url{text};
-    }
-
     void send(HttpRequest request, HttpCompletion completion) override
     {
+        if (m_transcript)
+            m_transcript->add("send " + request.url.text);
         m_sent.push_back({std::move(request), std::move(completion)});
     }
 
@@ -65,6 +66,7 @@ public:
     }
 
 private:
+    Transcript* const m_transcript = nullptr;
     std::vector<Sent> m_sent;
 };
 

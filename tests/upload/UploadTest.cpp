@@ -2,8 +2,8 @@
 #include "platform/testing/FakeAlerts.h"
 #include "platform/testing/FakeLog.h"
 #include "tests/http/RawServer.h"
+#include "tests/http/RedirectedSession.h"
 #include "tests/support/ThreadMainQueue.h"
-#include "tests/upload/RedirectedSession.h"
 
 #include <atomic>
 #include <gmock/gmock.h>

@@ -13,11 +13,6 @@ public:
     {
     }
 
-    std::optional<Url> urlFromText(const std::string& text) const override
-    {
-        return m_session.urlFromText(text);
-    }
-
     void send(HttpRequest request, HttpCompletion completion) override
     {
         std::string& url = request.url.text;

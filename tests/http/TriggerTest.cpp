@@ -2,7 +2,7 @@
 #include "platform/testing/FakeInterfaceAddresses.h"
 #include "platform/testing/FakeLog.h"
 #include "tests/http/RawServer.h"
-#include "tests/upload/RedirectedSession.h"
+#include "tests/http/RedirectedSession.h"
 
 #include <gtest/gtest.h>
 
