@@ -1,17 +1,12 @@
 #include "platform/avahi/AvahiClient.h"
 
-#include <algorithm>
-#include <atomic>
-#include <chrono>
 #include <limits>
-#include <QDBusError>
+#include <QDBusConnection>
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <utility>
 
 namespace companion {
-
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -19,11 +14,14 @@ const QString daemonName = QStringLiteral("org.freedesktop.Avahi");
 const QString serverInterface = QStringLiteral("org.freedesktop.Avahi.Server");
 const QString busName = QStringLiteral("org.freedesktop.DBus");
 
-constexpr std::chrono::milliseconds longestBusRetry = 30s;
-
-// An answer that came after a time-out would leave an object behind in the daemon that nobody frees; the bus itself
-// answers when the daemon dies.
+// A reply after a time-out would leave an object behind in the daemon that nobody frees; the bus itself replies when the
+// daemon dies.
 constexpr int noTimeout = std::numeric_limits<int>::max();
+
+// Few enough that the daemon's list of scheduled queries stays short: its length costs more than the round trips.
+constexpr int maxUnanswered = 32;
+
+constexpr std::string_view running = "mDNS: the Avahi daemon is running";
 
 struct Signal {
     const char* interface;
@@ -38,19 +36,6 @@ constexpr Signal signalsOfInterest[] = {
     {"org.freedesktop.Avahi.ServiceResolver", "Failure"},
 };
 
-QString uniqueConnectionName()
-{
-    static std::atomic<int> serial = 0;
-    return QStringLiteral("service-browser-%1").arg(++serial);
-}
-
-/// As the D-Bus Specification has it in "Well-known Message Bus Instances".
-QByteArray systemBusAddress()
-{
-    const QByteArray address = qgetenv("DBUS_SYSTEM_BUS_ADDRESS");
-    return address.isEmpty() ? QByteArrayLiteral("unix:path=/var/run/dbus/system_bus_socket") : address;
-}
-
 bool isError(const QDBusMessage& reply)
 {
     return reply.type() == QDBusMessage::ErrorMessage;
@@ -58,12 +43,12 @@ bool isError(const QDBusMessage& reply)
 
 } // namespace
 
-/// Outlives the AvahiObject where a call or a signal of it is being worked on.
+/// Outlives the AvahiObject while a call or a signal of it is being processed.
 struct AvahiObject::State {
+    const AvahiObjectType& type;
     Handlers handlers;
-    QString owner;     ///< the daemon that it was asked of
-    QString path;      ///< empty until the daemon has answered
-    QString interface; ///< for example "org.freedesktop.Avahi.ServiceResolver"
+    int daemon;   ///< the number of the daemon that it was requested from
+    QString path; ///< empty until that has replied
     bool isReleased = false;
 };
 
@@ -76,108 +61,49 @@ AvahiObject::AvahiObject(AvahiClient& client, std::shared_ptr<State> state)
 AvahiObject::~AvahiObject()
 {
     m_state->isReleased = true;
-    m_client.release(*m_state);
+    m_client.free(*m_state);
 }
 
 AvahiClient::AvahiClient(SystemLog& log)
     : m_log(log)
-    , m_probe([this](BusProbe::Result result) {
-        if (result == BusProbe::Result::answers)
-            connectToBus();
-        else
-            doWithoutBus(result == BusProbe::Result::silent ? Availability::silentBus : Availability::noBus);
-    })
+    , m_status(running)
 {
-    m_busRetry.setSingleShot(true);
-    connect(&m_busRetry, &QTimer::timeout, this, &AvahiClient::tryBus);
-}
-
-AvahiClient::~AvahiClient()
-{
-    closeBus();
-}
-
-void AvahiClient::start()
-{
-    if (!m_bus && !m_probe.isRunning() && !m_busRetry.isActive())
-        tryBus();
+    connect(&m_bus, &SystemBus::stateChanged, this, &AvahiClient::changeBus);
 }
 
 std::unique_ptr<AvahiObject> AvahiClient::makeObject(
-    const QString& method, const QVariantList& arguments, AvahiObject::Handlers handlers)
+    const AvahiObjectType& type, const QVariantList& arguments, AvahiObject::Handlers handlers)
 {
-    auto state = std::make_shared<AvahiObject::State>();
-    state->handlers = std::move(handlers);
-    state->owner = m_owner;
-    state->interface = daemonName + u'.' + method.chopped(3); // without the "New"
+    auto state = std::make_shared<AvahiObject::State>(type, std::move(handlers), m_daemon);
     if (isDaemonRunning()) {
-        QDBusMessage message =
-            QDBusMessage::createMethodCall(m_owner, QStringLiteral("/"), serverInterface, method);
-        message.setArguments(arguments);
-        ++m_unanswered;
-        call(message, [this, state](const QDBusMessage& reply) { adopt(state, reply); });
+        m_requests.push_back({state, arguments});
+        sendRequests();
     }
     return std::unique_ptr<AvahiObject>(new AvahiObject(*this, std::move(state)));
 }
 
-void AvahiClient::tryBus()
+void AvahiClient::changeBus(SystemBus::State state)
 {
-    m_probe.start(systemBusAddress());
-}
-
-void AvahiClient::connectToBus()
-{
-    m_bus = QDBusConnection::connectToBus(QDBusConnection::SystemBus, uniqueConnectionName());
-    if (!m_bus->isConnected()) {
-        closeBus();
-        return doWithoutBus(Availability::noBus);
+    if (state == SystemBus::State::connected) {
+        watchDaemon();
+        return askForOwner();
     }
-    m_untilBusRetry = shortestBusRetry;
-    m_bus->connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-        QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this, SLOT(loseBus()));
-    watchDaemon();
-    askForOwner();
-}
-
-void AvahiClient::closeBus()
-{
     m_watcher.reset();
-    if (!m_bus)
-        return;
-    const QString name = m_bus->name();
-    m_bus.reset();
-    QDBusConnection::disconnectFromBus(name);
-}
-
-void AvahiClient::loseBus()
-{
     setOwner(QString());
-    closeBus();
-    doWithoutBus(Availability::noBus);
-}
-
-void AvahiClient::doWithoutBus(Availability why)
-{
-    setAvailability(why);
-    retryLater();
-}
-
-// A computer without a bus may never get one, and is not to be woken for it all day.
-void AvahiClient::retryLater()
-{
-    m_busRetry.start(m_untilBusRetry);
-    m_untilBusRetry = std::min(m_untilBusRetry * 2, longestBusRetry);
+    logStatus(state == SystemBus::State::silent
+            ? "mDNS: the system bus, by which the Avahi daemon is reached, does not answer"
+            : "mDNS: there is no system bus to reach the Avahi daemon by");
 }
 
 void AvahiClient::watchDaemon()
 {
-    m_watcher =
-        std::make_unique<QDBusServiceWatcher>(daemonName, *m_bus, QDBusServiceWatcher::WatchForOwnerChange);
+    m_watcher = std::make_unique<QDBusServiceWatcher>(
+        daemonName, m_bus.connection(), QDBusServiceWatcher::WatchForOwnerChange);
     connect(m_watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
         [this](const QString&, const QString&, const QString& owner) {
             m_ownerIsKnown = true;
-            setAvailability(owner.isEmpty() ? Availability::noDaemon : Availability::running);
             setOwner(owner);
+            logStatus(owner.isEmpty() ? "mDNS: the Avahi daemon is not running" : running);
         });
 }
 
@@ -189,17 +115,17 @@ void AvahiClient::askForOwner()
             return;
         if (isError(reply))
             return activateDaemon();
-        setAvailability(Availability::running);
         setOwner(reply.arguments().value(0).toString());
+        logStatus(running);
     });
 }
 
-// Where the system starts the daemon on demand, this is the demand. Elsewhere it is an error that changes nothing.
+// Starts the daemon where the system does so on demand; elsewhere this is an error without consequences.
 void AvahiClient::activateDaemon()
 {
     callBus(QStringLiteral("StartServiceByName"), {daemonName, 0u}, [this](const QDBusMessage& reply) {
         if (isError(reply) && !m_ownerIsKnown)
-            setAvailability(Availability::noDaemon);
+            logStatus("mDNS: the Avahi daemon is not running");
     });
 }
 
@@ -211,10 +137,9 @@ void AvahiClient::setOwner(const QString& owner)
         unsubscribe();
         forgetObjects();
         m_owner.clear();
-        Q_EMIT daemonWent();
     }
-    // On a bus that is gone and has yet to tell so, libdbus would end the process when Qt subscribes (Qt 6.4).
-    if (!owner.isEmpty() && m_bus->isConnected()) {
+    // If the bus has gone and Qt has yet to report it, subscribing would make libdbus end the process (Qt 6.4).
+    if (!owner.isEmpty() && m_bus.connection().isConnected()) {
         m_owner = owner;
         subscribe();
         Q_EMIT daemonCame();
@@ -226,90 +151,103 @@ void AvahiClient::setOwner(const QString& owner)
 void AvahiClient::subscribe()
 {
     for (const auto& [interface, member] : signalsOfInterest)
-        m_bus->connect(m_owner, QString(), QLatin1String(interface), QLatin1String(member), this,
+        m_bus.connection().connect(m_owner, QString(), QLatin1String(interface), QLatin1String(member), this,
             SLOT(receiveSignal(QDBusMessage)));
 }
 
 void AvahiClient::unsubscribe()
 {
     for (const auto& [interface, member] : signalsOfInterest)
-        m_bus->disconnect(m_owner, QString(), QLatin1String(interface), QLatin1String(member), this,
-            SLOT(receiveSignal(QDBusMessage)));
+        m_bus.connection().disconnect(m_owner, QString(), QLatin1String(interface), QLatin1String(member),
+            this, SLOT(receiveSignal(QDBusMessage)));
 }
 
 void AvahiClient::forgetObjects()
 {
+    ++m_daemon;
+    m_requests.clear();
+    m_unanswered = 0;
     m_objects.clear();
     m_early.clear();
-    m_unanswered = 0;
+}
+
+void AvahiClient::sendRequests()
+{
+    while (m_unanswered < maxUnanswered && !m_requests.empty()) {
+        const Request request = std::move(m_requests.front());
+        m_requests.pop_front();
+        if (request.object->isReleased)
+            continue;
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            m_owner, QStringLiteral("/"), serverInterface, QLatin1String(request.object->type.constructor));
+        message.setArguments(request.arguments);
+        ++m_unanswered;
+        call(message, [this, object = request.object](const QDBusMessage& reply) { adopt(object, reply); });
+    }
+}
+
+void AvahiClient::adopt(const std::shared_ptr<AvahiObject::State>& object, const QDBusMessage& reply)
+{
+    if (object->daemon != m_daemon)
+        return;
+    --m_unanswered;
+    if (!isError(reply)) {
+        object->path = reply.arguments().value(0).value<QDBusObjectPath>().path();
+        m_objects.insert(object->path, object);
+        if (object->isReleased)
+            free(*object);
+        deliverEarlySignals(*object);
+    } else if (!object->isReleased) {
+        object->handlers.onRefused(reply.errorName());
+    }
+    if (m_unanswered == 0)
+        m_early.clear();
+    sendRequests();
+}
+
+void AvahiClient::deliverEarlySignals(AvahiObject::State& object)
+{
+    const QList<QDBusMessage> early = m_early.take(object.path);
+    for (const QDBusMessage& message : early)
+        if (!object.isReleased)
+            object.handlers.onSignal(message.member(), message.arguments());
 }
 
 void AvahiClient::receiveSignal(const QDBusMessage& message)
 {
     if (message.service() != m_owner) // of a daemon that has gone meanwhile
         return;
-    const auto found = m_objects.constFind(message.path());
-    if (found != m_objects.constEnd()) {
-        const auto state = found.value();
-        state->handlers.onSignal(message.member(), message.arguments());
-    } else if (m_unanswered > 0) {
+    if (const auto object = m_objects.value(message.path()))
+        object->handlers.onSignal(message.member(), message.arguments());
+    else if (m_unanswered > 0)
         m_early[message.path()].append(message);
-    }
 }
 
-void AvahiClient::adopt(const std::shared_ptr<AvahiObject::State>& state, const QDBusMessage& reply)
+void AvahiClient::free(AvahiObject::State& object)
 {
-    if (state->owner != m_owner)
+    if (object.path.isEmpty() || object.daemon != m_daemon)
         return;
-    --m_unanswered;
-    if (!isError(reply)) {
-        state->path = reply.arguments().value(0).value<QDBusObjectPath>().path();
-        introduce(state);
-    } else if (!state->isReleased) {
-        state->handlers.onRefused(reply.errorName());
-    }
-    if (m_unanswered == 0)
-        m_early.clear();
+    m_objects.remove(object.path);
+    // It may be gone already, which is an error of no interest: no reply is requested.
+    m_bus.connection().send(QDBusMessage::createMethodCall(
+        m_owner, object.path, QLatin1String(object.type.interface), QStringLiteral("Free")));
 }
 
-// The daemon begins to work before it answers with the object's path, so what the object had to say may be here
-// already.
-void AvahiClient::introduce(const std::shared_ptr<AvahiObject::State>& state)
-{
-    if (state->isReleased)
-        return release(*state);
-    m_objects.insert(state->path, state);
-    const QList<QDBusMessage> early = m_early.take(state->path);
-    for (const QDBusMessage& message : early)
-        if (!state->isReleased)
-            state->handlers.onSignal(message.member(), message.arguments());
-}
-
-void AvahiClient::release(AvahiObject::State& state)
-{
-    if (state.path.isEmpty() || state.owner != m_owner)
-        return;
-    m_objects.remove(state.path);
-    // Freeing one that is gone already is an error nobody needs to hear of: no reply is asked for.
-    m_bus->send(QDBusMessage::createMethodCall(m_owner, state.path, state.interface, QStringLiteral("Free")));
-}
-
-void AvahiClient::callBus(
-    const QString& method, const QVariantList& arguments, std::function<void(const QDBusMessage&)> onReply)
+void AvahiClient::callBus(const QString& method, const QVariantList& arguments, OnReply onReply)
 {
     QDBusMessage message =
         QDBusMessage::createMethodCall(busName, QStringLiteral("/org/freedesktop/DBus"), busName, method);
     message.setArguments(arguments);
-    // Once the bus has gone, the error that stands for the answer says nothing about the daemon.
+    // Once the bus has gone, the error in place of a reply says nothing about the daemon.
     call(message, [this, onReply = std::move(onReply)](const QDBusMessage& reply) {
-        if (m_bus && m_bus->isConnected())
+        if (m_bus.state() == SystemBus::State::connected && m_bus.connection().isConnected())
             onReply(reply);
     });
 }
 
-void AvahiClient::call(const QDBusMessage& message, std::function<void(const QDBusMessage&)> onReply)
+void AvahiClient::call(const QDBusMessage& message, OnReply onReply)
 {
-    auto* watcher = new QDBusPendingCallWatcher(m_bus->asyncCall(message, noTimeout), this);
+    auto* watcher = new QDBusPendingCallWatcher(m_bus.connection().asyncCall(message, noTimeout), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
         [onReply = std::move(onReply)](QDBusPendingCallWatcher* finished) {
             finished->deleteLater();
@@ -317,19 +255,10 @@ void AvahiClient::call(const QDBusMessage& message, std::function<void(const QDB
         });
 }
 
-void AvahiClient::setAvailability(Availability availability)
+void AvahiClient::logStatus(std::string_view status)
 {
-    const Availability before = std::exchange(m_availability, availability);
-    if (before == availability)
-        return;
-    if (availability == Availability::noBus)
-        m_log.log("mDNS: there is no system bus to reach the Avahi daemon by");
-    else if (availability == Availability::silentBus)
-        m_log.log("mDNS: the system bus, by which the Avahi daemon is reached, does not answer");
-    else if (availability == Availability::noDaemon)
-        m_log.log("mDNS: the Avahi daemon is not running");
-    else if (before != Availability::unknown)
-        m_log.log("mDNS: the Avahi daemon is running");
+    if (std::exchange(m_status, status) != status)
+        m_log.log(status);
 }
 
 } // namespace companion

@@ -1,28 +1,32 @@
 #pragma once
 
-#include "platform/avahi/BusProbe.h"
+#include "platform/avahi/SystemBus.h"
 #include "platform/Log.h"
 
-#include <chrono>
+#include <deque>
 #include <functional>
 #include <memory>
-#include <optional>
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusServiceWatcher>
 #include <QHash>
 #include <QObject>
 #include <QString>
-#include <QTimer>
 #include <QVariantList>
+#include <string_view>
 
 namespace companion {
 
-/// Avahi's word for every network interface, or every protocol.
+/// Avahi's number for any network interface, or any protocol.
 inline constexpr int avahiAny = -1;
 
-/// Something that the daemon made for us, a browser or a resolver; destroying this frees it there. It becomes mute
-/// when the daemon goes. Its client must outlive it.
+/// A kind of object that the daemon makes for its clients.
+struct AvahiObjectType {
+    const char* constructor; ///< a method of org.freedesktop.Avahi.Server
+    const char* interface;   ///< of the objects themselves
+};
+
+/// An object in the daemon, a browser or a resolver; destroying this frees it there. It falls silent when the daemon
+/// goes. Its client must outlive it.
 class AvahiObject {
 public:
     struct Handlers {
@@ -46,45 +50,41 @@ private:
     std::shared_ptr<State> m_state;
 };
 
-/// The Avahi daemon on the system bus, as long and as often as it is there. Main thread only.
+/// The Avahi daemon on the system bus, whenever it is there. Main thread only.
 ///
-/// Nothing here waits: calls are asynchronous, and a bus is connected to only once it has shown that it answers (see
-/// BusProbe for those of which that cannot be asked). While it does not, it is tried after two seconds, then after four, and so on up to half a minute; a daemon that is missing
-/// costs no wake-ups, since the bus tells when it comes.
+/// Calls are asynchronous. Objects are made in the order of the requests, with a limited number of calls waiting for their
+/// reply: a bus refuses more than 128 a connection. A missing daemon costs no wake-ups, since the bus reports its arrival.
 class AvahiClient : public QObject {
     Q_OBJECT
 
 public:
     explicit AvahiClient(SystemLog& log);
-    ~AvahiClient() override;
 
-    /// Connects; `daemonCame` follows, now or some day.
-    void start();
+    /// Connects; `daemonCame` is emitted whenever the daemon appears.
+    void start() { m_bus.connectToBus(); }
 
     bool isDaemonRunning() const { return !m_owner.isEmpty(); }
 
-    /// Calls `method` of org.freedesktop.Avahi.Server, which makes an object. Mute without a daemon.
+    /// The object stays silent if there is no daemon. `type` must outlive it.
     std::unique_ptr<AvahiObject> makeObject(
-        const QString& method, const QVariantList& arguments, AvahiObject::Handlers handlers);
+        const AvahiObjectType& type, const QVariantList& arguments, AvahiObject::Handlers handlers);
 
 Q_SIGNALS:
     void daemonCame();
-    void daemonWent();
 
 private Q_SLOTS:
     void receiveSignal(const QDBusMessage& message);
-    void loseBus();
 
 private:
     friend class AvahiObject;
-    static constexpr std::chrono::milliseconds shortestBusRetry = std::chrono::seconds(2);
-    enum class Availability { unknown, noBus, silentBus, noDaemon, running };
 
-    void tryBus();
-    void connectToBus();
-    void doWithoutBus(Availability why);
-    void retryLater();
-    void closeBus();
+    using OnReply = std::function<void(const QDBusMessage&)>;
+    struct Request {
+        std::shared_ptr<AvahiObject::State> object;
+        QVariantList arguments;
+    };
+
+    void changeBus(SystemBus::State state);
     void watchDaemon();
     void askForOwner();
     void activateDaemon();
@@ -92,27 +92,26 @@ private:
     void subscribe();
     void unsubscribe();
     void forgetObjects();
-    void adopt(const std::shared_ptr<AvahiObject::State>& state, const QDBusMessage& reply);
-    void introduce(const std::shared_ptr<AvahiObject::State>& state);
-    void release(AvahiObject::State& state);
-    void callBus(const QString& method, const QVariantList& arguments,
-        std::function<void(const QDBusMessage&)> onReply);
-    void call(const QDBusMessage& message, std::function<void(const QDBusMessage&)> onReply);
-    void setAvailability(Availability availability);
+    void sendRequests();
+    void adopt(const std::shared_ptr<AvahiObject::State>& object, const QDBusMessage& reply);
+    void deliverEarlySignals(AvahiObject::State& object);
+    void free(AvahiObject::State& object);
+    void callBus(const QString& method, const QVariantList& arguments, OnReply onReply);
+    void call(const QDBusMessage& message, OnReply onReply);
+    void logStatus(std::string_view status);
 
     SystemLog& m_log;
-    BusProbe m_probe;
-    QTimer m_busRetry;
-    std::chrono::milliseconds m_untilBusRetry = shortestBusRetry;
-    std::optional<QDBusConnection> m_bus;
+    std::string_view m_status; ///< as last logged
+    SystemBus m_bus;
     std::unique_ptr<QDBusServiceWatcher> m_watcher;
-    QString m_owner;             ///< the daemon's unique name on the bus, empty while there is none
-    bool m_ownerIsKnown = false; ///< the bus has told, so an answer still on its way is old
-    Availability m_availability = Availability::unknown;
+    QString m_owner;  ///< the daemon's unique name on the bus, empty while there is none
+    int m_daemon = 0; ///< counts daemons, since names and paths are the same again on a restarted bus
+    bool m_ownerIsKnown = false; ///< the watcher has reported, which makes an outstanding reply outdated
 
+    std::deque<Request> m_requests;
+    int m_unanswered = 0;                                          ///< requests sent
     QHash<QString, std::shared_ptr<AvahiObject::State>> m_objects; ///< by path
-    int m_unanswered = 0;                                          ///< objects whose path is not known yet
-    /// Signals that came before the path of their object, by path
+    /// Signals by path, of objects whose path is not known yet: Qt may deliver them before the reply with the path.
     QHash<QString, QList<QDBusMessage>> m_early;
 };
 

@@ -5,37 +5,48 @@
 
 namespace companion {
 
-AvahiService::AvahiService(MainQueue& queue, std::shared_ptr<AvahiSession> session, std::string name,
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto retryInterval = 1s;
+
+constexpr AvahiObjectType resolverType{"ServiceResolverNew", "org.freedesktop.Avahi.ServiceResolver"};
+constexpr uint withoutText = 4; // AVAHI_LOOKUP_NO_TXT: the text record is not used, so it is not waited for
+
+} // namespace
+
+AvahiService::AvahiService(MainQueue& queue, std::shared_ptr<AvahiClient> client, std::string name,
     std::string type, std::string domain)
     : m_queue(queue)
-    , m_session(std::move(session))
+    , m_client(std::move(client))
     , m_name(std::move(name))
     , m_type(std::move(type))
     , m_domain(std::move(domain))
 {
     m_deadline.setSingleShot(true);
     m_deadline.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&m_deadline, &QTimer::timeout, &m_deadline, [this] { m_attempts.clear(); });
-    QObject::connect(
-        &m_session->client, &AvahiClient::daemonWent, &m_deadline, [this] { m_attempts.clear(); });
-    QObject::connect(
-        &m_session->client, &AvahiClient::daemonCame, &m_deadline, [this] { tryNextInstance(); });
+    QObject::connect(&m_deadline, &QTimer::timeout, &m_deadline, [this] { m_resolver.reset(); });
+    QObject::connect(m_client.get(), &AvahiClient::daemonCame, &m_deadline, [this] {
+        m_resolver.reset();
+        resolveFirstInstance();
+    });
 }
 
 void AvahiService::resolveWithTimeout(std::chrono::milliseconds timeout)
 {
-    m_attempts.clear();
     m_deadline.start(timeout);
-    tryNextInstance();
+    m_hasFailed = false;
+    m_resolver.reset();
+    resolveFirstInstance();
 }
 
 void AvahiService::addInstance(ServiceInstance instance)
 {
-    m_instances.push_back(instance);
-    const bool othersMayStillAnswer = std::any_of(
-        m_attempts.begin(), m_attempts.end(), [](const auto& attempt) { return !attempt.hasFailed(); });
-    if (!othersMayStillAnswer)
-        tryNextInstance();
+    m_instances.insert(m_hasFailed ? m_instances.begin() : m_instances.end(), instance);
+    if (m_hasFailed)
+        m_resolver.reset();
+    resolveFirstInstance();
 }
 
 void AvahiService::removeInstance(ServiceInstance instance)
@@ -43,10 +54,30 @@ void AvahiService::removeInstance(ServiceInstance instance)
     std::erase(m_instances, instance);
 }
 
-void AvahiService::attemptResolved()
+void AvahiService::resolveFirstInstance()
+{
+    if (m_resolver || !m_deadline.isActive() || !m_client->isDaemonRunning() || m_instances.empty())
+        return;
+    const auto [interface, protocol] = m_instances.front();
+    m_resolver = m_client->makeObject(resolverType,
+        {interface, protocol, QString::fromStdString(m_name), QString::fromStdString(m_type),
+            avahiDomain(m_domain), avahiAny, withoutText},
+        {.onSignal = [this](const QString& member, const QVariantList&) { receiveSignal(member); },
+            .onRefused = [this](const QString&) { retryLater(); }});
+}
+
+void AvahiService::receiveSignal(const QString& member)
+{
+    if (member == u"Found")
+        reportResolved();
+    else
+        retryLater(); // the daemon's own time-out, after five seconds
+}
+
+void AvahiService::reportResolved()
 {
     m_deadline.stop();
-    m_attempts.clear();
+    m_resolver.reset();
     m_queue.async([weak = weak_from_this()] {
         const auto service = weak.lock();
         if (service && service->m_delegate)
@@ -54,25 +85,13 @@ void AvahiService::attemptResolved()
     });
 }
 
-void AvahiService::tryNextInstance()
+void AvahiService::retryLater()
 {
-    if (!m_deadline.isActive() || !m_session->client.isDaemonRunning())
-        return;
-    const auto next = std::find_if(m_instances.begin(), m_instances.end(),
-        [this](ServiceInstance instance) { return !isBeingTried(instance); });
-    if (next != m_instances.end())
-        m_attempts.emplace_back(*this, m_session->client, m_session->resolutions, identity(), *next);
-}
-
-bool AvahiService::isBeingTried(ServiceInstance instance) const
-{
-    return std::any_of(m_attempts.begin(), m_attempts.end(),
-        [instance](const ResolutionAttempt& attempt) { return attempt.instance() == instance; });
-}
-
-ServiceIdentity AvahiService::identity() const
-{
-    return {QString::fromStdString(m_name), QString::fromStdString(m_type), avahiDomain(m_domain)};
+    m_hasFailed = true;
+    m_resolver.reset();
+    if (!m_instances.empty())
+        std::rotate(m_instances.begin(), m_instances.begin() + 1, m_instances.end());
+    QTimer::singleShot(retryInterval, &m_deadline, [this] { resolveFirstInstance(); });
 }
 
 QString avahiDomain(const std::string& domain)

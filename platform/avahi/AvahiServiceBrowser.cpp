@@ -10,11 +10,13 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr auto retryInterval = 2s;
+
+constexpr AvahiObjectType browserType{"ServiceBrowserNew", "org.freedesktop.Avahi.ServiceBrowser"};
 constexpr uint noFlags = 0;
 
 } // namespace
 
-/// Hands reports to the main queue; what is still on its way when the browser goes is not delivered.
+/// Delivers reports through the main queue, except those still pending when the browser is destroyed.
 class AvahiServiceBrowser::Reports : public std::enable_shared_from_this<Reports> {
 public:
     explicit Reports(MainQueue& queue)
@@ -39,12 +41,12 @@ private:
 
     void deliver(Report report, std::shared_ptr<Service> service)
     {
-        ++m_onTheirWay;
+        ++m_pending;
         m_queue.async([weak = weak_from_this(), report, service = std::move(service)] {
             const auto reports = weak.lock();
             if (!reports)
                 return;
-            const bool moreComing = --reports->m_onTheirWay > 0;
+            const bool moreComing = --reports->m_pending > 0;
             if (reports->m_delegate)
                 (reports->m_delegate->*report)(service, moreComing);
         });
@@ -52,20 +54,22 @@ private:
 
     MainQueue& m_queue;
     ServiceBrowserDelegate* m_delegate = nullptr;
-    int m_onTheirWay = 0;
+    int m_pending = 0;
 };
 
 AvahiServiceBrowser::AvahiServiceBrowser(MainQueue& queue, SystemLog& log)
     : m_queue(queue)
     , m_log(log)
-    , m_session(std::make_shared<AvahiSession>(log))
+    , m_client(std::make_shared<AvahiClient>(log))
     , m_reports(std::make_shared<Reports>(queue))
 {
     m_retry.setSingleShot(true);
     m_retry.setInterval(retryInterval);
     QObject::connect(&m_retry, &QTimer::timeout, &m_retry, [this] { browse(); });
-    QObject::connect(&m_session->client, &AvahiClient::daemonCame, &m_retry, [this] { browse(); });
-    QObject::connect(&m_session->client, &AvahiClient::daemonWent, &m_retry, [this] { endBrowse(); });
+    QObject::connect(m_client.get(), &AvahiClient::daemonCame, &m_retry, [this] {
+        m_hasFailed = false;
+        browse();
+    });
 }
 
 AvahiServiceBrowser::~AvahiServiceBrowser() = default;
@@ -79,26 +83,20 @@ void AvahiServiceBrowser::searchForServices(const std::string& type, const std::
 {
     m_type = type;
     m_domain = domain;
-    m_session->client.start();
+    m_client->start();
 }
 
 void AvahiServiceBrowser::browse()
 {
+    m_retry.stop();
     for (auto& [name, known] : m_known)
         for (Sighting& sighting : known.sightings)
             sighting.isConfirmed = false;
-    m_browser = m_session->client.makeObject(QStringLiteral("ServiceBrowserNew"),
+    m_browser = m_client->makeObject(browserType,
         {avahiAny, avahiAny, QString::fromStdString(m_type), avahiDomain(m_domain), noFlags},
         {.onSignal = [this](const QString& member,
                          const QVariantList& arguments) { receiveSignal(member, arguments); },
             .onRefused = [this](const QString& error) { browseAgainLater(error); }});
-}
-
-void AvahiServiceBrowser::endBrowse()
-{
-    m_retry.stop();
-    m_browser.reset();
-    m_hasFailed = false;
 }
 
 void AvahiServiceBrowser::browseAgainLater(const QString& error)
@@ -184,7 +182,7 @@ void AvahiServiceBrowser::reportRemoved(KnownServices::iterator known)
 
 std::shared_ptr<AvahiService> AvahiServiceBrowser::makeService(const std::string& name)
 {
-    return std::make_shared<AvahiService>(m_queue, m_session, name, m_type, m_domain);
+    return std::make_shared<AvahiService>(m_queue, m_client, name, m_type, m_domain);
 }
 
 } // namespace companion

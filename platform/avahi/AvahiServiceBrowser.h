@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/avahi/AvahiService.h"
-#include "platform/avahi/AvahiSession.h"
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
 #include "platform/ServiceBrowser.h"
@@ -18,9 +17,9 @@ namespace companion {
 
 /// Browses with the Avahi daemon, over its D-Bus interface on the system bus. Main thread only; needs an event loop.
 ///
-/// Found and removed services are reported through the main queue. Bus or daemon may be missing, come later, and be
-/// restarted: what was known stays known until the new daemon has looked around, then only changes are reported. A
-/// daemon that goes for good takes nothing away, since the panels are still there.
+/// Found and removed services are reported through the main queue. Bus and daemon may be missing, start later, and
+/// restart: known services stay known until the new daemon has browsed, and only changes are reported then. Nothing is
+/// reported removed because the daemon has gone, since the panels are still there.
 class AvahiServiceBrowser : public ServiceBrowser {
 public:
     /// `queue` and `log` must outlive the browser and every service that it found.
@@ -39,10 +38,10 @@ private:
 
     struct Sighting {
         ServiceInstance instance;
-        bool isConfirmed; ///< seen by the present browse
+        bool isConfirmed; ///< reported by the current daemon
     };
 
-    /// A service that was reported found: the delegate's object, as long as somebody holds it, and where it is seen.
+    /// A service that was reported found: the delegate's object, as long as somebody holds it, and its instances.
     struct Known {
         std::weak_ptr<AvahiService> service;
         std::vector<Sighting> sightings;
@@ -50,7 +49,6 @@ private:
     using KnownServices = std::unordered_map<std::string, Known>;
 
     void browse();
-    void endBrowse();
     void browseAgainLater(const QString& error);
     void receiveSignal(const QString& member, const QVariantList& arguments);
     void addSighting(const std::string& name, ServiceInstance instance);
@@ -62,7 +60,7 @@ private:
 
     MainQueue& m_queue;
     SystemLog& m_log;
-    std::shared_ptr<AvahiSession> m_session;
+    std::shared_ptr<AvahiClient> m_client; ///< shared with the services, which may outlive the browser
     std::shared_ptr<Reports> m_reports;
     std::string m_type;
     std::string m_domain;

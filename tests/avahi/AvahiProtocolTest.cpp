@@ -5,7 +5,7 @@
 
 #include <gmock/gmock.h>
 
-// What is said to the daemon, and when, against a stand-in whose answers the test chooses.
+// The calls to the daemon and their order, against a stand-in whose replies the test chooses.
 
 namespace companion::testing {
 
@@ -43,13 +43,13 @@ protected:
 
 TEST_F(AvahiProtocolTest, SignalsThatComeBeforeTheBrowsersPathAreNotLost)
 {
-    daemon->foundBeforeAnswer = {"early", "bird"};
+    daemon->foundBeforeReply = {"early", "bird"};
     browse();
     EXPECT_TRUE(waitFor("found bird"));
     EXPECT_THAT(transcript.lines(), Contains("found early"));
 }
 
-TEST_F(AvahiProtocolTest, ResolverIsFreedOnceItHasAnswered)
+TEST_F(AvahiProtocolTest, ResolverIsFreedOnceItHasReported)
 {
     browseAndFind("a");
     daemon->sendFound("/Resolver2");
@@ -57,14 +57,14 @@ TEST_F(AvahiProtocolTest, ResolverIsFreedOnceItHasAnswered)
     EXPECT_TRUE(waitFor("resolved a"));
 }
 
-TEST_F(AvahiProtocolTest, ResolverIsFreedWhenTheServiceIsLetGo)
+TEST_F(AvahiProtocolTest, ResolverIsFreedWhenTheServiceIsReleased)
 {
     browseAndFind("a");
     list.services.clear();
     EXPECT_TRUE(waitFor("free /Resolver2"));
 }
 
-TEST_F(AvahiProtocolTest, ResolverIsFreedWhenTheTimeIsOver)
+TEST_F(AvahiProtocolTest, ResolverIsFreedAtTheTimeOut)
 {
     list.resolveTimeout = 700ms;
     browseAndFind("a");
@@ -73,14 +73,24 @@ TEST_F(AvahiProtocolTest, ResolverIsFreedWhenTheTimeIsOver)
     EXPECT_TRUE(waitFor("free /Resolver2", 1s));
 }
 
-TEST_F(AvahiProtocolTest, ResolverIsKeptAfterTheDaemonReportsAFailure)
+TEST_F(AvahiProtocolTest, ServiceIsResolvedAnewOneSecondAfterAFailure)
 {
     browseAndFind("a");
     daemon->sendFailure("/Resolver2");
-    run(700ms);
-    EXPECT_THAT(transcript.lines(), ElementsAre());
-    daemon->sendFound("/Resolver2");
+    run(900ms);
+    EXPECT_THAT(transcript.lines(), ElementsAre("free /Resolver2"));
+    EXPECT_TRUE(waitFor("resolve 1/0 a"));
+    daemon->sendFound("/Resolver3");
     EXPECT_TRUE(waitFor("resolved a"));
+}
+
+TEST_F(AvahiProtocolTest, FailureIsNotRetriedAfterTheTimeOut)
+{
+    list.resolveTimeout = 500ms;
+    browseAndFind("a");
+    daemon->sendFailure("/Resolver2");
+    run(1500ms);
+    EXPECT_THAT(transcript.lines(), ElementsAre("free /Resolver2"));
 }
 
 TEST_F(AvahiProtocolTest, NextInstanceIsTriedOnceTheFirstHasFailed)
@@ -108,7 +118,7 @@ TEST_F(AvahiProtocolTest, InstanceThatComesAfterTheFailureOfAllOthersIsTried)
     EXPECT_TRUE(waitFor("resolve 2/0 a"));
 }
 
-TEST_F(AvahiProtocolTest, RefusedResolverIsAFailureOfItsInstance)
+TEST_F(AvahiProtocolTest, RefusedResolverIsRequestedAgainForTheNextInstance)
 {
     browse();
     ASSERT_TRUE(waitFor("browse _airplay._tcp local"));
@@ -119,18 +129,74 @@ TEST_F(AvahiProtocolTest, RefusedResolverIsAFailureOfItsInstance)
     EXPECT_THAT(transcript.lines(), Not(Contains("resolve 1/0 a")));
 }
 
-TEST_F(AvahiProtocolTest, SixteenAreResolvedAtATimeAndSilentOnesStepAsideAfterHalfASecond)
+TEST_F(AvahiProtocolTest, RefusedResolverIsRequestedAgainForTheOnlyInstance)
 {
     browse();
     ASSERT_TRUE(waitFor("browse _airplay._tcp local"));
-    for (int i = 0; i < 40; ++i)
+    daemon->refusalsToCome = 2;
+    daemon->sendItemNew(1, 0, "a");
+    EXPECT_TRUE(waitFor("resolve 1/0 a"));
+}
+
+TEST_F(AvahiProtocolTest, AtMost32ResolversAreRequestedBeforeTheDaemonReplies)
+{
+    browse();
+    ASSERT_TRUE(waitFor("browse _airplay._tcp local"));
+    run(50ms); // the browser's own reply
+    daemon->holdsReplies = true;
+    for (int i = 0; i < 70; ++i)
         daemon->sendItemNew(1, 0, QString::number(i));
-    ASSERT_TRUE(waitFor("resolve 1/0 15"));
+    ASSERT_TRUE(waitFor("resolve 1/0 31"));
     run(300ms);
-    EXPECT_EQ(daemon->resolversAtMost, 16);
-    run(400ms);
-    EXPECT_EQ(daemon->resolversAtMost, 32);
-    EXPECT_THAT(transcript.lines(), Not(Contains("free /Resolver2")));
+    EXPECT_EQ(daemon->resolvers.size(), 32);
+    daemon->sendHeldReplies();
+    EXPECT_TRUE(waitFor("resolve 1/0 69")); // although no resolver has reported anything
+}
+
+TEST_F(AvahiProtocolTest, ResolverThatIsReleasedBeforeItsReplyIsFreedAfterIt)
+{
+    browse();
+    ASSERT_TRUE(waitFor("browse _airplay._tcp local"));
+    run(50ms);
+    daemon->holdsReplies = true;
+    daemon->sendItemNew(1, 0, "a");
+    ASSERT_TRUE(waitFor("resolve 1/0 a"));
+    list.services.clear();
+    run(100ms);
+    EXPECT_THAT(daemon->resolvers, ElementsAre("/Resolver2"));
+    daemon->sendHeldReplies();
+    EXPECT_TRUE(waitFor("free /Resolver2"));
+}
+
+TEST_F(AvahiProtocolTest, ServiceIsRemovedWithItsLastInstance)
+{
+    browseAndFind("a");
+    daemon->sendItemNew(2, 1, "a");
+    daemon->sendItemRemove(1, 0, "a");
+    daemon->sendItemRemove(3, 0, "a");       // an instance that was never reported
+    daemon->sendItemRemove(1, 0, "unknown"); // and such a service
+    run(100ms);
+    EXPECT_THAT(transcript.lines(), ElementsAre());
+    daemon->sendItemRemove(2, 1, "a");
+    EXPECT_TRUE(waitFor("removed a"));
+    EXPECT_TRUE(waitFor("free /Resolver2"));
+    EXPECT_THAT(transcript.lines(), Not(Contains("removed unknown")));
+}
+
+TEST_F(AvahiProtocolTest, BrowserThatFailsIsReplacedAfterTwoSecondsAndReportsOnlyChanges)
+{
+    browseAndFind("a");
+    daemon->sendBrowserFailure();
+    run(1900ms);
+    EXPECT_THAT(transcript.lines(), ElementsAre("free /Browser1"));
+    EXPECT_THAT(logLines.lines(),
+        ElementsAre(
+            "log mDNS: browsing failed and will be tried again: org.freedesktop.Avahi.NoNetworkError"));
+    ASSERT_TRUE(waitFor("browse _airplay._tcp local"));
+    daemon->sendItemNew(1, 0, "b");
+    daemon->sendAllForNow();
+    EXPECT_TRUE(waitFor("removed a"));
+    EXPECT_THAT(transcript.lines(), Contains("found b"));
 }
 
 TEST_F(AvahiProtocolTest, RefusedBrowseIsTriedAgainAndLoggedOnce)

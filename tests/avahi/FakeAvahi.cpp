@@ -1,8 +1,8 @@
 #include "tests/avahi/FakeAvahi.h"
 
-#include <algorithm>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
+#include <utility>
 
 namespace companion::testing {
 
@@ -42,6 +42,12 @@ void FakeAvahi::sendAllForNow()
     send(m_browser, browserInterface, QStringLiteral("AllForNow"), {});
 }
 
+void FakeAvahi::sendBrowserFailure()
+{
+    send(m_browser, browserInterface, QStringLiteral("Failure"),
+        {QStringLiteral("org.freedesktop.Avahi.NoNetworkError")});
+}
+
 void FakeAvahi::sendFound(const QString& path)
 {
     send(path, resolverInterface, QStringLiteral("Found"), {});
@@ -74,9 +80,9 @@ void FakeAvahi::makeBrowser(const QDBusMessage& message)
     m_browser = QStringLiteral("/Browser%1").arg(++m_serial);
     m_transcript.add("browse " + message.arguments()[2].toString().toStdString() + " "
         + message.arguments()[3].toString().toStdString());
-    for (const QString& name : std::as_const(foundBeforeAnswer))
+    for (const QString& name : std::as_const(foundBeforeReply))
         sendItemNew(1, 0, name);
-    answer(message, m_browser);
+    reply(message, m_browser);
 }
 
 void FakeAvahi::makeResolver(const QDBusMessage& message)
@@ -86,13 +92,23 @@ void FakeAvahi::makeResolver(const QDBusMessage& message)
     m_transcript.add("resolve " + std::to_string(arguments[0].toInt()) + "/"
         + std::to_string(arguments[1].toInt()) + " " + arguments[2].toString().toStdString());
     resolvers.append(path);
-    resolversAtMost = std::max(resolversAtMost, static_cast<int>(resolvers.size()));
-    answer(message, path);
+    reply(message, path);
 }
 
-void FakeAvahi::answer(const QDBusMessage& message, const QString& path)
+void FakeAvahi::reply(const QDBusMessage& message, const QString& path)
 {
-    m_bus.send(message.createReply(QVariant::fromValue(QDBusObjectPath(path))));
+    const QDBusMessage reply = message.createReply(QVariant::fromValue(QDBusObjectPath(path)));
+    if (holdsReplies)
+        m_heldReplies.append(reply);
+    else
+        m_bus.send(reply);
+}
+
+void FakeAvahi::sendHeldReplies()
+{
+    holdsReplies = false;
+    for (const QDBusMessage& reply : std::exchange(m_heldReplies, {}))
+        m_bus.send(reply);
 }
 
 void FakeAvahi::send(

@@ -118,6 +118,11 @@ void AvahiDaemon::pause()
     m_daemon->sendSignal(SIGSTOP);
 }
 
+void AvahiDaemon::resume()
+{
+    m_daemon->sendSignal(SIGCONT);
+}
+
 Announcement::Announcement(
     const PrivateBus& bus, const std::string& name, const std::string& type, const std::string& host)
     : m_publisher(publishCommand(name, type, host), bus.environment())

@@ -40,8 +40,9 @@ public:
     void stop();
     /// Ends without a word to the network.
     void crash();
-    /// Answers nobody any more.
+    /// Stops replying until `resume`.
     void pause();
+    void resume();
 
 private:
     const PrivateBus& m_bus;

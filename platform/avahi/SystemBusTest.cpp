@@ -1,4 +1,4 @@
-#include "platform/avahi/BusProbe.h"
+#include "platform/avahi/SystemBus.h"
 
 #include <gtest/gtest.h>
 #include <string>
