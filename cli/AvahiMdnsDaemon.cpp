@@ -1,5 +1,7 @@
 #include "cli/AvahiMdnsDaemon.h"
 
+#include "platform/avahi/SystemBus.h"
+
 #include <algorithm>
 #include <QDBusConnection>
 #include <QDBusError>
@@ -7,9 +9,10 @@
 
 namespace companion::cli {
 
+using namespace std::chrono_literals;
+
 namespace {
 
-const auto connectionName = QStringLiteral("panelctl-look");
 const auto avahi = QStringLiteral("org.freedesktop.Avahi");
 
 QDBusMessage busCall(
@@ -49,31 +52,19 @@ MdnsDaemonFacts lookAtDaemon(const QDBusConnection& bus, int time)
     return {MdnsDaemonState::running, text.isEmpty() ? "Avahi" : text.toStdString()};
 }
 
-MdnsDaemonFacts look(int time)
-{
-    MdnsDaemonFacts facts;
-    {
-        const QByteArray address = qgetenv("DBUS_SYSTEM_BUS_ADDRESS");
-        const QDBusConnection bus = address.isEmpty()
-            ? QDBusConnection::connectToBus(QDBusConnection::SystemBus, connectionName)
-            : QDBusConnection::connectToBus(QString::fromLocal8Bit(address), connectionName);
-        facts = bus.isConnected()
-            ? lookAtDaemon(bus, time)
-            : MdnsDaemonFacts{MdnsDaemonState::noBus, bus.lastError().message().toStdString()};
-    }
-    QDBusConnection::disconnectFromBus(connectionName);
-    return facts;
-}
-
 } // namespace
 
 MdnsDaemonFacts AvahiMdnsDaemon::look(std::chrono::milliseconds time)
 {
-    // Calls that get no answer are over before the whole is, so that they can be told from a connection that hangs.
-    const int timeOfCalls =
-        static_cast<int>(std::max<std::chrono::milliseconds::rep>(time.count() * 3 / 4, 4));
-    const auto facts = m_calls.call(time, [timeOfCalls] { return cli::look(timeOfCalls); });
-    return facts.value_or(MdnsDaemonFacts{MdnsDaemonState::silentBus, ""});
+    SystemBus bus;
+    switch (bus.waitForConnection(time)) {
+    case SystemBus::State::connected:
+        return lookAtDaemon(bus.connection(), static_cast<int>(std::max(time, 4ms).count()));
+    case SystemBus::State::missing:
+        return {MdnsDaemonState::noBus, bus.error().toStdString()};
+    default:
+        return {MdnsDaemonState::silentBus, ""};
+    }
 }
 
 } // namespace companion::cli

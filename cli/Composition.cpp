@@ -96,7 +96,7 @@ private:
 
     PosixInterfaceAddresses m_interfaceAddresses;
     RoutedInterfaceName m_interfaceName;
-    AvahiMdnsDaemon m_mdnsDaemon{m_calls};
+    AvahiMdnsDaemon m_mdnsDaemon;
     AvahiServiceBrowserFactory m_browsers{m_mainQueue, m_log};
     PosixAsyncUdpSocketFactory m_sockets{m_mainQueue, m_log};
     ProcUdpPortHolder m_portHolder;
