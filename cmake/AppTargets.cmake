@@ -1,9 +1,12 @@
 # One static library per folder: LINKS is all that a target may include; logic targets never name Qt.
-# Headers are a file set, so that "all_verify_interface_header_sets" compiles each of them on its own.
+# "all_verify_interface_header_sets" compiles on its own each header that has no source, which would include it first.
 function(app_library name)
     cmake_parse_arguments(ARG "" "" "SOURCES;HEADERS;LINKS;PRIVATE_LINKS" ${ARGN})
     add_library(${name} STATIC ${ARG_SOURCES})
-    target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${ARG_HEADERS})
+    set(headers_without_source ${ARG_HEADERS})
+    list(TRANSFORM ARG_SOURCES REPLACE "\\.cpp$" ".h" OUTPUT_VARIABLE headers_with_source)
+    list(REMOVE_ITEM headers_without_source ${headers_with_source})
+    target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${headers_without_source})
     target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
     target_link_libraries(${name} PUBLIC ${ARG_LINKS} PRIVATE ${ARG_PRIVATE_LINKS})
 endfunction()

@@ -157,7 +157,18 @@ worldly_unit_tests() {
         '\b(pipe2?|socket|socketpair|fork|kill|raise|signal|sigaction|mkfifo) ?\(|\bQ(Core|Gui)?Application\b|\bQ[A-Za-z]*Widget\b|<sys/socket\.h>|^#include "tests/'
 }
 
+# Sources that do not include their own header first, which shows that the header needs nothing before it.
+own_header_not_first() {
+    local source header
+    sources | grep '\.cpp$' | while read -r source; do
+        header=${source%.cpp}.h
+        [[ ! -f $header ]] || [[ $(grep -m 1 '^#include' "$source") == *"\"$header\""* ]] ||
+            printf '%s: include "%s" first\n' "$source" "$header"
+    done
+}
+
 check_headers() {
+    check "every source includes its own header first" own_header_not_first
     check "Qt's headers stay in adapters and widgets" \
         foreign_headers 'Q[A-Z]|Qt' 'platform/(qt|avahi|x11)|ui|app|cli|simulator'
     check "X11's headers stay in their adapter" foreign_headers '(X11|xcb)/' 'platform/x11'
