@@ -11,6 +11,13 @@ if(NOT CMAKE_CXX_COMPILER_LAUNCHER)
     endif()
 endif()
 
+# Links in a quarter of the time where it is installed.
+include(CheckLinkerFlag)
+check_linker_flag(CXX -fuse-ld=mold PANEL_COMPANION_HAS_MOLD)
+if(PANEL_COMPANION_HAS_MOLD)
+    add_link_options(-fuse-ld=mold)
+endif()
+
 add_compile_options(-Wall -Wextra -Wpedantic)
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wshadow> $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
 if(PANEL_COMPANION_WERROR)
