@@ -1,5 +1,5 @@
-"""Chooses tests by a regular expression: choose.py BUILD-FOLDER REGEX prints shell assignments for ./test: `choice`, CTest's
-arguments, and GTEST_FILTER and PYTEST_ADDOPTS, which programs that hold many cases read. Status 1 if nothing matches."""
+"""Chooses tests by a regular expression: choose.py BUILD-FOLDER REGEX prints shell assignments for ./test: more arguments of
+CTest for `choice`, and GTEST_FILTER and PYTEST_ADDOPTS, which programs that hold many cases read. Status 1 if nothing matches."""
 
 import json
 import pathlib
@@ -52,7 +52,7 @@ def main():
     names, gtest, pytest = choose(ctest_tests(build), re.compile(pattern).search)
     if not names:
         return 1
-    print("choice=(-R", shlex.quote("^(" + "|".join(map(re.escape, names)) + ")$") + ")")
+    print("choice+=(-R", shlex.quote("^(" + "|".join(map(re.escape, names)) + ")$") + ")")
     if gtest:
         print("export GTEST_FILTER=" + shlex.quote(":".join(sorted(gtest))))
     if pytest:
