@@ -32,7 +32,8 @@ sources() {
 }
 
 shell_scripts() {
-    find run test .ci/run tools tests packaging -type f \( ! -name '*.*' -o -name '*.sh' \) -perm -u+x ! -path 'tools/lib/*' | LC_ALL=C sort
+    find run test .ci/run tools tests packaging -type f \( ! -name '*.*' -o -name '*.sh' \) -perm -u+x ! -path 'tools/lib/*' \
+        -exec grep -lE -m 1 '^#!/bin/(ba)?sh' {} + | LC_ALL=C sort
 }
 
 # Quoted includes of what is compiled into programs: "includer-folder included-folder file", tests left out.
@@ -126,7 +127,7 @@ check_shell() {
 }
 
 python_errors() {
-    find tools tests -name '*.py' -print0 | xargs -0 -r python3 -c '
+    find tools tests \( -name "*.py" -o -name mutate \) -print0 | xargs -0 -r python3 -c '
 import ast, sys
 for name in sys.argv[1:]:
     try:
