@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdint>
 #include <fcntl.h>
+#include <fstream>
+#include <limits>
 #include <memory>
 #include <new>
 #include <optional>
@@ -16,17 +17,19 @@ namespace companion {
 
 namespace {
 
-/// Of the usual processors; on others the hint is for less than it could be.
-constexpr std::uintptr_t largePage = 2 << 20;
+/// Of the usual processors; on others the hint covers less than it could.
+constexpr std::uintptr_t hugePage = 2 << 20;
 
 constexpr std::size_t firstPieceOfUnknownLength = 64 << 10;
+constexpr std::uint64_t maxUnknownLength = 1 << 30;
 
 class FileDescriptor {
 public:
-    /// Does not wait for the other end of a FIFO, nor make a terminal the controlling one.
-    explicit FileDescriptor(const std::string& path)
-        : m_descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY))
+    FileDescriptor(const std::string& path, int flags)
     {
+        do { // opening a leased file waits, and may be interrupted
+            m_descriptor = open(path.c_str(), flags | O_CLOEXEC);
+        } while (m_descriptor < 0 && errno == EINTR);
     }
     ~FileDescriptor()
     {
@@ -36,8 +39,11 @@ public:
     FileDescriptor(const FileDescriptor&) = delete;
     FileDescriptor& operator=(const FileDescriptor&) = delete;
 
+    /// A path that leads to the open file whatever its own path names by now.
+    std::string path() const { return "/proc/self/fd/" + std::to_string(m_descriptor); }
+
     /// Nothing when it is no regular file.
-    std::optional<std::uint64_t> lengthOfFile() const
+    std::optional<std::uint64_t> lengthOfRegularFile() const
     {
         struct stat status = {};
         if (m_descriptor < 0 || fstat(m_descriptor, &status) != 0 || !S_ISREG(status.st_mode))
@@ -56,21 +62,23 @@ public:
     }
 
 private:
-    const int m_descriptor;
+    int m_descriptor = -1;
 };
 
-/// A large file's memory in large pages, where the system has them: most of the time of reading a file that the system
-/// still knows goes into getting pages. A hint; it may fail.
-void askForLargePages(const char* memory, std::size_t size)
+/// Has the system provide a large file's memory at once and in huge pages. Faulting the pages in one by one while reading
+/// takes longer than reading a cached file. Both are hints that may fail, the second one before Linux 5.14.
+void provideMemory(const char* memory, std::size_t size)
 {
-    const auto begin = (reinterpret_cast<std::uintptr_t>(memory) + largePage - 1) / largePage * largePage;
-    const auto end = (reinterpret_cast<std::uintptr_t>(memory) + size) / largePage * largePage;
-    if (begin < end)
-        madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+    const auto begin = (reinterpret_cast<std::uintptr_t>(memory) + hugePage - 1) / hugePage * hugePage;
+    const auto end = (reinterpret_cast<std::uintptr_t>(memory) + size) / hugePage * hugePage;
+    if (begin >= end)
+        return;
+    madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+    madvise(reinterpret_cast<void*>(begin), end - begin, MADV_POPULATE_WRITE);
 }
 
-/// Reads behind the first `size` bytes of `memory`, to its end or to the file's. How many bytes there are then, or nothing
-/// on an error.
+/// Reads into `memory` from offset `size` on, up to `capacity` or the file's end. Returns the number of bytes in `memory`
+/// then, or nothing on an error.
 std::optional<std::size_t> fill(
     char* memory, std::size_t size, std::size_t capacity, const FileDescriptor& file)
 {
@@ -88,9 +96,8 @@ std::optional<std::size_t> fill(
 /// The first `length` bytes, fewer where the file ends before, null on an error.
 FileBytes readFirst(std::size_t length, const FileDescriptor& file)
 {
-    // Not cleared: for a large file that takes a third as long again as reading it.
     auto memory = std::make_unique_for_overwrite<char[]>(length);
-    askForLargePages(memory.get(), length);
+    provideMemory(memory.get(), length);
     const auto size = fill(memory.get(), 0, length, file);
     return size ? sharedBytes(std::move(memory), *size) : nullptr;
 }
@@ -112,19 +119,38 @@ FileBytes readToTheEnd(std::size_t limit, const FileDescriptor& file)
 
 } // namespace
 
-PosixFileReader::PosixFileReader(std::size_t longestOfUnknownLength)
-    : m_longestOfUnknownLength(longestOfUnknownLength)
+std::uint64_t availableMemory()
+{
+    std::ifstream file("/proc/meminfo");
+    std::uint64_t kibibytes = 0;
+    for (std::string name; file >> name;) {
+        std::uint64_t value = 0;
+        if ((name == "MemAvailable:" || name == "SwapFree:") && file >> value)
+            kibibytes += value;
+    }
+    return kibibytes > 0 ? kibibytes * 1024 / 8 * 7 : std::numeric_limits<std::uint64_t>::max();
+}
+
+PosixFileReader::PosixFileReader(std::function<std::uint64_t()> memory)
+    : m_memory(std::move(memory))
 {
 }
 
 FileBytes PosixFileReader::readFile(const std::string& path)
 {
-    const FileDescriptor file(path);
-    const std::optional<std::uint64_t> length = file.lengthOfFile();
-    if (!length)
+    // O_PATH neither waits for the other end of a FIFO nor breaks a lease. The second open waits until another process gives
+    // up its lease on the file (F_SETLEASE in fcntl(2)), which the kernel enforces after 45 s; it cannot meet a FIFO.
+    const FileDescriptor found(path, O_PATH);
+    if (!found.lengthOfRegularFile())
+        return nullptr;
+    const FileDescriptor file(found.path(), O_RDONLY);
+    const std::optional<std::uint64_t> length = file.lengthOfRegularFile();
+    const std::uint64_t memory = m_memory();
+    if (!length || *length > memory)
         return nullptr;
     try {
-        return *length == 0 ? readToTheEnd(m_longestOfUnknownLength, file) : readFirst(*length, file);
+        return *length == 0 ? readToTheEnd(std::min(memory, maxUnknownLength), file)
+                            : readFirst(*length, file);
     } catch (const std::bad_alloc&) {
         return nullptr;
     }

@@ -2,22 +2,28 @@
 
 #include "platform/FileReader.h"
 
-#include <cstddef>
+#include <cstdint>
+#include <functional>
 
 namespace companion {
 
-/// Reads regular files with one read of the disk and no second copy in memory. A file is as long as it was when it was
-/// opened: what is appended meanwhile is left out, and one that shrinks ends where it ends. Files that the kernel or a
-/// server makes up as they are read may tell a length of 0; those are read to their end, and one that has none within
-/// `longestOfUnknownLength` bytes cannot be read.
+/// The memory that programs can still have without others being killed for it, in bytes: seven eighths of what is
+/// available (MemAvailable and SwapFree in proc(5)). No limit when the system does not say.
+std::uint64_t availableMemory();
+
+/// Reads a regular file into memory with one pass over it and no second copy.
+///
+/// A file is as long as it was when it was opened: bytes appended meanwhile are left out, and a file that shrinks ends where
+/// it ends. Files that the kernel or a server generates may report a length of 0; those are read to their end, up to 1 GiB.
+/// A file that does not fit into `memory` cannot be read.
 class PosixFileReader : public FileReader {
 public:
-    explicit PosixFileReader(std::size_t longestOfUnknownLength = 1 << 30);
+    explicit PosixFileReader(std::function<std::uint64_t()> memory = availableMemory);
 
     FileBytes readFile(const std::string& path) override;
 
 private:
-    const std::size_t m_longestOfUnknownLength;
+    const std::function<std::uint64_t()> m_memory;
 };
 
 } // namespace companion
