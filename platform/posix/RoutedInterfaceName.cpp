@@ -1,11 +1,52 @@
 #include "platform/posix/RoutedInterfaceName.h"
 
-#include "platform/posix/RouteQuery.h"
+#include "platform/posix/PosixInterfaceAddresses.h"
 
 #include <arpa/inet.h>
+#include <array>
+#include <sys/socket.h>
+#include <unistd.h>
 #include <utility>
 
 namespace companion {
+
+namespace {
+
+/// For documentation only (RFC 5737), so it is routed as any other address of the internet is.
+constexpr auto internetAddress = "192.0.2.1";
+
+/// The source address of packets to `destination`, "" without a route. Connecting a UDP socket looks the route up and sends
+/// nothing, so any port will do.
+std::string sourceAddressTowards(const std::string& destination)
+{
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(9);
+    if (inet_pton(AF_INET, destination.c_str(), &address.sin_addr) != 1)
+        return "";
+    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    socklen_t length = sizeof address;
+    const bool isRouted = connect(descriptor, reinterpret_cast<const sockaddr*>(&address), length) == 0
+        && getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length) == 0;
+    close(descriptor);
+    std::array<char, INET_ADDRSTRLEN> text{};
+    return isRouted ? inet_ntop(AF_INET, &address.sin_addr, text.data(), text.size()) : "";
+}
+
+std::string interfaceRoutedTo(const std::string& destination)
+{
+    const std::string source = sourceAddressTowards(destination);
+    if (source.empty())
+        return "";
+    for (const InterfaceAddress& entry :
+        PosixInterfaceAddresses().list().value_or(std::vector<InterfaceAddress>())) {
+        if (entry.address && entry.address->text == source)
+            return entry.interfaceName;
+    }
+    return "";
+}
+
+} // namespace
 
 RoutedInterfaceName::RoutedInterfaceName(std::optional<std::string> chosenName)
     : m_chosenName(std::move(chosenName))
@@ -16,13 +57,8 @@ std::string RoutedInterfaceName::interfaceNameTowards(const std::optional<std::s
 {
     if (m_chosenName)
         return *m_chosenName;
-    in_addr panel{};
-    if (panelAddress && inet_pton(AF_INET, panelAddress->c_str(), &panel) == 1) {
-        const std::string name = interfaceOfRouteTo(panel);
-        if (!name.empty())
-            return name;
-    }
-    return interfaceOfDefaultRoute();
+    const std::string name = interfaceRoutedTo(panelAddress.value_or(""));
+    return name.empty() ? interfaceRoutedTo(internetAddress) : name;
 }
 
 } // namespace companion

@@ -4,8 +4,8 @@
 
 namespace companion {
 
-/// The interface of the given name, or else the one that the kernel routes by: towards the panel, or by default.
-/// The kernel is asked over rtnetlink(7), which answers at once. Any thread.
+/// The interface of the given name, or else the one whose address packets to the panel carry as their source; without a
+/// panel or a route to it, packets to the internet. Nothing is sent. Any thread.
 class RoutedInterfaceName : public InterfaceNameRule {
 public:
     explicit RoutedInterfaceName(std::optional<std::string> chosenName = std::nullopt);
