@@ -133,7 +133,7 @@ Composition::Works::Works(const Options& options, QtMainQueue& mainQueue, MainWi
 {
     tellUnknownScreen();
     openPoster();
-    setLastWish([this](std::string_view what) {
+    setFatalErrorHandler([this](std::string_view what) {
         logLastWords(what);
         if (m_xtestPoster)
             m_xtestPoster->releaseHeldButton();
@@ -149,7 +149,7 @@ Composition::Works::~Works()
     delete m_view; // the window, whose it is, outlives what it uses
     m_mainQueue.dropAllJobs();
     m_mainQueue.setWhenBlocked({});
-    setLastWish(logLastWords);
+    setFatalErrorHandler(logLastWords);
 }
 
 /// A finger that is down when touches come no more, or wait for an alert to be closed, would hold the button for as long;

@@ -38,7 +38,7 @@ int main(int argc, char** argv)
 {
     openStandardDescriptors();
     makeUncaughtExceptionsFatal();
-    setLastWish([](std::string_view what) { logFatalError(what); }); // until a button may be held
+    setFatalErrorHandler([](std::string_view what) { logFatalError(what); }); // until a button may be held
     const ParsedOptions parsed = parseOptions({argv + 1, argv + argc});
     if (const auto status = answerWithoutWindow(parsed))
         return *status;

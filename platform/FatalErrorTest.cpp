@@ -1,15 +1,17 @@
 #include "platform/FatalError.h"
 
 #include <atomic>
-#include <chrono>
 #include <cstdio>
-#include <gtest/gtest.h>
+#include <fstream>
+#include <stdexcept>
 #include <string>
 #include <thread>
 
-namespace companion::testing {
+#include <gtest/gtest.h>
 
-using namespace std::chrono_literals;
+#include <unistd.h>
+
+namespace companion::testing {
 
 namespace {
 
@@ -18,53 +20,81 @@ void say(const std::string& text)
     std::fprintf(stderr, "%s\n", text.c_str());
 }
 
-/// Two threads fail, the second one while the first one's last wish takes its time.
-void failTwiceAtOnce()
+/// Whether the kernel lists the thread as sleeping, see proc_pid_stat(5).
+bool isBlocked(pid_t thread)
 {
-    static std::atomic<bool> isFirstDying = false;
-    setLastWish([](std::string_view what) {
-        isFirstDying = true;
-        std::this_thread::sleep_for(300ms);
-        say("the last wish of " + std::string(what) + " is fulfilled");
+    std::ifstream file("/proc/self/task/" + std::to_string(thread) + "/stat");
+    const std::string status(std::istreambuf_iterator<char>(file), {});
+    return status.substr(status.rfind(')') + 2, 1) == "S";
+}
+
+/// A second thread fails while the first one's handler runs, which goes on once the second one waits.
+void failOnTwoThreads()
+{
+    static std::atomic<bool> isHandling = false;
+    static std::atomic<pid_t> second = 0;
+    setFatalErrorHandler([](std::string_view what) {
+        isHandling = true;
+        isHandling.notify_one();
+        second.wait(0);
+        while (!isBlocked(second))
+            std::this_thread::yield();
+        say("handled " + std::string(what));
     });
-    std::thread second([] {
-        while (!isFirstDying)
-            std::this_thread::sleep_for(1ms);
+    std::thread other([] {
+        isHandling.wait(false);
+        second = gettid();
+        second.notify_one();
         fatalError("the second");
     });
     fatalError("the first");
 }
 
-void failInTheLastWish()
+void failInTheHandler()
 {
-    setLastWish([](std::string_view what) {
-        say("wish for " + std::string(what));
-        fatalError("the wish itself");
+    setFatalErrorHandler([](std::string_view what) {
+        say("handled " + std::string(what));
+        fatalError("the handler itself");
     });
     fatalError("the first");
 }
 
 } // namespace
 
-TEST(FatalErrorDeathTest, TellsItsLastWishAndStandardErrorWhy)
+TEST(FatalErrorDeathTest, CallsItsHandlerAndTellsStandardErrorWhy)
 {
     EXPECT_DEATH(fatalError("no panel address"), "^Fatal error: no panel address\n$");
     EXPECT_DEATH(
         {
-            setLastWish([](std::string_view what) { say("wish for " + std::string(what)); });
+            setFatalErrorHandler([](std::string_view what) { say("handled " + std::string(what)); });
             fatalError("no panel address");
         },
-        "^wish for no panel address\nFatal error: no panel address\n$");
+        "^handled no panel address\nFatal error: no panel address\n$");
 }
 
-TEST(FatalErrorDeathTest, AnotherThreadThatFailsMeanwhileDoesNotCutTheLastWishShort)
+TEST(FatalErrorDeathTest, ATextOf4001BytesIsCutAfter4000)
 {
-    EXPECT_DEATH(failTwiceAtOnce(), "^the last wish of the first is fulfilled\nFatal error: the first\n$");
+    EXPECT_DEATH(fatalError(std::string(4000, 'x') + "y"), "^Fatal error: x+\n$");
 }
 
-TEST(FatalErrorDeathTest, ALastWishThatFailsItselfIsTheEndAtOnce)
+TEST(FatalErrorDeathTest, AnotherThreadThatFailsMeanwhileDoesNotCutTheHandlerShort)
 {
-    EXPECT_DEATH(failInTheLastWish(), "^wish for the first\n$");
+    EXPECT_DEATH(failOnTwoThreads(), "^handled the first\nFatal error: the first\n$");
+}
+
+TEST(FatalErrorDeathTest, AHandlerThatFailsItselfAbortsAtOnce)
+{
+    EXPECT_DEATH(failInTheHandler(), "^handled the first\n$");
+}
+
+TEST(FatalErrorDeathTest, AnUncaughtExceptionIsAFatalError)
+{
+    EXPECT_DEATH(
+        {
+            makeUncaughtExceptionsFatal();
+            std::thread([] { throw std::runtime_error("no room"); }).join();
+        },
+        "Fatal error: An exception was not caught: no room\n$");
 }
 
 } // namespace companion::testing

@@ -4,9 +4,9 @@
 
 namespace companion {
 
-/// Tells the system's log of a fatal error: for `setLastWish`. Any thread, in whatever state it is: nothing is
-/// allocated, no lock is taken (syslog(3) has one, which another thread may hold), and a log daemon that takes
-/// nothing is not waited for. Longer texts than about 900 bytes are cut off.
+/// Sends a fatal error to the system's log, for `setFatalErrorHandler`. Any thread in any state: it allocates nothing, takes
+/// no lock (syslog(3) has one, which another thread may hold), and does not wait for a log daemon that takes nothing. Texts
+/// of more than 900 bytes are cut.
 void logFatalError(std::string_view what, const char* logSocket = "/dev/log");
 
 } // namespace companion

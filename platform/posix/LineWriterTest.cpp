@@ -1,23 +1,13 @@
 #include "platform/posix/LineWriter.h"
 
-#include "tests/support/Pipe.h"
-
-#include <algorithm>
-#include <array>
 #include <chrono>
-#include <cstdio>
 #include <future>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
-
-#include <fcntl.h>
-#include <sys/socket.h>
-#include <unistd.h>
 
 namespace companion::testing {
 namespace {
@@ -26,31 +16,36 @@ using namespace std::chrono_literals;
 using ::testing::EndsWith;
 using ::testing::StartsWith;
 
-/// A sink that hangs until it is let go.
-struct Gate {
+/// A destination that takes nothing until it is told to.
+struct HungDestination {
     std::promise<void> entered;
-    std::promise<void> open;
+    std::promise<void> resume;
+    bool hasHung = false;
     std::string taken;
-    std::once_flag once;
 
-    LineSink sink(std::shared_ptr<Gate> self)
+    static LineWriter::Sink sink(std::shared_ptr<HungDestination> self)
     {
-        return {[self = std::move(self)](std::string_view lines) {
-            std::call_once(self->once, [&] {
+        return [self = std::move(self)](std::string_view lines) {
+            if (!std::exchange(self->hasHung, true)) {
                 self->entered.set_value();
-                self->open.get_future().wait();
-            });
+                self->resume.get_future().wait();
+            }
             self->taken += lines;
-        }};
+        };
     }
 };
 
-TEST(LineWriterTest, LinesOfOneThreadComeOutInOrderBeforeTheWriterIsGone)
+LineWriter::Sink appendTo(const std::shared_ptr<std::string>& text)
+{
+    return [text](std::string_view lines) { *text += lines; };
+}
+
+TEST(LineWriterTest, LinesOfOneThreadAreWrittenInOrderBeforeTheWriterIsDestroyed)
 {
     std::string expected;
     const auto text = std::make_shared<std::string>();
     {
-        LineWriter writer({[text](std::string_view lines) { *text += lines; }});
+        LineWriter writer(appendTo(text));
         for (int i = 0; i < 1000; ++i) {
             writer.write("line " + std::to_string(i));
             expected += "line " + std::to_string(i) + "\n";
@@ -63,7 +58,7 @@ TEST(LineWriterTest, FourThreadsDoNotBreakEachOthersLines)
 {
     const auto text = std::make_shared<std::string>();
     {
-        LineWriter writer({[text](std::string_view lines) { *text += lines; }});
+        LineWriter writer(appendTo(text));
         std::vector<std::jthread> threads;
         for (const char letter : {'a', 'b', 'c', 'd'}) {
             threads.emplace_back([&writer, letter] {
@@ -77,141 +72,75 @@ TEST(LineWriterTest, FourThreadsDoNotBreakEachOthersLines)
         EXPECT_EQ(text->substr(at, 21), std::string(20, (*text)[at]) + "\n");
 }
 
-TEST(LineWriterTest, ALineWithALineBreakIsOneLineAndOneOf100000BytesIsCutOff)
+TEST(LineWriterTest, ALineBreakIsEscapedAndALineOf8193BytesIsCut)
 {
     const auto text = std::make_shared<std::string>();
     {
-        LineWriter writer({[text](std::string_view lines) { *text += lines; }});
-        writer.write("one\ntwo");
-        writer.write(std::string(100'000, 'x'));
+        LineWriter writer(appendTo(text));
+        writer.write("one\ntwo\x1b[2J");
+        writer.write(std::string(8192, 'x'));
+        writer.write(std::string(8193, 'y'));
     }
-    EXPECT_THAT(*text, StartsWith("one\\ntwo\nxxx"));
-    EXPECT_EQ(text->size(), std::string("one\\ntwo\n").size() + 8 * 1024 + 4);
+    EXPECT_EQ(
+        *text, "one\\ntwo\\x1b[2J\n" + std::string(8192, 'x') + "\n" + std::string(8192, 'y') + "...\n");
 }
 
-TEST(LineWriterTest, WhileTheSinkHangs256KiBWaitAndTheRestIsLostAndTold)
+TEST(LineWriterTest, ALineIsWrittenByAnotherThreadWithoutWaitingForFurtherLines)
 {
-    const auto gate = std::make_shared<Gate>();
+    std::promise<std::thread::id> written;
+    LineWriter writer([&](std::string_view) { written.set_value(std::this_thread::get_id()); });
+    writer.write("Pinging...");
+    EXPECT_NE(written.get_future().get(), std::this_thread::get_id());
+}
+
+TEST(LineWriterTest, AHungDestinationBlocksNobodyAndBeyond256KiBLinesAreDroppedAndCounted)
+{
+    const auto destination = std::make_shared<HungDestination>();
     {
-        LineWriter writer(gate->sink(gate));
+        LineWriter writer(HungDestination::sink(destination));
         writer.write("first");
-        gate->entered.get_future().wait();
-        const std::string line(1023, 'x');
+        destination->entered.get_future().wait();
         for (int i = 0; i < 300; ++i)
-            writer.write(line);
-        gate->open.set_value();
+            writer.write(std::string(1023, 'x'));
+        destination->resume.set_value();
     }
-    EXPECT_EQ(gate->taken.substr(0, 6), "first\n");
-    EXPECT_THAT(gate->taken, EndsWith("x\n(44 lines lost)\n"));
-    EXPECT_EQ(gate->taken.size(), 6 + 256 * 1024 + std::string("(44 lines lost)\n").size());
+    EXPECT_THAT(destination->taken, StartsWith("first\nxxx"));
+    EXPECT_THAT(destination->taken, EndsWith("x\n(44 lines lost)\n"));
+    EXPECT_EQ(destination->taken.size(), 6 + 256 * 1024 + std::string("(44 lines lost)\n").size());
 }
 
-TEST(LineWriterTest, AWriterWhoseSinkHangsGoesAllTheSame)
+TEST(LineWriterTest, AfterADropTheNextLinesAreWrittenAgain)
 {
-    const auto gate = std::make_shared<Gate>();
+    const auto destination = std::make_shared<HungDestination>();
+    std::promise<void> caughtUp;
+    {
+        LineWriter writer([&, sink = HungDestination::sink(destination)](std::string_view lines) {
+            sink(lines);
+            if (lines.find("lost") != lines.npos)
+                caughtUp.set_value();
+        });
+        writer.write("first");
+        destination->entered.get_future().wait();
+        for (int i = 0; i < 257; ++i)
+            writer.write(std::string(1023, 'x'));
+        destination->resume.set_value();
+        caughtUp.get_future().wait();
+        writer.write("last");
+    }
+    EXPECT_THAT(destination->taken, EndsWith("x\n(1 lines lost)\nlast\n"));
+}
+
+TEST(LineWriterTest, TheDestructorDoesNotWaitForAHungDestination)
+{
+    const auto destination = std::make_shared<HungDestination>();
     const auto start = std::chrono::steady_clock::now();
     {
-        LineWriter writer(gate->sink(gate));
+        LineWriter writer(HungDestination::sink(destination));
         writer.write("first");
-        gate->entered.get_future().wait();
+        destination->entered.get_future().wait();
     }
     EXPECT_LT(std::chrono::steady_clock::now() - start, 10s);
-    gate->open.set_value();
-}
-
-/// What was written in which way.
-struct TwoWays {
-    std::string atOnce;
-    std::string byThread;
-    std::thread::id thread;
-    std::size_t mostBytes = std::string::npos;
-
-    LineSink sink()
-    {
-        return {[this](std::string_view lines) { byThread += lines; },
-            [this](std::string_view lines) {
-                const std::string_view taken = lines.substr(0, mostBytes);
-                atOnce += taken;
-                thread = std::this_thread::get_id();
-                return taken.size();
-            }};
-    }
-};
-
-TEST(LineWriterTest, ALineThatNeedsNoWaitingIsWrittenByWhoeverHasIt)
-{
-    TwoWays ways;
-    LineWriter writer(ways.sink());
-    writer.write("Pinging...");
-    EXPECT_EQ(ways.atOnce, "Pinging...\n");
-    EXPECT_EQ(ways.thread, std::this_thread::get_id());
-}
-
-TEST(LineWriterTest, Of100LinesInARowNoMoreThan16In10MillisecondsAreWrittenAtOnceAndAllInOrder)
-{
-    TwoWays ways;
-    std::string expected;
-    const auto start = std::chrono::steady_clock::now();
-    {
-        LineWriter writer(ways.sink());
-        for (int i = 0; i < 100; ++i) {
-            writer.write(std::to_string(i));
-            expected += std::to_string(i) + "\n";
-        }
-    }
-    const auto periods = (std::chrono::steady_clock::now() - start) / 10ms + 1;
-    EXPECT_EQ(ways.atOnce.substr(0, 5), "0\n1\n2");
-    EXPECT_LE(std::count(ways.atOnce.begin(), ways.atOnce.end(), '\n'), 16 * periods);
-    EXPECT_EQ(ways.atOnce.size() + ways.byThread.size(), expected.size());
-    if (periods == 1) {
-        EXPECT_EQ(ways.atOnce + ways.byThread, expected);
-    }
-}
-
-TEST(LineWriterTest, WhatDoesNotGoAtOnceFollowsByTheThread)
-{
-    TwoWays ways;
-    ways.mostBytes = 4;
-    {
-        LineWriter writer(ways.sink());
-        writer.write("Socket Ready");
-    }
-    EXPECT_EQ(ways.atOnce, "Sock");
-    EXPECT_EQ(ways.byThread, "et Ready\n");
-}
-
-TEST(LineWriterTest, AFileIsNeverWrittenToAtOnceAndAPipeIs)
-{
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::tmpfile(), std::fclose);
-    Pipe pipe;
-    EXPECT_FALSE(descriptorSink(fileno(file.get())).writeAtOnce);
-    EXPECT_EQ(descriptorSink(pipe.writer()).writeAtOnce("Socket Ready\n"), 13u);
-    pipe.closeWriter();
-    EXPECT_EQ(pipe.readAll(), "Socket Ready\n");
-}
-
-TEST(LineWriterTest, NothingIsWrittenAtOnceToAFullPipeOrOneThatNobodyReads)
-{
-    Pipe pipe(O_CLOEXEC | O_NONBLOCK);
-    const LineSink sink = descriptorSink(pipe.writer());
-    while (write(pipe.writer(), "xxxx", 4) == 4) { }
-    EXPECT_EQ(sink.writeAtOnce("no room\n"), 0u);
-    pipe.closeReader();
-    EXPECT_EQ(sink.writeAtOnce("nobody\n"), 0u);
-}
-
-TEST(LineWriterTest, NothingIsWrittenAtOnceToAFullSocketOrOneThatNobodyReads)
-{
-    std::array<int, 2> ends{};
-    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()), 0);
-    const LineSink sink = descriptorSink(ends[0]);
-    std::size_t written = 0;
-    while (const std::size_t count = sink.writeAtOnce(std::string(99, 'x') + "\n"))
-        written += count;
-    EXPECT_GT(written, 1000u);
-    close(ends[1]);
-    EXPECT_EQ(sink.writeAtOnce("nobody\n"), 0u);
-    close(ends[0]);
+    destination->resume.set_value();
 }
 
 } // namespace

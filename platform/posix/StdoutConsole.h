@@ -3,17 +3,17 @@
 #include "platform/Log.h"
 #include "platform/posix/LineWriter.h"
 
+#include <unistd.h>
+
 namespace companion {
 
-/// Standard output; a reader that is slow holds up nobody. Any thread.
+/// Standard output. Any thread; a slow reader blocks nobody.
 class StdoutConsole : public Console {
 public:
-    StdoutConsole();
-
-    void print(std::string_view line) override;
+    void print(std::string_view line) override { m_writer.write(line); }
 
 private:
-    LineWriter m_writer;
+    LineWriter m_writer{descriptorSink(STDOUT_FILENO)};
 };
 
 } // namespace companion

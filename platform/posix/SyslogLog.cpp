@@ -1,9 +1,5 @@
 #include "platform/posix/SyslogLog.h"
 
-#include "platform/posix/SystemLogSocket.h"
-
-#include <algorithm>
-#include <memory>
 #include <syslog.h>
 #include <unistd.h>
 
@@ -11,33 +7,20 @@ namespace companion {
 
 namespace {
 
+/// One message per line. syslog(3) blocks while the daemon's socket is full.
 void sendToSystemLog(std::string_view lines)
 {
     while (!lines.empty()) {
-        const std::size_t length = std::min(lines.find('\n'), lines.size());
+        const std::size_t length = lines.find('\n');
         syslog(LOG_NOTICE, "%.*s", static_cast<int>(length), lines.data());
-        lines.remove_prefix(std::min(length + 1, lines.size()));
+        lines.remove_prefix(length + 1);
     }
 }
 
-/// Tells how many bytes of whole lines went out.
-std::size_t sendWithoutWaiting(SystemLogSocket& socket, std::string_view lines)
-{
-    std::size_t sent = 0;
-    while (sent < lines.size()) {
-        const std::size_t length = std::min(lines.find('\n', sent), lines.size()) - sent;
-        if (!socket.send(lines.substr(sent, length)))
-            break;
-        sent = std::min(sent + length + 1, lines.size());
-    }
-    return sent;
-}
-
-LineSink systemLogSink(const char* identity)
+LineWriter::Sink systemLogSink(const char* identity)
 {
     openlog(identity, LOG_PID, LOG_USER);
-    const auto socket = std::make_shared<SystemLogSocket>(identity);
-    return {sendToSystemLog, [socket](std::string_view lines) { return sendWithoutWaiting(*socket, lines); }};
+    return sendToSystemLog;
 }
 
 } // namespace

@@ -5,12 +5,11 @@
 
 namespace companion {
 
-/// The system's log by syslog(3), and standard error as well. Any thread.
-///
-/// Neither a log daemon that hangs nor a pipe that nobody reads holds up the caller or the other one.
+/// The system's log by syslog(3), and standard error. Any thread; neither a log daemon that hangs nor a pipe that nobody
+/// reads blocks the caller or each other.
 class SyslogLog : public SystemLog {
 public:
-    /// `identity` is what the lines in the system's log begin with; it must stay for good, like a literal.
+    /// `identity` precedes each line in the system's log; it must outlive the process's last line, like a literal.
     explicit SyslogLog(const char* identity = "panel-companion");
 
     void log(std::string_view line) override;

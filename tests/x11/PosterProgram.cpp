@@ -26,7 +26,7 @@ int main(int, char** argv)
         std::fprintf(stderr, "%s\n", whyNot.c_str());
         return 1;
     }
-    setLastWish([&](std::string_view) { poster->releaseHeldButton(); });
+    setFatalErrorHandler([&](std::string_view) { poster->releaseHeldButton(); });
 
     poster->post(MouseEvent{MouseEventType::leftDown, {100, 200}, 0});
     poster->sync();

@@ -1,8 +1,11 @@
 #include "platform/posix/FatalErrorLog.h"
 
 #include "platform/FatalError.h"
+#include "platform/posix/SyslogLog.h"
+#include "tests/support/Pipe.h"
 
 #include <array>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -11,6 +14,7 @@
 
 #include <gmock/gmock.h>
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -18,7 +22,10 @@
 namespace companion::testing {
 namespace {
 
-/// What a log daemon listens on, at a path of its own.
+using ::testing::EndsWith;
+using ::testing::KilledBySignal;
+
+/// A log daemon's socket at a path of its own.
 class LogSocket {
 public:
     LogSocket()
@@ -67,17 +74,17 @@ TEST(FatalErrorLogTest, ATextWithLineBreaksAndPercentSignsIsOneLine)
 {
     const LogSocket daemon;
     logFatalError("100%s\n%n\x1b[2J", daemon.path().c_str());
-    EXPECT_THAT(daemon.take(), ::testing::EndsWith("Fatal error: 100%s %n [2J"));
+    EXPECT_THAT(daemon.take(), EndsWith("Fatal error: 100%s %n [2J"));
 }
 
-TEST(FatalErrorLogTest, ALongTextIsCutOff)
+TEST(FatalErrorLogTest, ALongTextIsCut)
 {
     const LogSocket daemon;
     logFatalError(std::string(5000, 'x'), daemon.path().c_str());
     EXPECT_THAT(daemon.take(), ::testing::SizeIs(::testing::AllOf(::testing::Gt(900), ::testing::Lt(1024))));
 }
 
-TEST(FatalErrorLogTest, ADaemonThatTakesNothingIsNotWaitedFor)
+TEST(FatalErrorLogTest, ADaemonThatTakesNothingBlocksNobody)
 {
     const LogSocket daemon;
     for (int i = 0; i < 2000; ++i) // more than a socket's queue holds
@@ -90,16 +97,49 @@ TEST(FatalErrorLogTest, WithoutADaemonNothingHappens)
     logFatalError("no main screen", "/nonexistent/log");
 }
 
-TEST(FatalErrorLogDeathTest, AsALastWishItIsToldAndTheProcessAborts)
+TEST(FatalErrorLogDeathTest, AsTheHandlerItTellsTheLogAndTheProcessAborts)
 {
     const LogSocket daemon;
     EXPECT_EXIT(
         {
-            setLastWish([&](std::string_view what) { logFatalError(what, daemon.path().c_str()); });
+            setFatalErrorHandler([&](std::string_view what) { logFatalError(what, daemon.path().c_str()); });
             fatalError("no main screen");
         },
-        ::testing::KilledBySignal(SIGABRT), "Fatal error: no main screen");
-    EXPECT_THAT(daemon.take(), ::testing::EndsWith(": Fatal error: no main screen"));
+        KilledBySignal(SIGABRT), "Fatal error: no main screen");
+    EXPECT_THAT(daemon.take(), EndsWith(": Fatal error: no main screen"));
+}
+
+/// Makes a pipe that takes nothing more the standard error, in which a writer's thread blocks.
+void failWithHungStandardError(const std::string& logSocket)
+{
+    const Pipe pipe(O_CLOEXEC | O_NONBLOCK);
+    while (write(pipe.writer(), "xxxx", 4) > 0) { }
+    fcntl(pipe.writer(), F_SETFL, 0);
+    dup2(pipe.writer(), STDERR_FILENO);
+    SyslogLog log;
+    log.log("a line that cannot be written");
+    setFatalErrorHandler([&](std::string_view what) { logFatalError(what, logSocket.c_str()); });
+    fatalError("no main screen");
+}
+
+TEST(FatalErrorLogDeathTest, AHungStandardErrorKeepsTheLineNeitherFromTheLogNorTheProcessFromAborting)
+{
+    const LogSocket daemon;
+    EXPECT_EXIT(failWithHungStandardError(daemon.path()), KilledBySignal(SIGABRT), "");
+    EXPECT_THAT(daemon.take(), EndsWith(": Fatal error: no main screen"));
+}
+
+TEST(FatalErrorLogDeathTest, AStandardErrorWithoutAReaderStillEndsInSigabrt)
+{
+    EXPECT_EXIT(
+        {
+            std::signal(SIGPIPE, SIG_DFL);
+            Pipe pipe;
+            pipe.closeReader();
+            dup2(pipe.writer(), STDERR_FILENO);
+            fatalError("no main screen");
+        },
+        KilledBySignal(SIGABRT), "");
 }
 
 } // namespace
