@@ -215,7 +215,7 @@ DashboardDependencies Composition::Works::dashboardDependencies(QtDashboardView&
         .log = m_log,
         .panelRequestHost = {*m_httpSession, m_interfaceAddresses, m_interfaceName, m_console},
         .touch = {m_sockets, m_clock, pause, m_screen, poster, m_options.touchFrom},
-        .upload = {m_fileChooser, m_fileReader, m_application},
+        .upload = {m_fileChooser, m_fileReader, m_application, poster},
         .makeDevicesListController =
             [this, &view] {
                 auto controller =

@@ -74,7 +74,7 @@ protected:
         return DashboardViewController::make(
             {view, alerts, queue, log, PanelRequestHost{http, addresses, interfaceName, silentConsole},
                 {sockets, clock, pause, screen, countingPoster, source},
-                {fileChooser, fileReader, application}, {}, {}});
+                {fileChooser, fileReader, application, poster}, {}, {}});
     }
 
     CountingPoster countingPoster;

@@ -50,6 +50,15 @@ TEST_F(DashboardFileUploadTest, LoadingFillsTheListsAndReadiesTheDropArea)
     EXPECT_EQ(taken(), "drop image fileUploadGridActive; arrow image uploadArrowActive");
 }
 
+TEST_F(DashboardFileUploadTest, TheHeldButtonIsReleasedBeforeTheFileIsRead)
+{
+    pair();
+    dashboard->uploadFileURL(file("/home/ada/a.png"));
+    EXPECT_EQ(poster.touchesEnded, 0);
+    queue.advance(500ms);
+    EXPECT_EQ(poster.touchesEnded, 1);
+}
+
 TEST_F(DashboardFileUploadTest, WithoutAPanelTheButtonShowsNoOpenPanel)
 {
     dashboard->uploadFileAction();

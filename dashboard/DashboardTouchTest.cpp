@@ -76,6 +76,37 @@ TEST_F(DashboardTouchTest, ASocketConnectedToPort41863IsNotBoundAndOneConnectedT
     EXPECT_THAT(transcript.lines(), ::testing::Contains("bind 41863"));
 }
 
+TEST_F(DashboardTouchTest, TouchesBeginOnceThePortIsOpenAndNotWhenItCannotBeBound)
+{
+    view.wirelessTouchSwitch().setChecked(true);
+    sockets.bindError = "Address already in use";
+    dashboard->initiateTouchBack();
+    EXPECT_EQ(poster.touchesBegan, 0);
+    sockets.bindError.reset();
+    dashboard->initiateTouchBack();
+    EXPECT_EQ(poster.touchesBegan, 1);
+}
+
+TEST_F(DashboardTouchTest, TheHeldButtonIsReleasedWhenTheSwitchIsTurnedOffAlthoughTheSocketStaysOpen)
+{
+    pickRoom204();
+    clickSwitch();
+    poster.touchesEnded = 0;
+    clickSwitch();
+    EXPECT_EQ(poster.touchesEnded, 1);
+}
+
+TEST_F(DashboardTouchTest, TheHeldButtonIsReleasedWhenCastingStopsOrThePanelIsUnpaired)
+{
+    openTouchPort();
+    poster.touchesEnded = 0;
+    dashboard->stopScreenCast();
+    EXPECT_EQ(poster.touchesEnded, 1);
+    poster.touchesEnded = 0;
+    dashboard->deviceDisconnecetd();
+    EXPECT_EQ(poster.touchesEnded, 1);
+}
+
 TEST_F(DashboardTouchTest, DisablingLeavesTheSocketOpenAndItsTouchesCount)
 {
     pickRoom204();

@@ -304,6 +304,8 @@ void DashboardViewController::initiateHDMITouchbackEnabled(bool enabled, bool is
 {
     if (enabled)
         initiateTouchBack();
+    else
+        m_touchReception.releaseHeldButton();
     m_hdmiTouchback->enableHDMITouchback(enabled, isHDMI, m_panel->ipAddress);
 }
 

@@ -423,7 +423,7 @@ TEST_F(DashboardViewControllerTest, FailuresOnTwoThreadsAtOnceEndTheSessionOnce)
     MeetingLog meetingLog;
     dashboard = DashboardViewController::make(
         {view, alerts, queue, meetingLog, PanelRequestHost{http, addresses, interfaceName, console},
-            {sockets, clock, pause, screen, poster}, {fileChooser, fileReader, application}, {}, {}});
+            {sockets, clock, pause, screen, poster}, {fileChooser, fileReader, application, poster}, {}, {}});
     dashboard->viewDidLoad();
     for (int round = 0; round < 500; ++round) {
         startCasting();

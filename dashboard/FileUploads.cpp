@@ -69,6 +69,7 @@ void FileUploads::classifyUploadFile(const FileUrl& url)
     const std::string fileType = fileTypeText(fileCategory(extension, m_fileTypes), extension);
     m_log.log("File type " + fileType);
 
+    m_dependencies.mouseEventPoster.touchesEnd(); // they wait while the main thread reads the file
     UploadDataToHost upload(m_host);
     upload.initWith(fileType, m_dependencies.fileReader.readFile(url.path()), fileName, m_panel->ipAddress);
     auto percent = std::make_shared<UploadPercent>(0);

@@ -7,6 +7,7 @@
 #include "platform/Application.h"
 #include "platform/FileChooser.h"
 #include "platform/FileReader.h"
+#include "platform/MouseEventPoster.h"
 
 #include <memory>
 
@@ -17,6 +18,7 @@ struct FileUploadDependencies {
     FileChooser& fileChooser;
     FileReader& fileReader;
     Application& application;
+    MouseEventPoster& mouseEventPoster; ///< Holds no button while a file is read.
 };
 
 /// A file's way from the button or the drop area to the request. Main thread only.

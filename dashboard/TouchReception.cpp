@@ -22,6 +22,7 @@ TouchReception::TouchReception(
 bool TouchReception::open()
 {
     // The port is never shared: the old socket has to release it before the new one binds.
+    releaseHeldButton();
     m_socket.reset();
     m_socket = m_dependencies.sockets.makeSocket(*this, "client udp socket");
     if (const auto error = m_socket->enableBroadcast(true)) {
@@ -39,6 +40,7 @@ bool TouchReception::open()
         return false;
     }
     m_log.log("Socket Ready");
+    m_dependencies.mouseEventPoster.touchesBegin();
     return true;
 }
 
@@ -46,6 +48,7 @@ void TouchReception::close()
 {
     if (m_socket)
         m_socket->close();
+    releaseHeldButton();
 }
 
 void TouchReception::udpSocketDidReceiveData(

@@ -38,6 +38,10 @@ public:
     /// Replaces the socket by a new one. False, with a line in the log, when it cannot receive.
     bool open();
     void close();
+
+    /// For when the panel is told to send no more touches, or they have to wait: the finger's "UP" may never arrive. The
+    /// socket stays open.
+    void releaseHeldButton() { m_dependencies.mouseEventPoster.touchesEnd(); }
     bool isOpen() const { return m_socket && !m_socket->isClosed(); }
 
     /// Injects one touch; drops one from another source, and a record with fewer than four fields.

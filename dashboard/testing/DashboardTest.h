@@ -54,7 +54,8 @@ protected:
     DashboardDependencies dependencies()
     {
         return {view, alerts, queue, log, PanelRequestHost{http, addresses, interfaceName, console},
-            {sockets, clock, pause, screen, poster, touchSource}, {fileChooser, fileReader, application},
+            {sockets, clock, pause, screen, poster, touchSource},
+            {fileChooser, fileReader, application, poster},
             [this] {
                 ++devicesListsMade;
                 return std::make_unique<DevicesListViewController>(devicesListView, browsers, log);

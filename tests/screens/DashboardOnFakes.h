@@ -51,7 +51,7 @@ struct DashboardOnFakes {
             .log = log,
             .panelRequestHost = {httpSession, interfaceAddresses, interfaceNameRule, console},
             .touch = {sockets, clock, pause, screen, poster},
-            .upload = {fileChooser, fileReader, application},
+            .upload = {fileChooser, fileReader, application, poster},
             .makeDevicesListController =
                 [this] {
                     auto list =
