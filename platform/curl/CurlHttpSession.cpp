@@ -18,6 +18,14 @@ constexpr std::chrono::milliseconds longestWait = std::chrono::seconds(1);
 
 } // namespace
 
+/// If libcurl's wake-up fails, the thread still looks within a second. Needs the lock.
+void CurlHttpSession::Shared::wakeThread()
+{
+    changed.notify_one();
+    if (multi)
+        curl_multi_wakeup(multi);
+}
+
 CurlHttpSession::CurlHttpSession(SystemLog& log)
     : m_log(log)
 {
@@ -32,9 +40,7 @@ CurlHttpSession::~CurlHttpSession()
     {
         const std::lock_guard lock(m_shared.mutex);
         m_shared.isStopping = true;
-        m_shared.changed.notify_one();
-        if (m_shared.multi)
-            curl_multi_wakeup(m_shared.multi); // if it fails, the thread looks within a second
+        m_shared.wakeThread();
     }
     m_thread.join();
     while (!m_running.empty())
@@ -47,9 +53,7 @@ void CurlHttpSession::send(HttpRequest request, HttpCompletion completion)
     auto transfer = std::make_unique<CurlTransfer>(std::move(request), std::move(completion));
     const std::lock_guard lock(m_shared.mutex);
     m_shared.newTransfers.push_back(std::move(transfer));
-    m_shared.changed.notify_one();
-    if (m_shared.multi)
-        curl_multi_wakeup(m_shared.multi); // if it fails, the thread looks within a second
+    m_shared.wakeThread();
     if (!m_thread.joinable()) {
         const BlockedSignals blockedSignals;
         m_thread = std::thread([this] { run(); });

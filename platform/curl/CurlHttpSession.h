@@ -33,6 +33,8 @@ private:
 
     /// What the callers' threads and the session's thread share.
     struct Shared {
+        void wakeThread();
+
         std::mutex mutex;
         std::condition_variable changed;
         Transfers newTransfers;

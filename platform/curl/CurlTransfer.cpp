@@ -25,6 +25,21 @@ std::uint64_t sizeOf(const std::optional<HttpBody>& body)
     return size;
 }
 
+/// False if libcurl has picked one of several lengths, or the digits at the start of a text (RFC 9112, section 6.3).
+bool hasOneLength(const std::vector<HttpHeader>& headers)
+{
+    const std::string* length = nullptr;
+    for (const HttpHeader& header : headers) {
+        if (!curl_strequal(header.name.c_str(), "Content-Length"))
+            continue;
+        if (header.value.find_first_not_of("0123456789") != std::string::npos
+            || (length && *length != header.value))
+            return false;
+        length = &header.value;
+    }
+    return true;
+}
+
 } // namespace
 
 CurlTransfer::CurlTransfer(HttpRequest request, HttpCompletion completion)
@@ -64,8 +79,8 @@ void CurlTransfer::setOptions()
     set(CURLOPT_PATH_AS_IS, 1L);
     set(CURLOPT_PROTOCOLS_STR, "http");
     set(CURLOPT_PROXY, ""); // the environment's as well
-    set(CURLOPT_FORBID_REUSE,
-        1L); // on a reused connection that is dead, libcurl would send the request again
+    // On a reused connection that is dead, libcurl would send the request again.
+    set(CURLOPT_FORBID_REUSE, 1L);
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(m_request.timeout.count()));
     if (m_request.longestDuration)
@@ -182,6 +197,10 @@ void CurlTransfer::finish(CURLcode result)
         return;
     }
     UrlResponse response{m_request.url, static_cast<int>(m_status), replyHeaders()};
+    if (!hasOneLength(response.headers)) {
+        fail("The reply's length is ambiguous");
+        return;
+    }
     m_completion({std::move(m_body), std::move(response), std::nullopt});
 }
 
@@ -191,7 +210,7 @@ bool CurlTransfer::hasWholeReply(CURLcode result) const
 {
     if (!m_hasFinalHeaders)
         return false;
-    if (m_status == 101 || m_status == 204 || m_status == 304)
+    if (m_status == 101)
         return true;
     const auto length = info<curl_off_t>(CURLINFO_CONTENT_LENGTH_DOWNLOAD_T);
     if (length >= 0)

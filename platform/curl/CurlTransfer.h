@@ -44,7 +44,7 @@ public:
     /// Measures what has moved. An error if that was nothing for too long, or too much.
     CURLcode check(TimePoint now);
 
-    /// When `check` would find the transfer idle for too long.
+    /// When `check` may find the transfer idle for too long.
     TimePoint deadline() const { return m_lastActivity + m_request.timeout; }
 
     void fail(std::string error);
