@@ -9,7 +9,7 @@
 #include "platform/FatalError.h"
 #include "platform/FlushingPause.h"
 #include "platform/posix/FatalErrorLog.h"
-#include "platform/posix/PosixAsyncUdpSocketFactory.h"
+#include "platform/posix/PosixAsyncUdpSocket.h"
 #include "platform/posix/PosixFileReader.h"
 #include "platform/posix/PosixInterfaceAddresses.h"
 #include "platform/posix/RoutedInterfaceName.h"
@@ -20,9 +20,8 @@
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/QtApplicationActivation.h"
 #include "platform/qt/QtFileChooser.h"
-#include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtScreen.h"
-#include "platform/qt/WidgetTracking.h"
+#include "platform/qt/WidgetMainQueue.h"
 #include "platform/x11/XTestMouseEventPoster.h"
 #include "ui/MainWindow.h"
 #include "ui/QtDashboardView.h"
@@ -75,7 +74,7 @@ std::string joined(const std::vector<std::string>& names)
 /// for none of it.
 class Composition::Works {
 public:
-    Works(const Options& options, QtMainQueue& mainQueue, MainWindow& window);
+    Works(const Options& options, WidgetMainQueue& mainQueue, MainWindow& window);
     ~Works();
 
     void showDashboard();
@@ -89,7 +88,7 @@ private:
     DashboardDependencies dashboardDependencies(QtDashboardView& view);
 
     const Options& m_options;
-    QtMainQueue& m_mainQueue;
+    WidgetMainQueue& m_mainQueue;
     MainWindow& m_window;
 
     SyslogLog m_log{"panel-companion"};
@@ -116,20 +115,20 @@ private:
     std::shared_ptr<DashboardViewController> m_dashboard;
 };
 
-Composition::Works::Works(const Options& options, QtMainQueue& mainQueue, MainWindow& window)
+Composition::Works::Works(const Options& options, WidgetMainQueue& mainQueue, MainWindow& window)
     : m_options(options)
     , m_mainQueue(mainQueue)
     , m_window(window)
     , m_screen(options.screenName)
     , m_interfaceName(options.interfaceName)
     , m_panels(options.panels, m_announcedPanels, m_mainQueue)
-    , m_sockets(
-          m_mainQueue, m_log,
-          [this] {
-              if (m_xtestPoster)
-                  m_xtestPoster->flush();
-          },
-          [this] { letGo(); })
+    , m_sockets(m_mainQueue, m_log,
+          {.afterSlice =
+                  [this] {
+                      if (m_xtestPoster)
+                          m_xtestPoster->flush();
+                  },
+              .afterClose = [this] { letGo(); }})
 {
     tellUnknownScreen();
     openPoster();
@@ -239,7 +238,7 @@ private:
     void endOnSignal();
 
     const Options m_options;
-    QtMainQueue m_mainQueue{isTrackingWidgets};
+    WidgetMainQueue m_mainQueue;
     MainWindow m_window;
 
     // These go after the works, which let go the button: a second signal must not come before that.

@@ -16,7 +16,7 @@
 #include "cli/XTestDisplayProbe.h"
 #include "platform/avahi/AvahiServiceBrowser.h"
 #include "platform/curl/CurlHttpSession.h"
-#include "platform/posix/PosixAsyncUdpSocketFactory.h"
+#include "platform/posix/PosixAsyncUdpSocket.h"
 #include "platform/posix/PosixFileReader.h"
 #include "platform/posix/PosixInterfaceAddresses.h"
 #include "platform/posix/RoutedInterfaceName.h"

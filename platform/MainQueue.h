@@ -6,16 +6,10 @@
 
 namespace companion {
 
-/// A running timer; destroying it invalidates it, after which no tick comes any more. Main thread only.
+/// A running timer; no tick comes after it is destroyed. Main thread only.
 class RepeatingTimer {
 public:
     virtual ~RepeatingTimer() = default;
-};
-
-/// A descriptor that is being looked at; destroying it ends that, also from within its job. Main thread only.
-class ReadableWatch {
-public:
-    virtual ~ReadableWatch() = default;
 };
 
 /// The main thread's work: first in, first out, one job at a time, never re-entered.
@@ -36,10 +30,6 @@ public:
     /// Calls `tick` every `interval`, the first time one interval from now, until the timer is destroyed.
     /// A tick that would fall into an alert, a menu or a pop-up is dropped; the rhythm stays. Main thread only.
     virtual std::unique_ptr<RepeatingTimer> repeat(std::chrono::nanoseconds interval, Job tick) = 0;
-
-    /// Runs `job` between two other jobs whenever there is something to read from the descriptor, again and again until
-    /// it is read or the watch is destroyed, which must be before the descriptor is closed. Main thread only.
-    virtual std::unique_ptr<ReadableWatch> whenReadable(int descriptor, Job job) = 0;
 };
 
 } // namespace companion

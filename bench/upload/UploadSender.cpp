@@ -31,10 +31,6 @@ public:
     {
         throw std::logic_error("an upload repeats nothing");
     }
-    std::unique_ptr<ReadableWatch> whenReadable(int, Job) override
-    {
-        throw std::logic_error("an upload watches nothing");
-    }
 };
 
 /// Holds what the user would be told.

@@ -1,7 +1,7 @@
 #include "platform/posix/DatagramDelivery.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
-#include <chrono>
 #include <cstring>
 #include <utility>
 
@@ -13,9 +13,11 @@ using SteadyClock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds sliceLength{5};
 
-// All else can be spared: a finger that moves sends hundreds of moves, of which losing some costs nothing but
-// smoothness, and what is no touch is worth nothing.
-const std::vector<std::string> pressesAndReleases{"DOWN,", "UP,"};
+/// A moving finger sends hundreds of moves, of which losing some costs nothing but smoothness.
+bool isPressOrRelease(std::string_view data)
+{
+    return data.starts_with("DOWN,") || data.starts_with("UP,");
+}
 
 std::string numericText(const in6_addr& address)
 {
@@ -29,28 +31,43 @@ std::string numericText(const in6_addr& address)
 
 } // namespace
 
+struct DatagramDelivery::Record {
+    TimePoint receivedAt;
+    DatagramSource source;
+    std::uint16_t size = 0;
+};
+
 DatagramDelivery::DatagramDelivery(AsyncUdpSocket& socket, AsyncUdpSocketDelegate& delegate,
     MainQueue& mainQueue, std::function<void()> afterSlice)
     : m_socket(socket)
     , m_delegate(delegate)
     , m_mainQueue(mainQueue)
     , m_afterSlice(std::move(afterSlice))
-    , m_queue(pressesAndReleases)
-    , m_sender{numericText(m_source.address), m_source.port}
+    , m_sender{numericText(m_source.address)}
 {
+}
+
+bool DatagramDelivery::offer(const DatagramSource& source, std::string_view data, TimePoint receivedAt)
+{
+    const Record record{receivedAt, source, static_cast<std::uint16_t>(data.size())};
+    static_assert(sizeof record == 32);
+    const std::lock_guard lock(m_buffer.mutex);
+    if (!hasRoom(data))
+        return false;
+    write(&record, sizeof record);
+    write(data.data(), data.size());
+    ++m_buffer.records;
+    return true;
 }
 
 void DatagramDelivery::wake()
 {
-    if (!m_isWakePending.exchange(true))
-        m_mainQueue.async([this] { runSlice(); });
-}
-
-void DatagramDelivery::deliverNow()
-{
-    // Where a wake-up is pending, that one delivers.
-    if (!m_isWakePending.exchange(true))
-        runSlice();
+    {
+        const std::lock_guard lock(m_buffer.mutex);
+        if (std::exchange(m_buffer.isWakePending, true))
+            return;
+    }
+    m_mainQueue.async([self = shared_from_this()] { self->deliverSlice(); });
 }
 
 void DatagramDelivery::deliverAll()
@@ -67,55 +84,80 @@ void DatagramDelivery::deliverOne()
     wake();
 }
 
-void DatagramDelivery::runSlice()
+bool DatagramDelivery::hasRoom(std::string_view data) const
 {
-    const auto sliceEnd = SteadyClock::now() + sliceLength;
+    const std::size_t bytes = m_buffer.written - m_buffer.read + sizeof(Record) + data.size();
+    const std::size_t records = m_buffer.records + 1;
+    if (bytes <= maxBytes / 8 * 7 && records <= maxRecords / 8 * 7)
+        return true;
+    return bytes <= maxBytes && records <= maxRecords && isPressOrRelease(data);
+}
+
+void DatagramDelivery::write(const void* bytes, std::size_t size)
+{
+    const std::size_t start = m_buffer.written % maxBytes;
+    const std::size_t beforeEnd = std::min(size, maxBytes - start);
+    std::copy_n(static_cast<const char*>(bytes), beforeEnd, &m_buffer.bytes[start]);
+    std::copy_n(static_cast<const char*>(bytes) + beforeEnd, size - beforeEnd, &m_buffer.bytes[0]);
+    m_buffer.written += size;
+}
+
+void DatagramDelivery::read(void* bytes, std::size_t size)
+{
+    const std::size_t start = m_buffer.read % maxBytes;
+    const std::size_t beforeEnd = std::min(size, maxBytes - start);
+    std::copy_n(&m_buffer.bytes[start], beforeEnd, static_cast<char*>(bytes));
+    std::copy_n(&m_buffer.bytes[0], size - beforeEnd, static_cast<char*>(bytes) + beforeEnd);
+    m_buffer.read += size;
+}
+
+void DatagramDelivery::deliverSlice()
+{
+    const auto end = SteadyClock::now() + sliceLength;
     bool hasDelivered = false;
     bool isTimeOver = false;
-    do {
-        while (!isTimeOver && isWanted() && !m_queue.isEmpty()) {
-            deliverFront();
-            hasDelivered = true;
-            // One datagram alone, the usual case, asks for the time only once.
-            isTimeOver = !m_queue.isEmpty() && SteadyClock::now() >= sliceEnd;
-        }
-    } while (!isTimeOver && !mayRest());
-
+    while (!isTimeOver && takeNext()) {
+        m_delegate.udpSocketDidReceiveData(m_socket, m_data, m_sender);
+        hasDelivered = true;
+        isTimeOver = SteadyClock::now() >= end;
+    }
     if (hasDelivered && m_afterSlice)
         m_afterSlice();
     if (isTimeOver && m_isOpen)
-        m_mainQueue.async([this] { runSlice(); }); // still the one wake-up that is pending
+        m_mainQueue.async(
+            [self = shared_from_this()] { self->deliverSlice(); }); // still the only pending job
 }
 
-void DatagramDelivery::deliverFront()
+/// Moves the next datagram to `m_data` and `m_sender`; false, with no job pending any more, if there is none to deliver.
+bool DatagramDelivery::takeNext()
 {
-    const Datagram datagram = m_queue.front();
+    Record record;
+    {
+        const std::lock_guard lock(m_buffer.mutex);
+        const bool isWanted = m_isOpen && (m_deliversAll || m_wanted > 0);
+        m_buffer.isWakePending = isWanted && m_buffer.records > 0;
+        if (!m_buffer.isWakePending)
+            return false;
+        read(&record, sizeof record);
+        m_data.resize(record.size);
+        read(m_data.data(), record.size);
+        if (--m_buffer.records == 0)
+            m_buffer.read = m_buffer.written = 0; // the same few pages again
+    }
     if (!m_deliversAll)
         --m_wanted;
-    noteSender(datagram.source);
-    m_delegate.udpSocketDidReceiveData(m_socket, datagram.data, m_sender);
-    m_queue.pop();
+    noteSender(record);
+    return true;
 }
 
-/// Ends the pending wake-up, unless something came since the last look that nobody else will deliver.
-bool DatagramDelivery::mayRest()
+/// Touches come from one panel for minutes on end: its address is turned into text once.
+void DatagramDelivery::noteSender(const Record& record)
 {
-    // Read and written in one step: what the receive thread put in before it found the wake-up still pending
-    // must be seen by the look at the queue that follows.
-    m_isWakePending.exchange(false);
-    if (!isWanted() || m_queue.isEmpty())
-        return true;
-    return m_isWakePending.exchange(true);
-}
-
-/// Touches come from one panel for minutes on end: its address becomes text once.
-void DatagramDelivery::noteSender(const DatagramSource& source)
-{
-    if (std::memcmp(&source.address, &m_source.address, sizeof source.address) != 0)
-        m_sender.host = numericText(source.address);
-    m_sender.port = source.port;
-    m_sender.receivedAt = SteadyClock::now();
-    m_source = source;
+    if (std::memcmp(&record.source.address, &m_source.address, sizeof m_source.address) != 0)
+        m_sender.host = numericText(record.source.address);
+    m_source = record.source;
+    m_sender.port = record.source.port;
+    m_sender.receivedAt = record.receivedAt;
 }
 
 } // namespace companion

@@ -4,28 +4,32 @@
 #include "platform/Log.h"
 #include "platform/MainQueue.h"
 
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <string>
+#include <thread>
 
 namespace companion {
 
 class DatagramDelivery;
-class UdpReceiver;
 
-/// A UDP socket for IPv6 and IPv4 that loses nothing while the main thread is busy. A port is never shared: no
-/// address-reuse flag is set, so a port that somebody has is an error, and nobody can take ours.
+/// What a socket calls on the main thread; each may be empty.
+struct UdpSocketHooks {
+    std::function<void()> afterSlice = {}; ///< After a run of deliveries, before other jobs get their turn.
+    std::function<void()> afterClose = {};
+};
+
+/// A UDP socket for IPv6 and IPv4. A thread of its own reads it, so that nothing is lost while the main thread is busy.
+///
+/// A port is never shared: no address-reuse flag is set, so that binding a port in use fails, and nobody can take ours.
 class PosixAsyncUdpSocket : public AsyncUdpSocket {
 public:
-    /// What is asked of the system: a burst of 10,000 touches fits. The system may grant less.
+    /// What the system is asked for: a burst of 10,000 touches fits. It may grant less.
     static constexpr int wantedReceiveBuffer = 4 << 20;
 
-    /// All must outlive the socket; the main queue's jobs may outlive it. `afterSlice`, which may be empty, is
-    /// called on the main thread after each run of datagrams that were delivered in one go, and so is `afterClose`
-    /// once the socket is closed.
+    /// All must outlive the socket. `queueLabel` names the thread, cut to the 15 bytes that the system shows.
     PosixAsyncUdpSocket(AsyncUdpSocketDelegate& delegate, std::string queueLabel, MainQueue& mainQueue,
-        SystemLog& log, std::function<void()> afterSlice, std::function<void()> afterClose = {});
+        SystemLog& log, UdpSocketHooks hooks = {});
     ~PosixAsyncUdpSocket() override;
     PosixAsyncUdpSocket(const PosixAsyncUdpSocket&) = delete;
     PosixAsyncUdpSocket& operator=(const PosixAsyncUdpSocket&) = delete;
@@ -46,17 +50,17 @@ public:
 
 private:
     void open();
-    void askForReceiveBuffer();
+    void requestReceiveBuffer();
     std::optional<Error> unusable() const;
-    std::optional<Error> startReceiver();
-    void closeDelivery();
+    std::optional<Error> startReceiving();
+    void stopReceiving();
+    void receive(const std::stop_token& stop);
 
     AsyncUdpSocketDelegate& m_delegate;
     const std::string m_queueLabel;
     MainQueue& m_mainQueue;
     SystemLog& m_log;
-    const std::function<void()> m_afterSlice;
-    const std::function<void()> m_afterClose;
+    const UdpSocketHooks m_hooks;
 
     int m_socket = -1;
     bool m_isIPv6 = true;
@@ -64,7 +68,21 @@ private:
     bool m_isClosed = false;
     std::string m_openError;
     std::shared_ptr<DatagramDelivery> m_delivery;
-    std::unique_ptr<UdpReceiver> m_receiver;
+    std::jthread m_thread;
+};
+
+/// Makes `PosixAsyncUdpSocket`s. Main thread only; the queue and the log must outlive the factory and its sockets.
+class PosixAsyncUdpSocketFactory : public AsyncUdpSocketFactory {
+public:
+    PosixAsyncUdpSocketFactory(MainQueue& mainQueue, SystemLog& log, UdpSocketHooks hooks = {});
+
+    std::unique_ptr<AsyncUdpSocket> makeSocket(
+        AsyncUdpSocketDelegate& delegate, const std::string& queueLabel) override;
+
+private:
+    MainQueue& m_mainQueue;
+    SystemLog& m_log;
+    const UdpSocketHooks m_hooks;
 };
 
 } // namespace companion

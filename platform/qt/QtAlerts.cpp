@@ -56,7 +56,7 @@ QMessageBox* makeBox(const QString& message, const QString& informativeText)
 
 } // namespace
 
-QtAlerts::QtAlerts(QtMainQueue& mainQueue)
+QtAlerts::QtAlerts(WidgetMainQueue& mainQueue)
     : m_mainQueue(mainQueue)
 {
 }

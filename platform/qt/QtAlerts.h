@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Alerts.h"
-#include "platform/qt/QtMainQueue.h"
+#include "platform/qt/WidgetMainQueue.h"
 
 namespace companion {
 
@@ -9,7 +9,7 @@ namespace companion {
 class QtAlerts : public Alerts {
 public:
     /// `mainQueue` must outlive the alerts and stands still while one is open.
-    explicit QtAlerts(QtMainQueue& mainQueue);
+    explicit QtAlerts(WidgetMainQueue& mainQueue);
 
     bool runModal(const std::string& message, const std::string& informativeText) override;
 
@@ -17,7 +17,7 @@ public:
     void programEnds() { m_doesProgramEnd = true; }
 
 private:
-    QtMainQueue& m_mainQueue;
+    WidgetMainQueue& m_mainQueue;
     bool m_doesProgramEnd = false;
 };
 

@@ -47,7 +47,7 @@ std::optional<QString> chosenFile(QFileDialog& dialog)
 
 } // namespace
 
-QtFileChooser::QtFileChooser(QtMainQueue& mainQueue, SystemLog& log)
+QtFileChooser::QtFileChooser(WidgetMainQueue& mainQueue, SystemLog& log)
     : m_mainQueue(mainQueue)
     , m_log(log)
 {

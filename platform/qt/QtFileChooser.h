@@ -2,7 +2,7 @@
 
 #include "platform/FileChooser.h"
 #include "platform/Log.h"
-#include "platform/qt/QtMainQueue.h"
+#include "platform/qt/WidgetMainQueue.h"
 
 namespace companion {
 
@@ -10,14 +10,14 @@ namespace companion {
 class QtFileChooser : public FileChooser {
 public:
     /// Both must outlive the chooser; `mainQueue` stands still while the dialog is open.
-    QtFileChooser(QtMainQueue& mainQueue, SystemLog& log);
+    QtFileChooser(WidgetMainQueue& mainQueue, SystemLog& log);
 
     /// A choice that is no readable file, or that was typed in and is of another type, counts as none and is logged.
     std::optional<FileUrl> runOpenPanel(
         const std::vector<std::string>& allowedFileTypes, UserFolder startingFolder) override;
 
 private:
-    QtMainQueue& m_mainQueue;
+    WidgetMainQueue& m_mainQueue;
     SystemLog& m_log;
 };
 

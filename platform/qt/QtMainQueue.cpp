@@ -1,44 +1,41 @@
 #include "platform/qt/QtMainQueue.h"
 
 #include <algorithm>
-#include <tuple>
+#include <cerrno>
+#include <sys/eventfd.h>
+#include <system_error>
+#include <unistd.h>
 #include <utility>
+
+#include <QCoreApplication>
+#include <QScopedValueRollback>
+#include <QTimer>
 
 namespace companion {
 
 using namespace std::chrono_literals;
+using SteadyClock = std::chrono::steady_clock;
 
 namespace {
 
-/// Qt's own events get their turn after so long, however many jobs wait.
+/// Qt's own events get their turn after this time, however many jobs wait.
 constexpr auto longestSlice = 5ms;
 
-/// A burst's memory is given back beyond so many jobs.
-constexpr std::size_t jobsKeptInMemory = 4096;
-
-/// Never early: what is left of a millisecond counts as a whole one.
+/// Rounded up, so that nothing is early.
 std::chrono::milliseconds wholeMilliseconds(std::chrono::nanoseconds duration)
 {
     return std::chrono::ceil<std::chrono::milliseconds>(std::max(duration, std::chrono::nanoseconds::zero()));
 }
 
+int openEventDescriptor()
+{
+    const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (descriptor < 0)
+        throw std::system_error(errno, std::generic_category(), "No descriptor for the main queue");
+    return descriptor;
+}
+
 } // namespace
-
-/// Keeps jobs and ticks from being entered while one of them runs.
-class QtMainQueue::Running {
-public:
-    explicit Running(QtMainQueue& queue)
-        : m_queue(queue)
-    {
-        m_queue.m_isRunning = true;
-    }
-    ~Running() { m_queue.m_isRunning = false; }
-    Running(const Running&) = delete;
-    Running& operator=(const Running&) = delete;
-
-private:
-    QtMainQueue& m_queue;
-};
 
 /// Ticks at its start plus a whole number of intervals, so that lateness never adds up.
 class QtMainQueue::Timer : public RepeatingTimer {
@@ -78,37 +75,6 @@ private:
     QTimer m_timer;
 };
 
-/// While the queue is held, its descriptor would keep the event loop awake: it is left alone until the queue is free.
-class QtMainQueue::Watch : public ReadableWatch {
-public:
-    Watch(QtMainQueue& queue, int descriptor, Job job)
-        : m_queue(queue)
-        , m_job(std::make_shared<const Job>(std::move(job)))
-        , m_notifier(descriptor, QSocketNotifier::Read)
-    {
-        QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier, [this] { serve(); });
-    }
-    ~Watch() override { std::erase(m_queue.m_heldWatches, this); }
-
-    void lookAgain() { m_notifier.setEnabled(true); }
-
-private:
-    void serve()
-    {
-        if (m_queue.isHeld()) {
-            m_notifier.setEnabled(false);
-            m_queue.m_heldWatches.push_back(this);
-            return;
-        }
-        const auto job = m_job; // the job may destroy this watch
-        m_queue.runNow(*job);
-    }
-
-    QtMainQueue& m_queue;
-    const std::shared_ptr<const Job> m_job;
-    QSocketNotifier m_notifier;
-};
-
 QtMainQueue::Blocker::Blocker(QtMainQueue& queue)
     : m_queue(queue)
 {
@@ -122,38 +88,44 @@ QtMainQueue::Blocker::~Blocker()
     m_queue.resume();
 }
 
-QtMainQueue::QtMainQueue(TrackingPredicate isTracking)
-    : m_isTracking(std::move(isTracking))
-    , m_notifier(m_wakeUp.descriptor(), QSocketNotifier::Read)
+QtMainQueue::QtMainQueue()
+    : m_wakeUp(openEventDescriptor())
+    , m_notifier(m_wakeUp, QSocketNotifier::Read)
 {
     QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier, [this] { serve(); });
-    m_delayTimer.setSingleShot(true);
-    m_delayTimer.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&m_delayTimer, &QTimer::timeout, &m_delayTimer, [this] {
-        moveDueJobs();
-        armDelayTimer();
-        resume();
-    });
 }
 
 QtMainQueue::~QtMainQueue()
 {
     m_notifier.setEnabled(false);
     dropAllJobs();
+    close(m_wakeUp);
 }
 
 void QtMainQueue::async(Job job)
 {
-    // Rung with the mutex free, or the woken thread would first of all wait for it.
-    if (add(std::move(job)))
-        m_wakeUp.ring();
+    {
+        const std::lock_guard lock(m_waiting.mutex);
+        m_waiting.jobs.push_back(std::move(job));
+        if (std::exchange(m_waiting.isWakePending, true))
+            return;
+    }
+    eventfd_write(m_wakeUp, 1); // with the mutex free, or the woken thread would first of all wait for it
 }
 
 void QtMainQueue::after(std::chrono::nanoseconds delay, Job job)
 {
-    // Only the main thread may set its timer.
-    if (addDelayed(SteadyClock::now() + delay, std::move(job)))
-        m_wakeUp.ring();
+    // Timers belong to the thread that makes them. On the main thread this is a plain call.
+    QMetaObject::invokeMethod(&m_delays, [this, due = SteadyClock::now() + delay, job = std::move(job)] {
+        auto* const timer = new QTimer(&m_delays);
+        timer->setSingleShot(true);
+        timer->setTimerType(Qt::PreciseTimer);
+        QObject::connect(timer, &QTimer::timeout, &m_delays, [this, timer, job] {
+            async(job);
+            timer->deleteLater();
+        });
+        timer->start(wholeMilliseconds(due - SteadyClock::now()));
+    });
 }
 
 std::unique_ptr<RepeatingTimer> QtMainQueue::repeat(std::chrono::nanoseconds interval, Job tick)
@@ -161,149 +133,80 @@ std::unique_ptr<RepeatingTimer> QtMainQueue::repeat(std::chrono::nanoseconds int
     return std::make_unique<Timer>(*this, interval, std::move(tick));
 }
 
-std::unique_ptr<ReadableWatch> QtMainQueue::whenReadable(int descriptor, Job job)
-{
-    return std::make_unique<Watch>(*this, descriptor, std::move(job));
-}
-
-bool QtMainQueue::isLater(const DelayedJob& a, const DelayedJob& b)
-{
-    return std::tie(a.due, a.serial) > std::tie(b.due, b.serial);
-}
-
-/// Tells whether the main thread is to be woken: once is enough for all jobs that come before it looks.
-bool QtMainQueue::add(Job job)
-{
-    const std::lock_guard lock(m_mutex);
-    m_incoming.push_back(std::move(job));
-    return !std::exchange(m_isWakePending, true);
-}
-
-/// Tells whether it is the first one to run now, so that the timer must be set anew.
-bool QtMainQueue::addDelayed(SteadyClock::time_point due, Job job)
-{
-    const std::lock_guard lock(m_mutex);
-    const std::uint64_t serial = m_delayedJobs++;
-    m_delayed.push_back({due, serial, std::move(job)});
-    std::push_heap(m_delayed.begin(), m_delayed.end(), isLater);
-    const bool isFirst = m_delayed.front().serial == serial;
-    m_isDelayTimerOutdated = m_isDelayTimerOutdated || isFirst;
-    return isFirst;
-}
-
 void QtMainQueue::serve()
 {
-    if (isHeld())
-        m_wakeUp.quiet(); // `resume` rings again
-    else
+    eventfd_t count = 0;
+    if (mayRun())
         runSlice();
-    if (!isHeld())
-        lookAtHeldWatches();
-    armDelayTimer();
+    else
+        eventfd_read(m_wakeUp, &count); // `resume` writes again
 }
 
-/// Runs jobs for at most one slice. What is left then is served at the event loop's next turn, after whatever else
-/// has become ready there; a posted event would be handled in this same turn, before the window's own.
+/// What is left at the end of the slice is served at the event loop's next turn, after whatever else has become ready
+/// there; a posted event would be handled in this same turn, before the window's own.
 void QtMainQueue::runSlice()
 {
     const auto end = SteadyClock::now() + longestSlice;
-    while (m_blockers == 0 && refillBatch()) {
-        {
-            const Running running(*this);
-            const Job job = std::move(m_batch[m_next++]);
-            job();
-        }
-        if (SteadyClock::now() >= end) {
-            resume();
+    while (m_blockers == 0) {
+        const QScopedValueRollback running(m_isRunning, true);
+        const Job job = takeJob();
+        if (!job)
             return;
-        }
+        job();
+        if (SteadyClock::now() >= end)
+            break;
     }
+    resume();
 }
 
-/// Tells whether there is a job at `m_next`.
-bool QtMainQueue::refillBatch()
+/// The first job, or none, after which whoever hands in the next one wakes the main thread.
+QtMainQueue::Job QtMainQueue::takeJob()
 {
-    if (m_next < m_batch.size())
-        return true;
-    m_batch.clear();
-    m_next = 0;
-    if (m_batch.capacity() > jobsKeptInMemory)
-        m_batch.shrink_to_fit();
-    const std::lock_guard lock(m_mutex);
-    m_batch.swap(m_incoming);
-    m_isWakePending = !m_batch.empty();
-    // Not before the jobs, which a touch is among: it need not wait for this. Whoever comes next rings again.
-    if (!m_isWakePending)
-        m_wakeUp.quiet();
-    return m_isWakePending;
+    const std::lock_guard lock(m_waiting.mutex);
+    m_waiting.isWakePending = !m_waiting.jobs.empty();
+    if (!m_waiting.isWakePending) {
+        eventfd_t count = 0;
+        eventfd_read(m_wakeUp, &count);
+        return {};
+    }
+    Job job = std::move(m_waiting.jobs.front());
+    m_waiting.jobs.pop_front();
+    return job;
 }
 
-/// Has the event loop serve the jobs that wait, if there are any: nobody was woken for those that came meanwhile.
+/// Has the event loop serve jobs that came while none could run.
 void QtMainQueue::resume()
 {
-    if (isHeld())
+    if (!mayRun())
         return;
-    lookAtHeldWatches();
-    const std::lock_guard lock(m_mutex);
-    m_isWakePending = m_next < m_batch.size() || !m_incoming.empty();
-    if (m_isWakePending)
-        m_wakeUp.ring();
-}
-
-void QtMainQueue::lookAtHeldWatches()
-{
-    for (Watch* const watch : std::exchange(m_heldWatches, {}))
-        watch->lookAgain();
-}
-
-/// What a job holds may hand in another job when it goes.
-void QtMainQueue::dropAllJobs()
-{
-    std::vector<Job> jobs = std::move(m_batch);
-    std::vector<DelayedJob> delayed;
-    do {
-        jobs.clear();
-        delayed.clear();
-        const std::lock_guard lock(m_mutex);
-        jobs.swap(m_incoming);
-        delayed.swap(m_delayed);
-    } while (!jobs.empty() || !delayed.empty());
-}
-
-/// Jobs whose time has come line up even while the queue is held: their turn is that of their time.
-void QtMainQueue::moveDueJobs()
-{
-    const auto now = SteadyClock::now();
-    const std::lock_guard lock(m_mutex);
-    while (!m_delayed.empty() && m_delayed.front().due <= now) {
-        std::pop_heap(m_delayed.begin(), m_delayed.end(), isLater);
-        m_incoming.push_back(std::move(m_delayed.back().job));
-        m_delayed.pop_back();
-    }
-    m_isDelayTimerOutdated = true;
-}
-
-void QtMainQueue::armDelayTimer()
-{
-    const std::lock_guard lock(m_mutex);
-    if (!std::exchange(m_isDelayTimerOutdated, false) || m_delayed.empty())
-        return;
-    m_delayTimer.start(wholeMilliseconds(m_delayed.front().due - SteadyClock::now()));
+    const std::lock_guard lock(m_waiting.mutex);
+    m_waiting.isWakePending = !m_waiting.jobs.empty();
+    if (m_waiting.isWakePending)
+        eventfd_write(m_wakeUp, 1);
 }
 
 void QtMainQueue::runTick(const Job& tick)
 {
-    if (!isHeld() && !(m_isTracking && m_isTracking()))
-        runNow(tick);
-}
-
-void QtMainQueue::runNow(const Job& job)
-{
+    if (!mayRun() || isTracking())
+        return;
     {
-        const Running running(*this);
-        job();
+        const QScopedValueRollback running(m_isRunning, true);
+        tick();
     }
     resume();
+}
+
+void QtMainQueue::dropAllJobs()
+{
+    std::deque<Job> jobs;
+    do { // what a job holds may hand in another one as it is destroyed
+        jobs.clear();
+        QCoreApplication::removePostedEvents(&m_delays);
+        const QObjectList delays = m_delays.children();
+        qDeleteAll(delays);
+        const std::lock_guard lock(m_waiting.mutex);
+        jobs.swap(m_waiting.jobs);
+    } while (!jobs.empty() || !m_delays.children().isEmpty());
 }
 
 } // namespace companion

@@ -1,14 +1,13 @@
 #pragma once
 
 #include "platform/MainQueue.h"
-#include "platform/posix/WakeUp.h"
 
-#include <cstdint>
+#include <deque>
 #include <mutex>
-#include <vector>
+#include <utility>
 
+#include <QObject>
 #include <QSocketNotifier>
-#include <QTimer>
 
 namespace companion {
 
@@ -19,10 +18,7 @@ namespace companion {
 /// them to Qt, since Qt runs posted calls inside the nested event loop of a message box, too.
 class QtMainQueue : public MainQueue {
 public:
-    /// Whether a menu, a pop-up or a dialog is open, so that repeating timers skip their ticks.
-    using TrackingPredicate = std::function<bool()>;
-
-    explicit QtMainQueue(TrackingPredicate isTracking = {});
+    QtMainQueue();
     ~QtMainQueue() override;
     QtMainQueue(const QtMainQueue&) = delete;
     QtMainQueue& operator=(const QtMainQueue&) = delete;
@@ -30,15 +26,14 @@ public:
     void async(Job job) override;
     void after(std::chrono::nanoseconds delay, Job job) override;
     std::unique_ptr<RepeatingTimer> repeat(std::chrono::nanoseconds interval, Job tick) override;
-    std::unique_ptr<ReadableWatch> whenReadable(int descriptor, Job job) override;
 
-    /// Destroys the jobs that have not run, and what they hold on to, while that can still go in good order.
+    /// Destroys the jobs that have not run, with everything that they hold.
     void dropAllJobs();
 
-    /// Called on the main thread when something modal begins to hold up the jobs; may be empty.
+    /// Called on the main thread when something modal begins to block the queue; may be empty.
     void setWhenBlocked(std::function<void()> whenBlocked) { m_whenBlocked = std::move(whenBlocked); }
 
-    /// Jobs and ticks stand still as long as one of these exists: around everything modal. Main thread only.
+    /// No job or tick runs as long as one of these exists: around everything modal. Main thread only.
     class Blocker {
     public:
         explicit Blocker(QtMainQueue& queue);
@@ -50,56 +45,35 @@ public:
         QtMainQueue& m_queue;
     };
 
+protected:
+    /// Whether a menu or the like is open, so that repeating timers skip their ticks.
+    virtual bool isTracking() const { return false; }
+
 private:
-    using SteadyClock = std::chrono::steady_clock;
-
-    class Running;
     class Timer;
-    class Watch;
 
-    struct DelayedJob {
-        SteadyClock::time_point due;
-        std::uint64_t serial;
-        Job job;
-    };
-    static bool isLater(const DelayedJob& a, const DelayedJob& b);
-
-    bool isHeld() const { return m_blockers > 0 || m_isRunning; }
-    void resume();
-
-    bool add(Job job);
-    bool addDelayed(SteadyClock::time_point due, Job job);
-
+    bool mayRun() const { return m_blockers == 0 && !m_isRunning; }
     void serve();
     void runSlice();
-    bool refillBatch();
-
-    void moveDueJobs();
-    void armDelayTimer();
+    Job takeJob();
+    void resume();
     void runTick(const Job& tick);
-    void runNow(const Job& job);
-    void lookAtHeldWatches();
 
-    TrackingPredicate m_isTracking;
+    struct Waiting {
+        std::mutex mutex;
+        std::deque<Job> jobs;
+        bool isWakePending = false; ///< The main thread has been woken, or will look by itself.
+    };
+    Waiting m_waiting;
+
+    // Main thread only.
     std::function<void()> m_whenBlocked;
-
-    std::mutex m_mutex;
-    std::vector<Job> m_incoming;         ///< Guarded, as the next four.
-    std::vector<DelayedJob> m_delayed;   ///< A heap, the earliest first.
-    std::uint64_t m_delayedJobs = 0;     ///< Handed in so far: equal due times keep their order.
-    bool m_isWakePending = false;        ///< The main thread has been woken, or will look by itself.
-    bool m_isDelayTimerOutdated = false; ///< The earliest due time has changed.
-
-    std::vector<Job> m_batch; ///< Main thread only, as all below: jobs being worked off, from `m_next` on.
-    std::size_t m_next = 0;
     bool m_isRunning = false;
     int m_blockers = 0;
-    std::vector<Watch*>
-        m_heldWatches; ///< They have something to read, and are not looked at until the queue is free.
+    QObject m_delays; ///< Parent of a timer for each delayed job.
 
-    WakeUp m_wakeUp;
+    const int m_wakeUp; ///< An eventfd(2); readable when there are jobs to run.
     QSocketNotifier m_notifier;
-    QTimer m_delayTimer;
 };
 
 } // namespace companion

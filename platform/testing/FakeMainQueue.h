@@ -35,9 +35,6 @@ public:
         return timer;
     }
 
-    /// Never looks.
-    std::unique_ptr<ReadableWatch> whenReadable(int, Job) override { return nullptr; }
-
     /// Runs all jobs that are due now, those that they add included.
     void runPending()
     {

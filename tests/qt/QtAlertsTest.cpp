@@ -1,5 +1,5 @@
 #include "platform/qt/QtAlerts.h"
-#include "platform/qt/WidgetTracking.h"
+#include "platform/qt/WidgetMainQueue.h"
 #include "tests/qt/EventLoop.h"
 
 #include <thread>
@@ -54,7 +54,7 @@ protected:
         return [this, word] { m_words.push_back(word); };
     }
 
-    QtMainQueue m_queue{isTrackingWidgets};
+    WidgetMainQueue m_queue;
     QtAlerts m_alerts{m_queue};
     QTimer m_user;
     int m_shown = 0;

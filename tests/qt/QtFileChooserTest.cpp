@@ -1,6 +1,6 @@
 #include "platform/qt/QtFileChooser.h"
 
-#include "platform/qt/WidgetTracking.h"
+#include "platform/qt/WidgetMainQueue.h"
 #include "platform/testing/FakeLog.h"
 #include "tests/qt/EventLoop.h"
 
@@ -71,7 +71,7 @@ protected:
     std::optional<FileUrl> run() { return m_chooser.runOpenPanel({"png", "pdf"}, UserFolder::downloads); }
 
     QTemporaryDir m_home;
-    QtMainQueue m_queue{isTrackingWidgets};
+    WidgetMainQueue m_queue;
     Transcript m_transcript;
     FakeSystemLog m_log{m_transcript};
     QtFileChooser m_chooser{m_queue, m_log};

@@ -5,12 +5,15 @@
 #include <atomic>
 #include <numeric>
 #include <string>
+#include <sys/eventfd.h>
 #include <thread>
+#include <unistd.h>
 #include <utility>
 
 #include <gmock/gmock.h>
 
 #include <QAbstractEventDispatcher>
+#include <QSocketNotifier>
 
 namespace companion::testing {
 namespace {
@@ -243,103 +246,6 @@ TEST_F(QtMainQueueTest, ABlockedQueueWithJobsDoesNotKeepTheEventLoopAwake)
     EXPECT_LT(turns, 100);
 }
 
-TEST_F(QtMainQueueTest, AWatchsJobRunsAgainAndAgainUntilThereIsNothingToRead)
-{
-    WakeUp descriptor;
-    int runs = 0;
-    const auto watch = m_queue.whenReadable(descriptor.descriptor(), [&] {
-        if (++runs == 3)
-            descriptor.quiet();
-    });
-    spinFor(20ms);
-    EXPECT_EQ(runs, 0);
-    descriptor.ring();
-    EXPECT_TRUE(spinUntil([&] { return runs == 3; }));
-    spinFor(20ms);
-    EXPECT_EQ(runs, 3);
-}
-
-TEST_F(QtMainQueueTest, AWatchOfABlockedQueueWaitsAndDoesNotKeepTheEventLoopAwake)
-{
-    WakeUp descriptor;
-    descriptor.ring();
-    const auto watch = m_queue.whenReadable(descriptor.descriptor(), [&] {
-        descriptor.quiet();
-        m_words.push_back("read");
-    });
-    int turns = 0;
-    {
-        const QtMainQueue::Blocker blocker(m_queue);
-        const auto connection = QObject::connect(QCoreApplication::eventDispatcher(),
-            &QAbstractEventDispatcher::aboutToBlock, QCoreApplication::instance(), [&] { ++turns; });
-        spinFor(100ms); // its own timer makes 20 turns of it
-        QObject::disconnect(connection);
-        EXPECT_TRUE(m_words.empty());
-    }
-    EXPECT_LT(turns, 100);
-    EXPECT_TRUE(spinUntilWords(1));
-}
-
-TEST_F(QtMainQueueTest, AWatchIsNotEnteredFromWithinAJobButServedAfterIt)
-{
-    WakeUp descriptor;
-    descriptor.ring();
-    const auto watch = m_queue.whenReadable(descriptor.descriptor(), [&] {
-        descriptor.quiet();
-        m_words.push_back("read");
-    });
-    m_queue.async([&] {
-        m_words.push_back("begin");
-        spinFor(20ms);
-        m_words.push_back("end");
-    });
-    m_queue.async(note("next job"));
-    EXPECT_TRUE(spinUntilWords(4));
-    EXPECT_THAT(m_words, ElementsAre("begin", "end", "next job", "read"));
-}
-
-TEST_F(QtMainQueueTest, AJobHandedInByAWatchsJobRunsBehindIt)
-{
-    WakeUp descriptor;
-    descriptor.ring();
-    const auto watch = m_queue.whenReadable(descriptor.descriptor(), [&] {
-        descriptor.quiet();
-        m_queue.async(note("job"));
-        m_words.push_back("read");
-    });
-    EXPECT_TRUE(spinUntilWords(2));
-    EXPECT_THAT(m_words, ElementsAre("read", "job"));
-}
-
-TEST_F(QtMainQueueTest, AWatchMayEndItselfAndIsNotServedAnyMore)
-{
-    WakeUp descriptor;
-    descriptor.ring();
-    int runs = 0;
-    std::unique_ptr<ReadableWatch> watch;
-    watch = m_queue.whenReadable(descriptor.descriptor(), [&] {
-        watch.reset();
-        ++runs;
-    });
-    EXPECT_TRUE(spinUntil([&] { return runs == 1; }));
-    spinFor(20ms);
-    EXPECT_EQ(runs, 1);
-}
-
-TEST_F(QtMainQueueTest, AWatchThatEndsWhileItWaitsForABlockerIsForgotten)
-{
-    WakeUp descriptor;
-    descriptor.ring();
-    auto watch = m_queue.whenReadable(descriptor.descriptor(), note("read"));
-    {
-        const QtMainQueue::Blocker blocker(m_queue);
-        spinFor(20ms);
-        watch.reset();
-    }
-    spinFor(20ms);
-    EXPECT_TRUE(m_words.empty());
-}
-
 TEST_F(QtMainQueueTest, EndlessJobsLeaveTurnsToTimersPostedEventsAndDescriptors)
 {
     bool isOver = false;
@@ -360,16 +266,17 @@ TEST_F(QtMainQueueTest, EndlessJobsLeaveTurnsToTimersPostedEventsAndDescriptors)
             QMetaObject::invokeMethod(&timer, postAgain, Qt::QueuedConnection);
     };
     QMetaObject::invokeMethod(&timer, postAgain, Qt::QueuedConnection);
-    WakeUp descriptor;
-    descriptor.ring();
+    const int readable = eventfd(1, EFD_CLOEXEC);
     int activations = 0;
-    QSocketNotifier notifier(descriptor.descriptor(), QSocketNotifier::Read);
+    QSocketNotifier notifier(readable, QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &timer, [&] { ++activations; });
 
     EXPECT_TRUE(spinUntil([&] { return timeouts >= 20 && posted >= 20 && activations >= 20; }))
         << timeouts << " timeouts, " << posted << " posted events, " << activations << " activations";
     isOver = true;
     spinFor(10ms);
+    notifier.setEnabled(false);
+    close(readable);
 }
 
 TEST_F(QtMainQueueTest, AThreadThatHandsInJobsWithoutEndLeavesTurnsToTheEventLoop)

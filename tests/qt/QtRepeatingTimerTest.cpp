@@ -16,6 +16,14 @@ using ::testing::SizeIs;
 
 constexpr auto interval = 40ms;
 
+class TrackingMainQueue : public QtMainQueue {
+public:
+    bool isMenuOpen = false;
+
+protected:
+    bool isTracking() const override { return isMenuOpen; }
+};
+
 class QtRepeatingTimerTest : public ::testing::Test {
 protected:
     void startTimer()
@@ -43,8 +51,7 @@ protected:
         return least;
     }
 
-    bool m_isTracking = false;
-    QtMainQueue m_queue{[this] { return m_isTracking; }};
+    TrackingMainQueue m_queue;
     SteadyClock::time_point m_start;
     std::vector<SteadyClock::duration> m_ticks;
     std::function<void()> onTick;
@@ -102,13 +109,13 @@ TEST_F(QtRepeatingTimerTest, TicksThatFallIntoABlockedTimeAreDroppedAndTheRhythm
 TEST_F(QtRepeatingTimerTest, TicksThatFallIntoAnOpenMenuAreDroppedWhileJobsRun)
 {
     startTimer();
-    m_isTracking = true;
+    m_queue.isMenuOpen = true;
     bool hasRun = false;
     m_queue.async([&] { hasRun = true; });
     spinFor(interval * 7 / 2);
     EXPECT_THAT(m_ticks, SizeIs(0));
     EXPECT_TRUE(hasRun);
-    m_isTracking = false;
+    m_queue.isMenuOpen = false;
     ASSERT_TRUE(spinUntilTicks(5));
     EXPECT_THAT(m_ticks, Each(Ge(interval * 4)));
     EXPECT_LT(leastLateness(0), interval / 4);

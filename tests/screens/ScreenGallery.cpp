@@ -1,8 +1,7 @@
 // screen-gallery DIRECTORY [NAME...]: writes a picture of every state of the screens, or of those named, as they look
 // on the present platform.
 #include "platform/qt/QtAlerts.h"
-#include "platform/qt/QtMainQueue.h"
-#include "platform/qt/WidgetTracking.h"
+#include "platform/qt/WidgetMainQueue.h"
 #include "tests/screens/DashboardOnFakes.h"
 #include "ui/Accessibility.h"
 #include "ui/MainWindow.h"
@@ -16,6 +15,7 @@
 #include <QMessageBox>
 #include <QPainter>
 #include <QTest>
+#include <QTimer>
 
 using namespace companion;
 using namespace companion::testing;
@@ -166,7 +166,7 @@ private:
     {
         if (m_alertName.isEmpty())
             return;
-        QtMainQueue queue(isTrackingWidgets);
+        WidgetMainQueue queue;
         QTimer::singleShot(100, [this] {
             m_gallery.take(m_alertName);
             QApplication::activeModalWidget()->close();

@@ -1,10 +1,10 @@
-#include "platform/qt/WidgetTracking.h"
+#include "platform/qt/WidgetMainQueue.h"
 
 #include <QApplication>
 
 namespace companion {
 
-bool isTrackingWidgets()
+bool WidgetMainQueue::isTracking() const
 {
     return QApplication::activeModalWidget() || QApplication::activePopupWidget();
 }
