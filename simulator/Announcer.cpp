@@ -75,7 +75,7 @@ void Announcer::subscribe()
     m_bus.connect(QString(), QString(), "org.freedesktop.DBus.Local", "Disconnected", this, SLOT(busLost()));
     m_bus.connect(
         daemonName, "/", serverInterface, "StateChanged", this, SLOT(serverStateChanged(int, QString)));
-    // For every group, since ours may speak before its path is known here.
+    // For all groups, since signals of ours may arrive before its path.
     m_bus.connect(daemonName, QString(), groupInterface, "StateChanged", this,
         SLOT(groupStateChanged(int, QString, QDBusMessage)));
     m_daemonWatcher = std::make_unique<QDBusServiceWatcher>(daemonName, m_bus);
@@ -98,7 +98,7 @@ void Announcer::daemonAppeared()
     m_group.clear();
     callDaemon("/", serverInterface, "GetState", {}, [this](const QDBusMessage& reply) {
         if (reply.type() == QDBusMessage::ErrorMessage)
-            return tellOnce("no mDNS daemon"); // the watcher tells when one comes
+            return logOnce("no mDNS daemon"); // the watcher reports when one appears
         serverStateChanged(reply.arguments().value(0).toInt(), QString());
     });
 }
@@ -108,7 +108,7 @@ void Announcer::daemonVanished()
     ++m_generation;
     m_group.clear();
     m_state.setAnnouncedAs(std::nullopt);
-    tellOnce("the mDNS daemon has gone");
+    logOnce("the mDNS daemon has gone");
 }
 
 void Announcer::serverStateChanged(int state, const QString&)
@@ -116,7 +116,7 @@ void Announcer::serverStateChanged(int state, const QString&)
     if (state == serverRunning && m_group.isEmpty())
         requestGroup();
     else if (state == serverRegistering || state == serverCollision)
-        withdraw(); // its host name changes; once it has one, it runs again
+        withdraw(); // its host name changes; it will be running again
 }
 
 void Announcer::requestGroup()
@@ -150,7 +150,7 @@ void Announcer::commit()
     callGroup("Commit", {}, [this](const QDBusMessage& reply) {
         if (reply.type() == QDBusMessage::ErrorMessage)
             return retryLater(reply.errorMessage().toStdString());
-        // Its first states may have been told before anybody listened.
+        // Its first signals may have been missed.
         callGroup("GetState", {}, [this](const QDBusMessage& current) {
             groupState(current.arguments().value(0).toInt(), QString());
         });
@@ -179,7 +179,7 @@ void Announcer::nameTaken()
     const std::string taken = m_name.text(m_attempt);
     ++m_attempt;
     m_log.write("the name " + taken + " is taken, trying " + m_name.text(m_attempt));
-    // Replies and states of the attempt that failed are not about this one.
+    // Drops replies to the failed attempt.
     ++m_generation;
     callGroup("Reset", {}, [this](const QDBusMessage& reply) {
         if (reply.type() == QDBusMessage::ErrorMessage)
@@ -193,7 +193,7 @@ void Announcer::established()
     const std::string name = m_name.text(m_attempt);
     if (m_state.snapshot().announcedAs == name)
         return;
-    m_told.clear();
+    m_logged.clear();
     m_state.setAnnouncedAs(name);
     m_log.write("announced as " + name);
 }
@@ -210,15 +210,15 @@ void Announcer::withdraw()
 void Announcer::retryLater(const std::string& reason)
 {
     withdraw();
-    tellOnce(reason);
+    logOnce(reason);
     m_retry.start();
 }
 
-void Announcer::tellOnce(const std::string& problem)
+void Announcer::logOnce(const std::string& problem)
 {
-    if (m_told.empty())
+    if (m_logged.empty())
         m_log.write("not announced for now: " + problem);
-    m_told = problem;
+    m_logged = problem;
 }
 
 void Announcer::callDaemon(const QString& path, const QString& interface, const QString& method,

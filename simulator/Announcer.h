@@ -16,8 +16,8 @@
 
 namespace companion::simulator {
 
-/// Announces the panel as "_airplay._tcp" through the Avahi daemon, spoken to over the system bus, and does so again
-/// when bus or daemon come (back). A name that is taken is numbered. Main thread only; blocks only when it goes.
+/// Announces the panel as "_airplay._tcp" through the Avahi daemon, over D-Bus, and again whenever the bus or the daemon
+/// appears. Numbers a name that is taken. Main thread only; blocks while it connects to the bus and in its destructor.
 class Announcer : public QObject {
     Q_OBJECT
 
@@ -46,7 +46,7 @@ private:
     void established();
     void withdraw();
     void retryLater(const std::string& reason);
-    void tellOnce(const std::string& problem);
+    void logOnce(const std::string& problem);
     void callDaemon(const QString& path, const QString& interface, const QString& method,
         const QVariantList& arguments, OnReply then);
     void callGroup(const QString& method, const QVariantList& arguments, OnReply then);
@@ -56,12 +56,12 @@ private:
     const InstanceName m_name;
     unsigned m_attempt = 1;
     unsigned m_connectionNumber = 0;
-    unsigned m_generation = 0; ///< replies to an older life of daemon, group or bus are dropped
+    unsigned m_generation = 0; ///< replies to calls of an earlier generation are dropped
     QString m_connectionName;
     QDBusConnection m_bus{QString()};
     std::unique_ptr<QDBusServiceWatcher> m_daemonWatcher;
-    QString m_group; ///< object path, "" when there is none
-    std::string m_told;
+    QString m_group; ///< object path; "" if there is none
+    std::string m_logged;
     QTimer m_retry;
 };
 

@@ -25,7 +25,7 @@ TEST(RequestOriginTest, OwnPageMayAskByAddressOrByANameOfTheLocalNetwork)
     EXPECT_EQ(foreignOrigin("Panel.LOCAL:5000", "http://panel.local:5000"), std::nullopt);
 }
 
-TEST(RequestOriginTest, OtherPagesMayNot)
+TEST(RequestOriginTest, PagesOfOtherSitesMayNot)
 {
     for (const std::string origin :
         {"http://example.org", "http://192.168.1.21:5000", "http://192.168.1.20", "http://192.168.1.20:50000",

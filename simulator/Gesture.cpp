@@ -12,7 +12,7 @@ namespace companion::simulator {
 namespace {
 
 constexpr std::uint64_t maxPauseMs = 60'000;
-constexpr std::size_t maxSteps = 200'000; // half an hour of a fast finger
+constexpr std::size_t maxSteps = 200'000; // half an hour at 110 touches a second
 
 class GestureParser {
 public:

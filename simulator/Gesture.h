@@ -12,9 +12,9 @@ namespace companion::simulator {
 /// What UDP over IPv4 carries in one datagram, in bytes.
 constexpr std::size_t maxDatagram = 65'507;
 
-/// One datagram to come, and how long to wait before it.
+/// A datagram to send, and the pause before it.
 struct GestureStep {
-    /// A touch is `bytes`, "WORD,x,y,", with the time of sending and ";" put behind it; anything else goes out as it is.
+    /// A touch is `bytes`, "WORD,x,y,", followed by the time of sending and ";"; anything else is sent unchanged.
     bool isTouch = false;
     std::string bytes;
     std::chrono::milliseconds pause{0};
@@ -24,16 +24,16 @@ struct GestureStep {
 
 using Gesture = std::vector<GestureStep>;
 
-/// Reads the lines of a gesture; empty ones and those that begin with "#" count for nothing.
+/// Reads the lines of a gesture; empty ones and those that begin with "#" are ignored.
 ///
 ///     DOWN x y [pause]    a touch, `pause` milliseconds after the line before
 ///     MOVE x y [pause]
 ///     UP x y [pause]
-///     PAUSE ms            makes the next line come later
+///     PAUSE ms            delays the next line
 ///     RAW text            a datagram of exactly this text, without a line end
 ///     HEX bytes           a datagram of these bytes, two digits each, blanks between them allowed
 ///
-/// The result is a gesture, or one line that says which line is wrong and why.
+/// Returns a gesture, or one line that says which line is wrong and why.
 std::variant<Gesture, std::string> parseGesture(std::string_view text);
 
 } // namespace companion::simulator

@@ -37,7 +37,7 @@ TEST(GestureTest, PausesAddUpToTheNextDatagram)
         (Gesture{{true, "UP,3,4,", 32ms}, {true, "UP,3,4,"}}));
 }
 
-TEST(GestureTest, EmptyLinesAndCommentsCountForNothing)
+TEST(GestureTest, EmptyLinesAndCommentsAreIgnored)
 {
     EXPECT_EQ(gesture("\n  \n# a tap\nUP 1 2\n\n"), (Gesture{{true, "UP,1,2,"}}));
 }
@@ -53,7 +53,7 @@ TEST(GestureTest, HexMakesBytes)
     EXPECT_EQ(gesture("HEX 00 fF41\nHEX"), (Gesture{{false, std::string("\0\xFF\x41", 3)}, {false, ""}}));
 }
 
-TEST(GestureTest, WhatIsWrongIsToldWithItsLine)
+TEST(GestureTest, ErrorNamesItsLine)
 {
     EXPECT_EQ(gestureProblem("UP 1 2\ndown 1 2"), "line 2: unknown word \"down\"");
     EXPECT_EQ(gestureProblem("UP 1"), "line 1: UP takes x, y and perhaps a pause");

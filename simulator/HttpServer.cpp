@@ -21,8 +21,7 @@ namespace companion::simulator {
 namespace {
 
 constexpr unsigned idleSeconds = 30;
-constexpr unsigned maxConnections =
-    480; // twice that, for two servers, stays below the usual 1024 descriptors
+constexpr unsigned maxConnections = 480; // on each of two ports, below the usual 1024 descriptors
 constexpr std::size_t connectionMemory = 128 * 1024;
 constexpr std::size_t generatedBlock = 64 * 1024;
 constexpr std::size_t maxBody = 1024 * 1024;

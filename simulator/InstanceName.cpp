@@ -5,7 +5,6 @@
 
 #include <arpa/inet.h>
 #include <cstdio>
-#include <utility>
 
 namespace companion::simulator {
 
@@ -34,19 +33,12 @@ std::optional<std::string> hexAddress(const std::string& ipv4)
     return hex;
 }
 
-InstanceName::InstanceName(std::string model, std::string name, std::string hex)
-    : m_model(std::move(model))
-    , m_name(std::move(name))
-    , m_hex(std::move(hex))
-{
-}
-
 std::optional<std::string> InstanceName::problem() const
 {
-    if (auto problem = problemOfPart("model", m_model))
-        return problem;
-    if (auto problem = problemOfPart("name", m_name))
-        return problem;
+    if (auto found = problemOfPart("model", model))
+        return found;
+    if (auto found = problemOfPart("name", name))
+        return found;
     if (const std::size_t size = text().size(); size > maxBytes)
         return "model and name are " + std::to_string(size - maxBytes) + " bytes too long to be announced";
     return std::nullopt;
@@ -55,16 +47,16 @@ std::optional<std::string> InstanceName::problem() const
 std::string InstanceName::text(unsigned attempt) const
 {
     if (attempt <= 1)
-        return joined(m_name);
+        return joined(name);
     const std::string number = " (" + std::to_string(attempt) + ")";
     const std::size_t taken = joined(number).size();
     const std::size_t room = taken < maxBytes ? maxBytes - taken : 0;
-    return joined(std::string(cutAtCharacter(m_name, room)) + number);
+    return joined(std::string(cutAtCharacter(name, room)) + number);
 }
 
-std::string InstanceName::joined(const std::string& name) const
+std::string InstanceName::joined(const std::string& namePart) const
 {
-    return m_model + "|" + name + "|" + m_hex;
+    return model + "|" + namePart + "|" + hex;
 }
 
 } // namespace companion::simulator

@@ -6,30 +6,27 @@
 namespace companion::simulator {
 
 /// Dotted IPv4 text as the eight upper-case hexadecimal digits of an announcement: 10.0.2.15 is 0A00020F.
-/// Nothing when the text is no IPv4 address.
+/// Nothing if the text is not an IPv4 address.
 std::optional<std::string> hexAddress(const std::string& ipv4);
 
 /// The instance name of a panel's announcement, model|name|hexaddress, which DNS-SD limits to 63 bytes (RFC 6763,
 /// section 4.1.1).
-class InstanceName {
-public:
+struct InstanceName {
     static constexpr std::size_t maxBytes = 63;
 
-    InstanceName(std::string model, std::string name, std::string hex);
+    std::string model;
+    std::string name;
+    std::string hex;
 
-    /// Why it cannot be announced, in a few words; nothing when it can.
+    /// Why it cannot be announced, in a few words; nothing if it can.
     std::optional<std::string> problem() const;
 
-    /// `attempt` 1 is the name as given; 2 and more, for a name that is taken, number the name part, "Room (2)",
-    /// which is shortened where the whole would get too long.
+    /// With `attempt` 1, the name as given. Higher numbers are for a name that is taken: they number the name part,
+    /// "Room (2)", which is shortened if necessary.
     std::string text(unsigned attempt = 1) const;
 
 private:
-    std::string joined(const std::string& name) const;
-
-    std::string m_model;
-    std::string m_name;
-    std::string m_hex;
+    std::string joined(const std::string& namePart) const;
 };
 
 } // namespace companion::simulator

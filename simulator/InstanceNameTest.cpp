@@ -7,7 +7,7 @@ namespace {
 
 std::string problemOf(const std::string& model, const std::string& name)
 {
-    return InstanceName(model, name, "0A00020F").problem().value_or("none");
+    return (InstanceName{model, name, "0A00020F"}.problem()).value_or("none");
 }
 
 TEST(InstanceNameTest, AddressIsEightUpperCaseDigitsFirstOctetFirst)
@@ -24,7 +24,7 @@ TEST(InstanceNameTest, OnlyFourDecimalOctetsAreAnAddress)
 
 TEST(InstanceNameTest, ModelNameAndAddressAreJoinedByBars)
 {
-    EXPECT_EQ(InstanceName("Meridian 65", "Room 204", "0A00020F").text(), "Meridian 65|Room 204|0A00020F");
+    EXPECT_EQ((InstanceName{"Meridian 65", "Room 204", "0A00020F"}.text()), "Meridian 65|Room 204|0A00020F");
 }
 
 TEST(InstanceNameTest, SixtyThreeBytesFitAndSixtyFourDoNot)
@@ -46,20 +46,20 @@ TEST(InstanceNameTest, PartsAreTextWithoutBars)
 
 TEST(InstanceNameTest, NameThatIsTakenIsNumberedInItsNamePart)
 {
-    EXPECT_EQ(InstanceName("Tandem", "Room", "0A00020F").text(2), "Tandem|Room (2)|0A00020F");
+    EXPECT_EQ((InstanceName{"Tandem", "Room", "0A00020F"}.text(2)), "Tandem|Room (2)|0A00020F");
 }
 
 TEST(InstanceNameTest, NumberedNameIsShortenedBetweenCharacters)
 {
     const std::string longest = std::string(63 - 16 - 2, 'n') + "ö";
-    const std::string text = InstanceName("Tandem", longest, "0A00020F").text(10);
+    const std::string text = (InstanceName{"Tandem", longest, "0A00020F"}.text(10));
     EXPECT_EQ(text, "Tandem|" + std::string(63 - 16 - 5, 'n') + " (10)|0A00020F");
 
     std::string umlauts = "nn"; // 42 bytes of 43 are used: one more would be half a letter
     for (int i = 0; i < 20; ++i)
         umlauts += "ö";
     EXPECT_EQ(
-        InstanceName("Tandem", umlauts + "öö", "0A00020F").text(2), "Tandem|" + umlauts + " (2)|0A00020F");
+        (InstanceName{"Tandem", umlauts + "öö", "0A00020F"}.text(2)), "Tandem|" + umlauts + " (2)|0A00020F");
 }
 
 } // namespace

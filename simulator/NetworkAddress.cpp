@@ -1,7 +1,8 @@
 #include "simulator/NetworkAddress.h"
 
+#include "platform/posix/PosixInterfaceAddresses.h"
+
 #include <arpa/inet.h>
-#include <ifaddrs.h>
 #include <net/if.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -9,21 +10,10 @@
 
 namespace companion::simulator {
 
-namespace {
-
-std::string textOf(const sockaddr_in& address)
-{
-    char text[INET_ADDRSTRLEN] = "";
-    inet_ntop(AF_INET, &address.sin_addr, text, sizeof text);
-    return text;
-}
-
-} // namespace
-
 std::string defaultAddress()
 {
-    // Connecting a UDP socket sends nothing, but picks the route. The address is one reserved for documentation
-    // (RFC 5737), which only the default route leads to.
+    // Connecting a UDP socket sends nothing, but picks the route. The address is reserved for documentation (RFC 5737),
+    // so only the default route leads to it.
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(9);
@@ -34,26 +24,20 @@ std::string defaultAddress()
         && getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size) == 0;
     if (fd >= 0)
         close(fd);
-    return isRouted ? textOf(address) : "127.0.0.1";
+    char text[INET_ADDRSTRLEN] = "127.0.0.1";
+    if (isRouted)
+        inet_ntop(AF_INET, &address.sin_addr, text, sizeof text);
+    return text;
 }
 
 int interfaceOf(const std::string& ipv4)
 {
-    ifaddrs* list = nullptr;
-    if (getifaddrs(&list) != 0)
-        return -1;
-    int index = -1;
-    for (const ifaddrs* entry = list; entry && index < 0; entry = entry->ifa_next) {
-        if (!entry->ifa_addr || entry->ifa_addr->sa_family != AF_INET)
-            continue;
-        // All of 127.0.0.0/8 is the loopback interface's, whatever it lists.
-        const std::string listed = textOf(*reinterpret_cast<const sockaddr_in*>(entry->ifa_addr));
-        const bool isLoopback = (entry->ifa_flags & IFF_LOOPBACK) != 0 && ipv4.starts_with("127.");
-        if (listed == ipv4 || isLoopback)
-            index = static_cast<int>(if_nametoindex(entry->ifa_name));
-    }
-    freeifaddrs(list);
-    return index;
+    std::string name = ipv4.starts_with("127.") ? "lo" : ""; // which lists only one address of 127.0.0.0/8
+    for (const auto& entry : PosixInterfaceAddresses().list().value_or(std::vector<InterfaceAddress>()))
+        if (entry.address && entry.address->text == ipv4)
+            name = entry.interfaceName;
+    const unsigned index = if_nametoindex(name.c_str());
+    return index > 0 ? static_cast<int>(index) : -1;
 }
 
 } // namespace companion::simulator

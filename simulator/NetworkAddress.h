@@ -4,10 +4,10 @@
 
 namespace companion::simulator {
 
-/// This computer's address towards the default route, as dotted text; 127.0.0.1 when there is no such route.
+/// The address of the default route's interface, as dotted text; 127.0.0.1 without such a route.
 std::string defaultAddress();
 
-/// The index of the interface that has this address; -1 (to Avahi: all of them) when there is none.
+/// The index of the interface that has this address; -1, which to Avahi means all interfaces, if none has.
 int interfaceOf(const std::string& ipv4);
 
 } // namespace companion::simulator

@@ -83,7 +83,7 @@ std::variant<Options, std::string> parseOptions(const std::vector<std::string>& 
         return *parsed.problem;
     if (!parsed.operands.empty())
         return "unknown argument '" + printable(parsed.operands.front()) + "'";
-    if (auto problem = InstanceName(options.model, options.name, "00000000").problem())
+    if (auto problem = InstanceName{options.model, options.name, "00000000"}.problem())
         return *problem;
     return options;
 }

@@ -7,7 +7,7 @@
 
 namespace companion::simulator {
 
-/// What the command line asks for.
+/// What the command line sets.
 struct Options {
     std::string model = "Meridian 65";
     std::string name = "Simulated panel";
@@ -22,7 +22,7 @@ struct Options {
     bool wantsVersion = false;
 };
 
-/// `arguments` are those after the program's name. The options, or one line that says what is wrong.
+/// `arguments` are those after the program's name. Returns the options, or one line that says what is wrong.
 std::variant<Options, std::string> parseOptions(const std::vector<std::string>& arguments);
 
 std::string helpText();

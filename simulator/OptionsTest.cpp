@@ -18,7 +18,7 @@ std::string optionProblem(const std::vector<std::string>& arguments)
     return std::holds_alternative<std::string>(result) ? std::get<std::string>(result) : "none";
 }
 
-TEST(OptionsTest, WithoutArgumentsItIsAPanelOnTheUsualPorts)
+TEST(OptionsTest, DefaultsAreTheUsualPorts)
 {
     const Options defaults = parsed({});
     EXPECT_EQ(defaults.model, "Meridian 65");

@@ -12,7 +12,7 @@
 
 namespace companion::simulator {
 
-/// The requests of the service port whose answers can be chosen.
+/// The requests whose answers can be chosen.
 enum class PanelRequest { Heartbeat, Touchback, Trigger };
 constexpr std::size_t panelRequestCount = 3;
 
@@ -33,16 +33,16 @@ struct Occurrences {
 };
 
 struct UploadRecord {
-    std::string storedName;  ///< "" when it was only counted
+    std::string storedName;  ///< "" if it was only counted
     std::string fileName;    ///< of the part
-    std::string srcfilename; ///< the header field, "" when missing
-    std::string filetype;    ///< the header field, "" when missing
+    std::string srcfilename; ///< the header field, "" if missing
+    std::string filetype;    ///< the header field, "" if missing
     std::string contentType; ///< of the part
     std::string sha256;      ///< lower-case hexadecimal digits
-    bool isPicture = false;  ///< by its first bytes, whatever it is called
+    bool isPicture = false;  ///< judged by its first bytes
     std::uint64_t size = 0;
     std::int64_t time = 0; ///< milliseconds since 1970
-    std::string from;      ///< who sent it
+    std::string from;      ///< the sender's address
 };
 
 /// A recording that is being played or can be.

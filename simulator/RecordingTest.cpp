@@ -37,7 +37,7 @@ TEST(RecordingTest, FirstDatagramGoesOutAtOnceWhateverItsTime)
     EXPECT_EQ(recording("5000 a\n5007 b"), (Gesture{{false, "a", 0ms}, {false, "b", 7ms}}));
 }
 
-TEST(RecordingTest, CommentsAndEmptyLinesCountForNothing)
+TEST(RecordingTest, CommentsAndEmptyLinesAreIgnored)
 {
     EXPECT_EQ(
         recording("# made in room 204\n\n1 a\n#0 b\n2 c\n"), (Gesture{{false, "a", 0ms}, {false, "c", 1ms}}));
@@ -71,7 +71,7 @@ TEST(RecordingTest, HeaderNamesFormatAndVersion)
         EXPECT_EQ(problemOfText(text), "line 1: only version 1 of recordings is known") << text;
 }
 
-TEST(RecordingTest, WhatIsWrongIsToldWithItsLine)
+TEST(RecordingTest, ErrorNamesItsLine)
 {
     EXPECT_EQ(
         recordingProblem("0 a\n\nb"), "line 4: a time is a whole number of milliseconds, at most 86400000");

@@ -31,7 +31,7 @@ std::string_view trimmed(std::string_view text)
     return text.substr(start, text.find_last_not_of(" \t\r\n") - start + 1);
 }
 
-/// Takes the first word, and the blanks after it, off `text`.
+/// Removes the first word, and the blanks after it, from `text`.
 std::string_view takeWord(std::string_view& text)
 {
     const auto end = std::min(text.find_first_of(" \t"), text.size());
@@ -40,7 +40,7 @@ std::string_view takeWord(std::string_view& text)
     return word;
 }
 
-/// An interim status (1xx) is no answer, so it is not offered.
+/// Not 1xx: an interim status is no answer.
 std::optional<unsigned> parseStatus(std::string_view text)
 {
     const auto status = parseCount(text, 599);

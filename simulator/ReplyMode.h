@@ -21,19 +21,19 @@ struct ReplyMode {
         Invalid, ///< 200 and a body that is not UTF-8
         Cut,     ///< 200 and half of the promised body
         Huge,    ///< 200 and `number` megabytes
-        Endless, ///< 200 and a body without end
+        Endless, ///< 200 and an endless body
     };
 
     Kind kind = Kind::Ok;
     std::uint64_t number = 0;
     std::string text{};
-    std::chrono::milliseconds delay{0}; ///< before whatever it is
+    std::chrono::milliseconds delay{0}; ///< before the answer
 
     /// "ok", "cast-off", "busy", "text TEXT", "status N [TEXT]", "silence", "close", "invalid", "cut", "huge N",
     /// "endless", each with or without "delay MS" before it; "delay MS" alone is "delay MS ok".
     static std::optional<ReplyMode> parse(std::string_view text);
 
-    /// The same in words that `parse` takes.
+    /// In the form that `parse` reads.
     std::string description() const;
 
     bool operator==(const ReplyMode&) const = default;
@@ -45,7 +45,7 @@ struct UploadMode {
         Ok,          ///< stored; 200
         Status,      ///< `status`, after the body was read
         StatusEarly, ///< `status`, before the body was read
-        Reset,       ///< the connection is reset as soon as some of the body is there
+        Reset,       ///< the connection is reset as soon as part of the body has arrived
         Cut,         ///< stored; the answer breaks off half-way
         Silence,     ///< stored; unanswered until the mode changes
         Slow,        ///< reads one byte a second

@@ -24,7 +24,7 @@ TEST(ReplyModeTest, DelayAloneIsADelayedOk)
     EXPECT_EQ(ReplyMode::parse("delay 250"), (ReplyMode{Kind::Ok, 0, "", 250ms}));
 }
 
-TEST(ReplyModeTest, BlanksAndLineEndsAroundItCountForNothing)
+TEST(ReplyModeTest, SurroundingBlanksAndLineEndsAreIgnored)
 {
     EXPECT_EQ(ReplyMode::parse(" busy\r\n"), ReplyMode{Kind::Busy});
 }
@@ -37,7 +37,7 @@ TEST(ReplyModeTest, StatusGoesFrom200To599)
     EXPECT_FALSE(ReplyMode::parse("status 600"));
 }
 
-TEST(ReplyModeTest, AnythingElseIsNoMode)
+TEST(ReplyModeTest, AnythingElseIsRefused)
 {
     for (const char* text : {"", "OK", "ok ok", "status", "status x", "huge", "huge -1", "huge 1000001",
              "delay", "delay x", "delay 3600001", "delay 1 delay 2", "text", "cast off"})
@@ -54,7 +54,7 @@ TEST(UploadModeTest, EveryModeReadsItsOwnDescription)
     }
 }
 
-TEST(UploadModeTest, AnythingElseIsNoMode)
+TEST(UploadModeTest, AnythingElseIsRefused)
 {
     for (const char* text : {"", "status", "status 100", "status 413 late", "early", "slow 1"})
         EXPECT_FALSE(UploadMode::parse(text)) << text;

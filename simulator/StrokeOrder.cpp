@@ -12,7 +12,7 @@ StrokeOrder::Verdict StrokeOrder::judge(const std::string& stroke, std::uint64_t
         return Verdict::Busy;
     if (stroke == m_stroke)
         return Verdict::Unknown;
-    // A later part of a stroke that is not known may have overtaken the first one.
+    // A later part of an unknown stroke may have overtaken the first one.
     return part == 0 ? Verdict::Play : Verdict::Early;
 }
 

@@ -9,36 +9,36 @@
 
 namespace companion::simulator {
 
-/// The one finger on the panel, whose stroke comes in numbered parts, each in a request of its own. Puts the parts in
-/// order however the requests overtake each other, plays none twice, and keeps other fingers away meanwhile.
+/// Orders the numbered parts of a stroke, which arrive in requests that may overtake each other: each is played once and
+/// in turn. Rejects other strokes while a finger is down.
 class StrokeOrder {
 public:
     using Time = std::chrono::steady_clock::time_point;
 
-    /// After so long without a part a finger counts as gone, and another one may come.
+    /// After this time without a part, another stroke may begin.
     static constexpr std::chrono::seconds restingTime{5};
 
     enum class Verdict {
-        Play,    ///< it is this part's turn
-        Played,  ///< it has been played, or passed over
-        Early,   ///< parts before it are missing
+        Play,    ///< this part is next
+        Played,  ///< played before, or skipped
+        Early,   ///< earlier parts are missing
         Busy,    ///< another finger is on the panel
-        Unknown, ///< of a stroke that did not begin, or is over
+        Unknown, ///< the stroke is over
     };
 
     /// The first part of a stroke is number 0.
     Verdict judge(const std::string& stroke, std::uint64_t part, Time now) const;
 
-    /// It has begun, and its finger was not lifted.
+    /// It has begun and not ended.
     bool isUnderWay(const std::string& stroke) const { return m_isDown && stroke == m_stroke; }
 
-    /// For the first part of a stroke: what lifts the finger that is gone without lifting; often nothing.
+    /// For the first part of a stroke: releases the finger of a stroke that never ended; nothing if there is none.
     std::optional<GestureStep> liftBefore(std::uint64_t part) const;
 
-    /// The part is on its way; parts before it that are missing are passed over.
+    /// Call it when the part is being played; missing parts before it are skipped.
     void played(const std::string& stroke, std::uint64_t part, const Gesture& gesture, Time now);
 
-    /// Nobody takes touches: the stroke is over.
+    /// Ends the stroke, since its touches cannot be sent.
     void abandon() { m_isDown = false; }
 
 private:

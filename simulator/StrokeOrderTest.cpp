@@ -47,7 +47,7 @@ TEST_F(StrokeOrderTest, PartBeforeTheFirstOneIsEarly)
     EXPECT_EQ(judge("b", 1), Verdict::Early);
 }
 
-TEST_F(StrokeOrderTest, PartThatWasPassedOverIsNotPlayedLater)
+TEST_F(StrokeOrderTest, SkippedPartIsNotPlayedLater)
 {
     play("a", 0, "DOWN 1 2");
     play("a", 2, "MOVE 3 4");
@@ -75,7 +75,7 @@ TEST_F(StrokeOrderTest, SecondFingerWaitsUntilTheFirstHasBeenSilentForFiveSecond
     EXPECT_EQ(judge("a", 2), Verdict::Play); // it only rested
 }
 
-TEST_F(StrokeOrderTest, FingerThatIsGoneIsLiftedWhereItWasLast)
+TEST_F(StrokeOrderTest, SilentFingerIsReleasedAtItsLastPosition)
 {
     play("a", 0, "DOWN 1 2\nMOVE 31000 17\nRAW x");
     EXPECT_EQ(order.liftBefore(0), (GestureStep{true, "UP,31000,17,"}));
@@ -84,7 +84,7 @@ TEST_F(StrokeOrderTest, FingerThatIsGoneIsLiftedWhereItWasLast)
     EXPECT_EQ(judge("a", 2), Verdict::Busy);
 }
 
-TEST_F(StrokeOrderTest, NothingIsLiftedAfterAnUpOrWhenNobodyTakesTouches)
+TEST_F(StrokeOrderTest, NothingIsReleasedAfterAnUpOrWithoutAReceiver)
 {
     EXPECT_EQ(order.liftBefore(0), std::nullopt);
     play("a", 0, "DOWN 1 2\nUP 1 2");

@@ -13,12 +13,12 @@ TEST(ReplaceControlsTest, ControlCharactersAreQuestionMarks)
         << "so are those of two bytes";
 }
 
-TEST(ReplaceControlsTest, TextStaysAsItIs)
+TEST(ReplaceControlsTest, TextIsUnchanged)
 {
     EXPECT_EQ(replaceControls("caf\u00E9 \u00A0 \u20AC \U0001F600"), "caf\u00E9 \u00A0 \u20AC \U0001F600");
 }
 
-TEST(ReplaceControlsTest, OfWhatIsNoTextOnlyAsciiStays)
+TEST(ReplaceControlsTest, OnlyAsciiIsKeptOfTextThatIsNotUtf8)
 {
     EXPECT_EQ(replaceControls("a\xE9z"), "a?z");
 }

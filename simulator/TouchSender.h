@@ -16,7 +16,7 @@ namespace companion::simulator {
 
 struct PlaybackResult {
     std::size_t sent = 0;
-    bool isRefused = false; ///< nobody wants touches (any more)
+    bool isRefused = false; ///< no computer wants touches (any more)
     std::string problem;    ///< "" if the whole gesture went out
 };
 
@@ -27,7 +27,7 @@ using Playback = std::shared_future<PlaybackResult>;
 std::string datagramCount(std::size_t count);
 
 /// Sends touches to the computer that asked for them: one gesture after the other, on a thread of its own. Each datagram
-/// has its own due time, so delays do not add up. Any thread.
+/// has its own due time, so delays do not accumulate. Any thread.
 class TouchSender {
 public:
     using WhenOver = std::function<void(const PlaybackResult&)>;

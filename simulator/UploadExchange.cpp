@@ -4,7 +4,6 @@
 #include "simulator/EventLog.h"
 #include "simulator/PanelState.h"
 #include "simulator/UploadFile.h"
-#include "simulator/UploadName.h"
 
 #include <QCryptographicHash>
 

@@ -1,6 +1,7 @@
 #include "simulator/UploadFile.h"
 
-#include "simulator/UploadName.h"
+#include "platform/Text.h"
+#include "simulator/Text.h"
 
 #include <atomic>
 #include <cerrno>
@@ -15,11 +16,22 @@ namespace companion::simulator {
 namespace {
 
 constexpr unsigned maxNumber = 10'000;
+constexpr std::size_t maxNameBytes = 200;
+constexpr std::size_t maxExtensionBytes = 20;
 
 /// With the permissions that the umask leaves.
 int createNew(const std::string& path)
 {
     return ::open(path.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC | O_NOFOLLOW, 0666);
+}
+
+/// Stem, and extension with its "."; an extension that is too long counts as part of the stem.
+std::pair<std::string, std::string> split(const std::string& name)
+{
+    const auto dot = name.rfind('.');
+    if (dot == std::string::npos || dot == 0 || name.size() - dot > maxExtensionBytes)
+        return {name, ""};
+    return {name.substr(0, dot), name.substr(dot)};
 }
 
 } // namespace
@@ -107,6 +119,27 @@ std::string UploadFile::reserveName(const std::string& name)
     }
     fail();
     return {};
+}
+
+std::string safeFileName(std::string_view offered)
+{
+    if (const auto separator = offered.find_last_of("/\\"); separator != std::string_view::npos)
+        offered.remove_prefix(separator + 1);
+    std::string name = replaceControls(offered);
+    if (name.empty())
+        return "upload";
+    if (name.front() == '.')
+        name.insert(0, "_");
+    const auto [stem, extension] = split(name);
+    return std::string(cutAtCharacter(stem, maxNameBytes - extension.size())) + extension;
+}
+
+std::string numberedFileName(const std::string& name, unsigned number)
+{
+    if (number <= 1)
+        return name;
+    const auto [stem, extension] = split(name);
+    return stem + " (" + std::to_string(number) + ")" + extension;
 }
 
 } // namespace companion::simulator

@@ -35,4 +35,11 @@ private:
     int m_fd = -1;
 };
 
+/// A safe file name made of the one that a client sent: the part after the last "/" or "\\", in UTF-8 without control
+/// characters, not hidden (a leading "." is preceded by "_"), not empty, and at most 200 bytes with its extension kept.
+std::string safeFileName(std::string_view offered);
+
+/// The name with a number before its extension: "a.png" and 2 give "a (2).png"; 1 changes nothing.
+std::string numberedFileName(const std::string& name, unsigned number);
+
 } // namespace companion::simulator

@@ -1,9 +1,9 @@
-// The panel's state, how it answers, and what has been uploaded.
+// Shows the panel's state and uploads, and sets its answers.
 
 import { StrokeSender, TouchSurface, tellsEveryMove } from "/simulator/touch.js";
 
 const STATE_MS = 1000;
-const ANSWER_MS = 5000; // a network that is gone may keep the browser waiting for minutes
+const ANSWER_MS = 5000; // without a network, the browser could wait for minutes
 const SERVICE_MODES = [
   ["OK", "ok"], ["Casting is off", "cast-off"], ["Busy", "busy"], ["Error 500", "status 500"],
   ["Not text", "invalid"], ["Slow", "delay 3000"], ["Silence", "silence"], ["Hang up", "close"], ["Cut off", "cut"],
@@ -27,13 +27,13 @@ const FAULTS = [
 
 const byId = (id) => document.getElementById(id);
 
-/// Writes only what has changed: screen readers say it again otherwise.
+/// Writes only changes, since screen readers announce every write.
 function show(id, text) {
   if (byId(id).textContent !== text)
     byId(id).textContent = text;
 }
 
-/// On one line, also where it ends in "AM".
+/// Does not wrap, even with "AM" at the end.
 function timeOfDay(time) {
   return new Date(time).toLocaleTimeString().replaceAll(" ", "\u00a0");
 }
@@ -118,7 +118,7 @@ function uploadItem(upload) {
 function picture(storedName, name) {
   const image = document.createElement("img");
   image.alt = `The picture ${name}`;
-  image.addEventListener("error", () => image.remove()); // it begins like a picture, and is none
+  image.addEventListener("error", () => image.remove()); // it only begins like a picture
   image.src = `/simulator/uploads/${encodeURIComponent(storedName)}`;
   return image;
 }
@@ -127,7 +127,7 @@ let shownUploads = 0;
 
 function showUploads(uploads) {
   const fresh = Math.min(uploads.count - shownUploads, uploads.list.length);
-  if (uploads.count < shownUploads) { // the panel has been started anew
+  if (uploads.count < shownUploads) { // the panel was restarted
     byId("uploads").replaceChildren();
     byId("uploads").prepend(...uploads.list.map(uploadItem).reverse());
   } else if (fresh > 0) {

@@ -1,22 +1,22 @@
-// What a finger, a pen, a mouse or the keyboard does on the surface, as touches of the panel.
+// Turns what a finger, a pen, a mouse or the keyboard does on the surface into touches of the panel.
 
-const RANGE = 32767; // from the first to the last column and row, whatever the size
+const RANGE = 32767; // of the last column and row, whatever the size
 const MAX_LINES = 2000; // in one request
 const RETRY_MS = 500;
 
-/// Browsers keep the places between two frames for pages that came encrypted or from the same computer
+/// Browsers report positions between two frames only to pages loaded over HTTPS or from the same computer
 /// (Pointer Events, Level 3, getCoalescedEvents).
 export const tellsEveryMove = "getCoalescedEvents" in PointerEvent.prototype;
 
-/// Sends strokes in order: one request at a time, which takes along all that came since the one before. Parts are
-/// numbered, so that the panel can put them in order and play none twice when one has to be repeated.
+/// Sends strokes in order, one request at a time, with all lines that have gathered meanwhile. Parts are numbered, so that
+/// the panel can order them and ignore repeated ones.
 export class StrokeSender {
-  /// `tellRefusal` gets the panel's reason, and "" when another stroke begins.
+  /// `tellRefusal` is called with the panel's reason, and with "" when another stroke begins.
   constructor(tellRefusal) {
     this.tellRefusal = tellRefusal;
     this.parts = []; // {id, lines}, in order; only the last one grows
     this.numbers = new Map(); // of the next part of each stroke that waits here
-    this.dropped = null; // the stroke that the panel does not take
+    this.dropped = null; // the stroke that the panel refused
     this.isSending = false;
   }
 
@@ -57,7 +57,7 @@ export class StrokeSender {
       if (!answer.ok)
         this.drop(part.id, (await answer.text()).trim());
     } catch {
-      // Whether it arrived is not known; the panel plays no part twice.
+      // It may have arrived; the panel ignores repeated parts.
       await new Promise((resolve) => setTimeout(resolve, RETRY_MS));
     }
   }
@@ -78,14 +78,14 @@ export class StrokeSender {
     this.tellRefusal(reason);
   }
 
-  /// The page goes away: what waits is sent now, in requests that outlive it.
+  /// Before the page is closed: sends what is left, in requests that outlive it.
   flush() {
     for (const part of this.parts.filter((waiting) => !waiting.isSent))
       this.post(part, true).catch(() => {});
   }
 }
 
-/// Draws what was touched last.
+/// Draws the latest touches.
 class Trail {
   constructor(canvas) {
     this.canvas = canvas;
@@ -116,7 +116,7 @@ class Trail {
 
 const clamp = (value) => Math.min(Math.max(Math.round(value), 0), RANGE);
 
-/// One finger at a time; what others do meanwhile counts for nothing.
+/// One finger at a time; others are ignored meanwhile.
 export class TouchSurface {
   constructor(element, canvas, sender) {
     this.element = element;
@@ -130,7 +130,7 @@ export class TouchSurface {
   listen() {
     const on = (type, handler) => this.element.addEventListener(type, handler);
     on("pointerdown", (event) => this.pointerDown(event));
-    // Of the window, since a browser may take a pointer's capture away while the finger stays down.
+    // On the window, since a browser may end the capture of a pointer that is still down.
     addEventListener("pointermove", (event) => this.pointerMoved(event));
     addEventListener("pointerup", (event) => this.pointerUp(event));
     addEventListener("pointercancel", (event) => this.pointerCancelled(event));
@@ -143,7 +143,7 @@ export class TouchSurface {
     document.addEventListener("visibilitychange", () => document.hidden && this.leave());
   }
 
-  /// In the panel's coordinates.
+  /// In panel coordinates.
   pointOf(event) {
     const area = this.element.getBoundingClientRect();
     return {
@@ -165,7 +165,7 @@ export class TouchSurface {
     try {
       this.element.setPointerCapture(pointer);
     } catch {
-      this.up(this.point); // it is gone already
+      this.up(this.point); // that pointer has gone
     }
   }
 
@@ -177,7 +177,7 @@ export class TouchSurface {
   pointerMoved(event) {
     if (event.pointerId !== this.pointer)
       return;
-    if (event.buttons === 0) { // it was lifted where nobody saw it
+    if (event.buttons === 0) { // it was released outside the window
       this.up(this.point);
       return;
     }
@@ -191,14 +191,14 @@ export class TouchSurface {
       this.up(this.pointOf(event));
   }
 
-  /// The place of a pointer that is taken away means nothing.
+  /// The position of a cancelled pointer is meaningless.
   pointerCancelled(event) {
     if (event.pointerId === this.pointer)
       this.up(this.point);
   }
 
   keyDown(event) {
-    if (event.altKey || event.ctrlKey || event.metaKey) // the browser's own
+    if (event.altKey || event.ctrlKey || event.metaKey) // shortcuts of the browser
       return;
     const step = RANGE / (event.shiftKey ? 400 : 40);
     const way = { ArrowLeft: [-1, 0], ArrowRight: [1, 0], ArrowUp: [0, -1], ArrowDown: [0, 1] }[event.key];

@@ -123,7 +123,7 @@ TEST_F(AnnouncementTest, BusThatRestartsIsConnectedToAgain)
     EXPECT_TRUE(browser.waitForOutput(added(room)));
 }
 
-TEST_F(AnnouncementTest, MissingBusIsToldOnce)
+TEST_F(AnnouncementTest, MissingBusIsLoggedOnce)
 {
     SimulatorProcess panel = startPanel();
     ASSERT_TRUE(panel.process().waitForOutput("not announced for now: no system bus\n"));

@@ -93,7 +93,7 @@ TEST(CommandLineTest, ReadyLineTellsWhatIsAnnouncedAndWhere)
             + ", uploads on " + std::to_string(panel.uploadPort()) + "\n");
 }
 
-TEST(CommandLineTest, SignalsEndItWithStatus0EvenWhileItIsSilent)
+TEST(CommandLineTest, SignalsEndItWithStatus0DuringASilence)
 {
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         SimulatorProcess panel;
@@ -107,7 +107,7 @@ TEST(CommandLineTest, SignalsEndItWithStatus0EvenWhileItIsSilent)
     }
 }
 
-TEST(CommandLineTest, SignalEndsItWithinTwoSecondsHoweverAnswersWait)
+TEST(CommandLineTest, SignalEndsItWithinTwoSecondsWithAnswersPending)
 {
     SimulatorProcess panel({"--no-announce", "--touch-port", "9"});
     panel.get("/enableWifiTouchback?ip=127.0.0.1&enable=true&hidemenu=false&isHDMI=true");

@@ -127,7 +127,7 @@ TEST_F(ControlInterfaceTest, GesturesArePlayedOneAfterTheOther)
     EXPECT_THAT(nextTouch(), MatchesRegex("UP,2,2,.*"));
 }
 
-TEST_F(ControlInterfaceTest, NobodyWhoAskedMeans409)
+TEST_F(ControlInterfaceTest, WithoutATouchbackRequestTheStatusIs409)
 {
     EXPECT_EQ(panel.post("/simulator/touch", "UP 1 2").status, 409);
     askForTouches();

@@ -20,7 +20,7 @@ protected:
 
     void TearDown() override
     {
-        EXPECT_EQ(panel.ping().body, "OK") << "it serves no more";
+        EXPECT_EQ(panel.ping().body, "OK") << "the server no longer answers";
         panel.process().sendSignal(SIGTERM);
         EXPECT_EQ(panel.process().waitForExit(), 0) << panel.process().output();
     }
@@ -28,7 +28,7 @@ protected:
     SimulatorProcess panel;
 };
 
-TEST_F(HostileInputTest, RubbishIsNoRequest)
+TEST_F(HostileInputTest, GarbageDoesNotStopTheServer)
 {
     send(std::string(5000, '\0'));
     send("\r\n\r\n\r\n");
@@ -37,7 +37,7 @@ TEST_F(HostileInputTest, RubbishIsNoRequest)
     send("GET /%00%ff%zz?%=%&ip=%00 HTTP/9.9\r\n\r\n");
 }
 
-TEST_F(HostileInputTest, LengthsThatAreNoneAreRefused)
+TEST_F(HostileInputTest, InvalidContentLengthsAreRefused)
 {
     for (const char* length : {"-1", "99999999999999999999999", "x", "1x"})
         EXPECT_GE(send("POST /ws HTTP/1.1\r\nHost: p\r\nContent-Length: " + std::string(length) + "\r\n\r\n")
@@ -69,7 +69,7 @@ TEST_F(HostileInputTest, ChunkedBodyIsLimitedToo)
     EXPECT_EQ(client.receive().status, 413);
 }
 
-TEST_F(HostileInputTest, ChunkedBodyWithoutEndIsHungUpOn)
+TEST_F(HostileInputTest, EndlessChunkedBodyIsDisconnected)
 {
     HttpClient client(panel.address(), panel.servicePort());
     client.send("POST /simulator/touch HTTP/1.1\r\nHost: p\r\nTransfer-Encoding: chunked\r\n\r\n");
@@ -79,7 +79,7 @@ TEST_F(HostileInputTest, ChunkedBodyWithoutEndIsHungUpOn)
     EXPECT_LT(megabytes, 64);
 }
 
-TEST_F(HostileInputTest, HalfRequestsHoldNobodyUp)
+TEST_F(HostileInputTest, IncompleteRequestsDoNotBlockOthers)
 {
     std::vector<std::unique_ptr<HttpClient>> slow;
     for (int i = 0; i < 200; ++i) {

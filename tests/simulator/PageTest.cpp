@@ -149,7 +149,7 @@ TEST_F(PageTest, LargePictureIsServedWhole)
     EXPECT_TRUE(panel.get("/simulator/uploads/large.png").body == large);
 }
 
-TEST_F(PageTest, UploadThatIsNoPictureIsNotServedWhateverItIsCalled)
+TEST_F(PageTest, UploadThatIsNotAPictureIsNotServedWhateverItsName)
 {
     std::string name = "x.png";
     for (const std::string bytes :

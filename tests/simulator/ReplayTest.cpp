@@ -177,7 +177,7 @@ TEST_F(ReplayTest, OneRecordingIsPlayedAtATimeAndTheStateTells)
     EXPECT_FALSE(panel.state()["replay"].toObject()["playing"].toBool());
 }
 
-TEST_F(ReplayTest, BadRecordingIsOneLineWithItsLineNumberAndStatus2)
+TEST_F(ReplayTest, InvalidRecordingIsOneLineAndStatus2)
 {
     const auto run = [](const std::string& file) {
         ChildProcess process({PANEL_SIMULATOR, "--no-announce", "--address", "127.0.0.1", "--service-port",

@@ -47,7 +47,7 @@ TEST_F(ServicePortTest, OnlyTheLast100PingTimesAreKept)
     EXPECT_EQ(pings["times"].toArray().size(), 100);
 }
 
-TEST_F(ServicePortTest, PingThatIsNoneIsRefusedInOneLineAndNotCounted)
+TEST_F(ServicePortTest, InvalidPingIsRefusedInOneLineAndNotCounted)
 {
     for (const char* target :
         {"/pingServerWithIP", "/pingServerWithIP?ip=&msg=ping", "/pingServerWithIP?ip=1.2.3&msg=ping",
@@ -101,7 +101,7 @@ TEST_F(ServicePortTest, UnknownPathsAre404AndWrongMethods405)
     EXPECT_THAT(panel.get("/ws").head, HasSubstr("\r\nAllow: POST\r\n"));
 }
 
-TEST_F(ServicePortTest, CastOffAndBusyAreSaidInTheirOwnWords)
+TEST_F(ServicePortTest, CastOffAndBusyHaveTheirFixedTexts)
 {
     replyWith("cast-off");
     EXPECT_EQ(panel.ping().body, "CAST_OFF");
@@ -152,7 +152,7 @@ TEST_F(ServicePortTest, SilenceThatIsRenewedStaysSilent)
     EXPECT_FALSE(nothing.isClosed);
 }
 
-TEST_F(ServicePortTest, ClientsThatLeaveASilenceTakeNoConnectionWithThem)
+TEST_F(ServicePortTest, ClientsThatLeaveASilenceFreeTheirConnections)
 {
     replyWith("silence");
     for (int i = 0; i < 900; ++i) { // more than the server allows at once
@@ -163,7 +163,7 @@ TEST_F(ServicePortTest, ClientsThatLeaveASilenceTakeNoConnectionWithThem)
     EXPECT_EQ(panel.ping().body, "OK");
 }
 
-TEST_F(ServicePortTest, CloseSendsNotOneByte)
+TEST_F(ServicePortTest, CloseSendsNothing)
 {
     replyWith("close");
     const HttpReply reply = panel.ping();
@@ -207,7 +207,7 @@ TEST_F(ServicePortTest, EndlessGoesOnAndOthersAreServedMeanwhile)
     EXPECT_EQ(panel.state()["pings"].toObject()["count"].toInt(), 1);
 }
 
-TEST_F(ServicePortTest, DelayOf250MillisecondsHoldsTheAnswerAndNobodyElse)
+TEST_F(ServicePortTest, DelayOf250MillisecondsDelaysNoOtherRequest)
 {
     replyWith("delay 250 cast-off");
     const auto start = std::chrono::steady_clock::now();

@@ -62,7 +62,7 @@ TEST_F(StrokeTest, PartThatIsRepeatedIsSentOnce)
     EXPECT_EQ(nextTouch(), "UP,1,2");
 }
 
-TEST_F(StrokeTest, PartThatDoesNotComeIsPassedOverAfterTwoSeconds)
+TEST_F(StrokeTest, MissingPartIsSkippedAfterTwoSeconds)
 {
     part("s", 0, "DOWN 1 2");
     const auto begin = std::chrono::steady_clock::now();
@@ -92,7 +92,7 @@ TEST_F(StrokeTest, SecondFingerIsRefusedWhileTheFirstIsDown)
         EXPECT_EQ(nextTouch(), touch);
 }
 
-TEST_F(StrokeTest, FingerThatIsSilentForFiveSecondsIsLiftedBeforeTheNextOne)
+TEST_F(StrokeTest, FingerThatIsSilentForFiveSecondsIsReleasedBeforeTheNextPress)
 {
     part("gone", 0, "DOWN 1 2\nMOVE 31000 17");
     const auto begin = std::chrono::steady_clock::now();
@@ -104,7 +104,7 @@ TEST_F(StrokeTest, FingerThatIsSilentForFiveSecondsIsLiftedBeforeTheNextOne)
     EXPECT_EQ(part("gone", 1, "MOVE 3 4").status, 409);
 }
 
-TEST_F(StrokeTest, NobodyWhoAskedMeans409AndTheStrokeIsOver)
+TEST_F(StrokeTest, SwitchingOffEndsTheStrokeWith409)
 {
     part("s", 0, "DOWN 1 2");
     switchTouchback("false");

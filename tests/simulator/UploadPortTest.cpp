@@ -169,7 +169,7 @@ TEST_F(UploadPortTest, WithoutTheHeaderThePartNamesTheFile)
     EXPECT_EQ(stored(), std::vector<std::string>{"p.png"});
 }
 
-TEST_F(UploadPortTest, BodiesThatAreNoUploadAreRefusedAndLeaveNothing)
+TEST_F(UploadPortTest, InvalidBodiesAreRefusedAndLeaveNoFile)
 {
     const std::string fields = uploadFields("a.png");
     const std::string whole = multipart("a.png", "some bytes");
@@ -196,7 +196,7 @@ TEST_F(UploadPortTest, SecondFilePartIsRefused)
     EXPECT_EQ(stored(), std::vector<std::string>());
 }
 
-TEST_F(UploadPortTest, UploadThatBreaksOffLeavesNothing)
+TEST_F(UploadPortTest, InterruptedUploadLeavesNoFile)
 {
     {
         HttpClient client(panel.address(), panel.uploadPort());
