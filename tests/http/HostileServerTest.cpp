@@ -122,7 +122,8 @@ TEST_F(HostileServerTest, RepliesThatDripTheirBytesEndAfterTheLongestDuration)
 TEST_F(HostileServerTest, ErrorStatusWithoutALengthBeforeTheBodyIsReadIsTheReply)
 {
     for (const std::string start : {"HTTP/1.1 413 Too Large\r\n\r\n", "HTTP/1.0 500 Broken\r\n\r\n",
-             "HTTP/1.1 404 None\r\nConnection: close\r\n\r\n", "HTTP/1.1 200 OK\r\n\r\n"}) {
+             "HTTP/1.1 404 None\r\nConnection: close\r\n\r\n", "HTTP/1.1 200 OK\r\n\r\n",
+             "HTTP/1.1 413 Too Large\r\nTransfer-Encoding: chunked\r\n\r\n4\r\nfu"}) {
         for (const std::size_t size : {100u << 10, 24u << 20}) {
             RawServer server([&](RawConnection& connection) {
                 connection.readHead();
@@ -132,10 +133,10 @@ TEST_F(HostileServerTest, ErrorStatusWithoutALengthBeforeTheBodyIsReadIsTheReply
             });
             SCOPED_TRACE(start);
             const HttpReply answer = reply(uploadTo(server.url(), size));
-            if (start.find("200") == std::string::npos)
+            if (start.ends_with("\r\n\r\n") && start.find("200") == std::string::npos)
                 expectReply(answer, std::stoi(start.substr(9)), "");
             else
-                expectError(answer); // it may have been cut off
+                expectError(answer); // it was cut off, or may have been
         }
     }
 }
