@@ -13,7 +13,7 @@ public:
     virtual double secondsSince1970() const = 0;
 };
 
-/// Holds up the calling thread.
+/// Blocks the calling thread.
 class Pause {
 public:
     virtual ~Pause() = default;

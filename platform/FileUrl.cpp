@@ -75,7 +75,7 @@ std::optional<std::string_view> hierarchicalPart(std::string_view text)
     return text.substr(0, text.find_first_of("?#"));
 }
 
-/// Takes a host away that is this computer; any other one stays in the way of the path.
+/// Removes a host that is this computer; any other one stays, so that no absolute path follows.
 std::string_view withoutHost(std::string_view part)
 {
     if (!part.starts_with("//"))

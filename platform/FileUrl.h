@@ -9,7 +9,7 @@ namespace companion {
 class FileUrl {
 public:
     /// The file that `text` names: an absolute path on no host or on "localhost". Nothing for other schemes and
-    /// hosts, for a percent sign that starts no encoded byte, and for a path that holds a NUL.
+    /// hosts, invalid percent-encoding, and a path that holds a NUL.
     static std::optional<FileUrl> fromText(const std::string& text);
 
     /// `path` is absolute; the URL's text is percent-encoded.
@@ -21,7 +21,7 @@ public:
     /// The path for the file system, percent-decoded: bytes, and UTF-8 only where the name is.
     const std::string& path() const { return m_path; }
 
-    /// The file's name as text: UTF-8, with U+FFFD for what is none.
+    /// The file's name as UTF-8, with U+FFFD in place of invalid bytes.
     std::string lastPathComponent() const;
 
     bool operator==(const FileUrl&) const = default;

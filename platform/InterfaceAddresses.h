@@ -24,7 +24,7 @@ class InterfaceAddresses {
 public:
     virtual ~InterfaceAddresses() = default;
 
-    /// The entries in the system's order, or nothing when the system cannot tell.
+    /// The entries in the system's order, or nothing when the system call fails.
     virtual std::optional<std::vector<InterfaceAddress>> list() const = 0;
 };
 

@@ -13,7 +13,7 @@ public:
     virtual void log(std::string_view line) = 0;
 };
 
-/// Standard output. Any thread. Never holds up its caller: a pipe that nobody reads loses lines.
+/// Standard output. Any thread. Never blocks its caller: a pipe that nobody reads loses lines.
 class Console {
 public:
     virtual ~Console() = default;

@@ -7,13 +7,13 @@
 
 namespace companion {
 
-/// Bytes that change no more, held once however many use them; null when there are none. Any thread.
+/// Immutable bytes with shared ownership; null when there are none. Any thread.
 using SharedBytes = std::shared_ptr<const std::string_view>;
 
-/// Takes the text over, without a copy where it is long.
+/// Takes ownership of the text; long text is not copied.
 SharedBytes sharedBytes(std::string text);
 
-/// Takes the memory over, of which the first `size` bytes are meant.
+/// Takes ownership of the memory, of which the first `size` bytes count.
 SharedBytes sharedBytes(std::unique_ptr<const char[]> memory, std::size_t size);
 
 } // namespace companion

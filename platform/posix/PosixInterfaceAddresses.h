@@ -4,7 +4,7 @@
 
 namespace companion {
 
-/// The list of getifaddrs(3). An entry without an address, such as a tunnel's, is a link and not handed over.
+/// The list of getifaddrs(3). An entry without an address, such as a tunnel's, is a link and left out.
 class PosixInterfaceAddresses : public InterfaceAddresses {
 public:
     std::optional<std::vector<InterfaceAddress>> list() const override;
