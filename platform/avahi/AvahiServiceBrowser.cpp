@@ -9,7 +9,7 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto retryInterval = 2s;
+constexpr auto browseRetryInterval = 2s;
 
 constexpr AvahiObjectType browserType{"ServiceBrowserNew", "org.freedesktop.Avahi.ServiceBrowser"};
 constexpr uint noFlags = 0;
@@ -64,7 +64,7 @@ AvahiServiceBrowser::AvahiServiceBrowser(MainQueue& queue, SystemLog& log)
     , m_reports(std::make_shared<Reports>(queue))
 {
     m_retry.setSingleShot(true);
-    m_retry.setInterval(retryInterval);
+    m_retry.setInterval(browseRetryInterval);
     QObject::connect(&m_retry, &QTimer::timeout, &m_retry, [this] { browse(); });
     QObject::connect(m_client.get(), &AvahiClient::daemonCame, &m_retry, [this] {
         m_hasFailed = false;
