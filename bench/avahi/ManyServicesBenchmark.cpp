@@ -2,29 +2,32 @@
 #include "platform/qt/QtMainQueue.h"
 #include "tests/avahi/ServicePublisher.h"
 #include "tests/support/AvahiDaemon.h"
+#include "tests/support/ChildProcess.h"
 #include "tests/support/NetworkNamespace.h"
 
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
+#include <map>
 #include <QCoreApplication>
 #include <QTimer>
 #include <thread>
 
-// How long a browser takes to find and resolve many services.
+// How long a browser takes to find and resolve many services that another computer announces.
 //
-//   many_services_benchmark [SERVICES=1000] [ROUNDS=5] [DAEMONS=1]
+//   many_services_benchmark [SERVICES=1000] [ROUNDS=5] [IDLE_SECONDS=0]
 //
-// With one daemon, which announces them and is browsed too, the browser itself is what is measured. With two, which
-// hear each other on "lo", the first round meets a daemon that knows nothing and most of the time is spent between them.
-// One line a round, times in milliseconds from the start of browsing.
+// Two daemons hear each other on "lo": one announces, the other is browsed, as in life. Each round measures the browser
+// and, in turns, `avahi-browse -rt` of the same services. After two idle minutes (130) the browsed daemon has forgotten
+// the services' addresses and has to ask the network. Times in milliseconds from the start of browsing.
 
 namespace companion {
 
 namespace {
 
-/// The daemon announces its records several times over, and probes before.
+/// The daemon probes first, then announces its records several times.
 constexpr std::chrono::seconds settlingTime(12);
 
 using SteadyClock = std::chrono::steady_clock;
@@ -66,10 +69,9 @@ public:
     void print(int round) const
     {
         const double processor = 1e3 * static_cast<double>(std::clock() - m_processorStart) / CLOCKS_PER_SEC;
-        std::printf("%-2d first found %6.1f  first resolved %6.1f  last found %6.1f  last resolved %6.1f  "
-                    "first found to last resolved %6.1f  processor %6.1f  resolved %zu\n",
-            round, m_firstFound, m_firstResolved, m_lastFound, m_lastResolved, m_lastResolved - m_firstFound,
-            processor, m_resolved);
+        std::printf("%-2d first found %6.1f  last found %6.1f  first resolved %6.1f  all resolved %6.1f  "
+                    "processor %6.1f  resolved %zu\n",
+            round, m_firstFound, m_lastFound, m_firstResolved, m_lastResolved, processor, m_resolved);
     }
 
 private:
@@ -97,9 +99,27 @@ void measureRound(int round, std::size_t services)
     AvahiServiceBrowser browser(queue, log);
     browser.setDelegate(&stopwatch);
     browser.searchForServices("_airplay._tcp", "local.");
-    QTimer::singleShot(std::chrono::seconds(30), qApp, &QCoreApplication::quit);
+    QTimer timeout;
+    QObject::connect(&timeout, &QTimer::timeout, qApp, &QCoreApplication::quit);
+    timeout.start(std::chrono::seconds(30));
     QCoreApplication::exec();
     stopwatch.print(round);
+}
+
+void measureAvahiBrowse(int round, const std::map<std::string, std::string>& environment)
+{
+    const auto start = SteadyClock::now();
+    testing::ChildProcess browse({"sh", "-c", "avahi-browse -rtp _airplay._tcp | grep -c '^='"}, environment);
+    browse.waitForExit(std::chrono::seconds(60));
+    const std::chrono::duration<double, std::milli> time = SteadyClock::now() - start;
+    std::printf("%-2d avahi-browse -rt %6.1f  resolved %s", round, time.count(), browse.output().c_str());
+}
+
+void printLoad()
+{
+    std::string load;
+    std::getline(std::ifstream("/proc/loadavg"), load);
+    std::printf("   load %s\n", load.c_str());
     std::fflush(stdout);
 }
 
@@ -124,7 +144,7 @@ int main(int argc, char** argv)
     using namespace companion::testing;
     const std::size_t services = argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 1000;
     const int rounds = argc > 2 ? std::atoi(argv[2]) : 5;
-    const int daemons = argc > 3 ? std::atoi(argv[3]) : 1;
+    const std::chrono::seconds idleTime(argc > 3 ? std::atoi(argv[3]) : 0);
     auto problem = enterNetworkNamespace();
     if (!problem)
         problem = AvahiDaemon::reasonNotToRun();
@@ -134,18 +154,22 @@ int main(int argc, char** argv)
     }
     PrivateBus panelBus;
     PrivateBus computerBus;
-    setenv("DBUS_SYSTEM_BUS_ADDRESS", (daemons == 2 ? computerBus : panelBus).address().c_str(), 1);
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", computerBus.address().c_str(), 1);
     QCoreApplication application(argc, argv);
     panelBus.start();
     computerBus.start();
     AvahiDaemon panelDaemon(panelBus);
     AvahiDaemon computerDaemon(computerBus, {.hostName = "computer", .publishes = false});
     panelDaemon.start();
+    computerDaemon.start();
     ServicePublisher publisher(panelBus);
     publisher.publish(namesOfPanels(services));
     std::this_thread::sleep_for(settlingTime);
-    if (daemons == 2)
-        computerDaemon.start();
-    for (int round = 0; round < rounds; ++round)
+    for (int round = 0; round < rounds; ++round) {
+        std::this_thread::sleep_for(idleTime);
         measureRound(round, services);
+        std::this_thread::sleep_for(idleTime);
+        measureAvahiBrowse(round, computerBus.environment());
+        printLoad();
+    }
 }
