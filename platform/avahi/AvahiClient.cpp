@@ -43,25 +43,10 @@ bool isError(const QDBusMessage& reply)
 
 } // namespace
 
-/// Outlives the AvahiObject while a call or a signal of it is being processed.
-struct AvahiObject::State {
-    const AvahiObjectType& type;
-    Handlers handlers;
-    int daemon;   ///< the number of the daemon that it was requested from
-    QString path; ///< empty until that has replied
-    bool isReleased = false;
-};
-
-AvahiObject::AvahiObject(AvahiClient& client, std::shared_ptr<State> state)
-    : m_client(client)
-    , m_state(std::move(state))
-{
-}
-
 AvahiObject::~AvahiObject()
 {
-    m_state->isReleased = true;
-    m_client.free(*m_state);
+    if (!m_path.isEmpty())
+        m_client.free(m_type, m_path);
 }
 
 AvahiClient::AvahiClient(SystemLog& log)
@@ -71,15 +56,15 @@ AvahiClient::AvahiClient(SystemLog& log)
     connect(&m_bus, &SystemBus::stateChanged, this, &AvahiClient::changeBus);
 }
 
-std::unique_ptr<AvahiObject> AvahiClient::makeObject(
+std::shared_ptr<AvahiObject> AvahiClient::makeObject(
     const AvahiObjectType& type, const QVariantList& arguments, AvahiObject::Handlers handlers)
 {
-    auto state = std::make_shared<AvahiObject::State>(type, std::move(handlers), m_daemon);
+    auto object = std::make_shared<AvahiObject>(*this, type, std::move(handlers));
     if (isDaemonRunning()) {
-        m_requests.push_back({state, arguments});
+        m_requests.push_back({object, type, arguments});
         sendRequests();
     }
-    return std::unique_ptr<AvahiObject>(new AvahiObject(*this, std::move(state)));
+    return object;
 }
 
 void AvahiClient::changeBus(SystemBus::State state)
@@ -167,7 +152,8 @@ void AvahiClient::forgetObjects()
     ++m_daemon;
     m_requests.clear();
     m_unanswered = 0;
-    m_objects.clear();
+    for (const auto& object : std::exchange(m_objects, {}))
+        object.lock()->m_path.clear();
     m_early.clear();
 }
 
@@ -176,61 +162,56 @@ void AvahiClient::sendRequests()
     while (m_unanswered < maxUnanswered && !m_requests.empty()) {
         const Request request = std::move(m_requests.front());
         m_requests.pop_front();
-        if (request.object->isReleased)
+        if (request.object.expired())
             continue;
         QDBusMessage message = QDBusMessage::createMethodCall(
-            m_owner, QStringLiteral("/"), serverInterface, QLatin1String(request.object->type.constructor));
+            m_owner, QStringLiteral("/"), serverInterface, QLatin1String(request.type.constructor));
         message.setArguments(request.arguments);
         ++m_unanswered;
-        call(message, [this, object = request.object](const QDBusMessage& reply) { adopt(object, reply); });
+        call(message, [this, request, daemon = m_daemon](const QDBusMessage& reply) {
+            if (daemon == m_daemon)
+                receiveReply(request, reply);
+        });
     }
 }
 
-void AvahiClient::adopt(const std::shared_ptr<AvahiObject::State>& object, const QDBusMessage& reply)
+void AvahiClient::receiveReply(const Request& request, const QDBusMessage& reply)
 {
-    if (object->daemon != m_daemon)
-        return;
     --m_unanswered;
-    if (!isError(reply)) {
-        object->path = reply.arguments().value(0).value<QDBusObjectPath>().path();
-        m_objects.insert(object->path, object);
-        if (object->isReleased)
-            free(*object);
-        deliverEarlySignals(*object);
-    } else if (!object->isReleased) {
-        object->handlers.onRefused(reply.errorName());
+    const auto object = request.object.lock();
+    if (isError(reply)) {
+        if (object)
+            object->m_handlers.onRefused(reply.errorName());
+    } else {
+        const QString path = reply.arguments().value(0).value<QDBusObjectPath>().path();
+        if (object)
+            m_objects.insert(object->m_path = path, object);
+        else
+            free(request.type, path);
+        for (const QDBusMessage& message : m_early.take(path))
+            receiveSignal(message);
     }
     if (m_unanswered == 0)
         m_early.clear();
     sendRequests();
 }
 
-void AvahiClient::deliverEarlySignals(AvahiObject::State& object)
-{
-    const QList<QDBusMessage> early = m_early.take(object.path);
-    for (const QDBusMessage& message : early)
-        if (!object.isReleased)
-            object.handlers.onSignal(message.member(), message.arguments());
-}
-
 void AvahiClient::receiveSignal(const QDBusMessage& message)
 {
     if (message.service() != m_owner) // of a daemon that has gone meanwhile
         return;
-    if (const auto object = m_objects.value(message.path()))
-        object->handlers.onSignal(message.member(), message.arguments());
+    if (const auto object = m_objects.value(message.path()).lock())
+        object->m_handlers.onSignal(message.member(), message.arguments());
     else if (m_unanswered > 0)
         m_early[message.path()].append(message);
 }
 
-void AvahiClient::free(AvahiObject::State& object)
+void AvahiClient::free(const AvahiObjectType& type, const QString& path)
 {
-    if (object.path.isEmpty() || object.daemon != m_daemon)
-        return;
-    m_objects.remove(object.path);
+    m_objects.remove(path);
     // It may be gone already, which is an error of no interest: no reply is requested.
-    m_bus.connection().send(QDBusMessage::createMethodCall(
-        m_owner, object.path, QLatin1String(object.type.interface), QStringLiteral("Free")));
+    m_bus.connection().send(
+        QDBusMessage::createMethodCall(m_owner, path, QLatin1String(type.interface), QStringLiteral("Free")));
 }
 
 void AvahiClient::callBus(const QString& method, const QVariantList& arguments, OnReply onReply)

@@ -36,18 +36,23 @@ public:
         std::function<void(const QString& error)> onRefused;
     };
 
+    AvahiObject(class AvahiClient& client, const AvahiObjectType& type, Handlers handlers)
+        : m_client(client)
+        , m_type(type)
+        , m_handlers(std::move(handlers))
+    {
+    }
     ~AvahiObject();
     AvahiObject(const AvahiObject&) = delete;
     AvahiObject& operator=(const AvahiObject&) = delete;
 
 private:
     friend class AvahiClient;
-    struct State;
-
-    AvahiObject(class AvahiClient& client, std::shared_ptr<State> state);
 
     AvahiClient& m_client;
-    std::shared_ptr<State> m_state;
+    const AvahiObjectType& m_type;
+    const Handlers m_handlers;
+    QString m_path; ///< empty before the daemon has replied and after it has gone
 };
 
 /// The Avahi daemon on the system bus, whenever it is there. Main thread only.
@@ -65,8 +70,9 @@ public:
 
     bool isDaemonRunning() const { return !m_owner.isEmpty(); }
 
-    /// The object stays silent if there is no daemon. `type` must outlive it.
-    std::unique_ptr<AvahiObject> makeObject(
+    /// The object has one owner; the client holds it only while it calls a handler. It stays silent if there is no daemon.
+    /// `type` must outlive the client.
+    std::shared_ptr<AvahiObject> makeObject(
         const AvahiObjectType& type, const QVariantList& arguments, AvahiObject::Handlers handlers);
 
 Q_SIGNALS:
@@ -80,7 +86,8 @@ private:
 
     using OnReply = std::function<void(const QDBusMessage&)>;
     struct Request {
-        std::shared_ptr<AvahiObject::State> object;
+        std::weak_ptr<AvahiObject> object;
+        const AvahiObjectType& type;
         QVariantList arguments;
     };
 
@@ -93,9 +100,8 @@ private:
     void unsubscribe();
     void forgetObjects();
     void sendRequests();
-    void adopt(const std::shared_ptr<AvahiObject::State>& object, const QDBusMessage& reply);
-    void deliverEarlySignals(AvahiObject::State& object);
-    void free(AvahiObject::State& object);
+    void receiveReply(const Request& request, const QDBusMessage& reply);
+    void free(const AvahiObjectType& type, const QString& path);
     void callBus(const QString& method, const QVariantList& arguments, OnReply onReply);
     void call(const QDBusMessage& message, OnReply onReply);
     void logStatus(std::string_view status);
@@ -109,8 +115,8 @@ private:
     bool m_ownerIsKnown = false; ///< the watcher has reported, which makes an outstanding reply outdated
 
     std::deque<Request> m_requests;
-    int m_unanswered = 0;                                          ///< requests sent
-    QHash<QString, std::shared_ptr<AvahiObject::State>> m_objects; ///< by path
+    int m_unanswered = 0;                                 ///< requests sent
+    QHash<QString, std::weak_ptr<AvahiObject>> m_objects; ///< by path
     /// Signals by path, of objects whose path is not known yet: Qt may deliver them before the reply with the path.
     QHash<QString, QList<QDBusMessage>> m_early;
 };

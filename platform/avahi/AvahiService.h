@@ -55,7 +55,7 @@ private:
     std::vector<ServiceInstance> m_instances; ///< in the order in which they are resolved
     QTimer m_deadline;                        ///< active while resolving
     bool m_hasFailed = false;
-    std::unique_ptr<AvahiObject> m_resolver;
+    std::shared_ptr<AvahiObject> m_resolver;
 };
 
 /// A domain as the daemon writes it: without the final dot.

@@ -16,52 +16,10 @@ constexpr uint noFlags = 0;
 
 } // namespace
 
-/// Delivers reports through the main queue, except those still pending when the browser is destroyed.
-class AvahiServiceBrowser::Reports : public std::enable_shared_from_this<Reports> {
-public:
-    explicit Reports(MainQueue& queue)
-        : m_queue(queue)
-    {
-    }
-
-    void setDelegate(ServiceBrowserDelegate* delegate) { m_delegate = delegate; }
-
-    void found(std::shared_ptr<Service> service)
-    {
-        deliver(&ServiceBrowserDelegate::netServiceBrowserDidFindService, std::move(service));
-    }
-
-    void removed(std::shared_ptr<Service> service)
-    {
-        deliver(&ServiceBrowserDelegate::netServiceBrowserDidRemoveService, std::move(service));
-    }
-
-private:
-    using Report = void (ServiceBrowserDelegate::*)(std::shared_ptr<Service>, bool moreComing);
-
-    void deliver(Report report, std::shared_ptr<Service> service)
-    {
-        ++m_pending;
-        m_queue.async([weak = weak_from_this(), report, service = std::move(service)] {
-            const auto reports = weak.lock();
-            if (!reports)
-                return;
-            const bool moreComing = --reports->m_pending > 0;
-            if (reports->m_delegate)
-                (reports->m_delegate->*report)(service, moreComing);
-        });
-    }
-
-    MainQueue& m_queue;
-    ServiceBrowserDelegate* m_delegate = nullptr;
-    int m_pending = 0;
-};
-
 AvahiServiceBrowser::AvahiServiceBrowser(MainQueue& queue, SystemLog& log)
     : m_queue(queue)
     , m_log(log)
     , m_client(std::make_shared<AvahiClient>(log))
-    , m_reports(std::make_shared<Reports>(queue))
 {
     m_retry.setSingleShot(true);
     m_retry.setInterval(browseRetryInterval);
@@ -76,7 +34,7 @@ AvahiServiceBrowser::~AvahiServiceBrowser() = default;
 
 void AvahiServiceBrowser::setDelegate(ServiceBrowserDelegate* delegate)
 {
-    m_reports->setDelegate(delegate);
+    m_reports->delegate = delegate;
 }
 
 void AvahiServiceBrowser::searchForServices(const std::string& type, const std::string& domain)
@@ -168,7 +126,7 @@ void AvahiServiceBrowser::reportFound(const std::string& name, Known& known)
     const auto service = makeService(name);
     service->addInstance(known.sightings.front().instance);
     known.service = service;
-    m_reports->found(service);
+    deliver(&ServiceBrowserDelegate::netServiceBrowserDidFindService, service);
 }
 
 void AvahiServiceBrowser::reportRemoved(KnownServices::iterator known)
@@ -177,7 +135,20 @@ void AvahiServiceBrowser::reportRemoved(KnownServices::iterator known)
     if (!service)
         service = makeService(known->first);
     m_known.erase(known);
-    m_reports->removed(std::move(service));
+    deliver(&ServiceBrowserDelegate::netServiceBrowserDidRemoveService, std::move(service));
+}
+
+void AvahiServiceBrowser::deliver(Report report, std::shared_ptr<Service> service)
+{
+    ++m_reports->pending;
+    m_queue.async([weak = std::weak_ptr(m_reports), report, service = std::move(service)] {
+        const auto reports = weak.lock();
+        if (!reports)
+            return;
+        const bool moreComing = --reports->pending > 0;
+        if (reports->delegate)
+            (reports->delegate->*report)(service, moreComing);
+    });
 }
 
 std::shared_ptr<AvahiService> AvahiServiceBrowser::makeService(const std::string& name)

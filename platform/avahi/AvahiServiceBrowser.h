@@ -34,7 +34,13 @@ public:
     void searchForServices(const std::string& type, const std::string& domain) override;
 
 private:
-    class Reports;
+    using Report = void (ServiceBrowserDelegate::*)(std::shared_ptr<Service>, bool moreComing);
+
+    /// Shared with the jobs that deliver reports; those still pending when the browser is destroyed do nothing.
+    struct Reports {
+        ServiceBrowserDelegate* delegate = nullptr;
+        int pending = 0;
+    };
 
     struct Sighting {
         ServiceInstance instance;
@@ -56,18 +62,19 @@ private:
     void removeUnconfirmed();
     void reportFound(const std::string& name, Known& known);
     void reportRemoved(KnownServices::iterator known);
+    void deliver(Report report, std::shared_ptr<Service> service);
     std::shared_ptr<AvahiService> makeService(const std::string& name);
 
     MainQueue& m_queue;
     SystemLog& m_log;
     std::shared_ptr<AvahiClient> m_client; ///< shared with the services, which may outlive the browser
-    std::shared_ptr<Reports> m_reports;
+    const std::shared_ptr<Reports> m_reports = std::make_shared<Reports>();
     std::string m_type;
     std::string m_domain;
     KnownServices m_known; ///< by name
     bool m_hasFailed = false;
     QTimer m_retry;
-    std::unique_ptr<AvahiObject> m_browser;
+    std::shared_ptr<AvahiObject> m_browser;
 };
 
 class AvahiServiceBrowserFactory : public ServiceBrowserFactory {

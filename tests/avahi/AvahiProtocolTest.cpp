@@ -187,7 +187,7 @@ TEST_F(AvahiProtocolTest, BrowserThatFailsIsReplacedAfterTwoSecondsAndReportsOnl
 {
     browseAndFind("a");
     daemon->sendBrowserFailure();
-    run(1900ms);
+    run(1700ms);
     EXPECT_THAT(transcript.lines(), ElementsAre("free /Browser1"));
     EXPECT_THAT(logLines.lines(),
         ElementsAre(
