@@ -39,56 +39,45 @@ Announcer::Announcer(PanelState& state, EventLog& log, InstanceName name)
     qDBusRegisterMetaType<QList<QByteArray>>();
     m_retry.setSingleShot(true);
     m_retry.setInterval(retryInterval);
-    connect(&m_retry, &QTimer::timeout, this, [this] {
-        if (m_bus.isConnected())
-            daemonAppeared();
-        else
-            connectToBus();
-    });
-    connectToBus();
+    connect(&m_retry, &QTimer::timeout, this, &Announcer::daemonAppeared);
+    connect(&m_bus, &SystemBus::stateChanged, this, &Announcer::busChanged);
+    m_bus.connectToBus();
 }
 
 Announcer::~Announcer()
 {
-    if (!m_group.isEmpty())
-        m_bus.call(QDBusMessage::createMethodCall(daemonName, m_group, groupInterface, "Free"), QDBus::Block,
-            withdrawTimeoutMs);
-    m_daemonWatcher.reset();
-    QDBusConnection::disconnectFromBus(m_connectionName);
+    if (!m_group.isEmpty() && m_bus.state() == SystemBus::State::connected)
+        m_bus.connection().call(QDBusMessage::createMethodCall(daemonName, m_group, groupInterface, "Free"),
+            QDBus::Block, withdrawTimeoutMs);
 }
 
-void Announcer::connectToBus()
+void Announcer::busChanged(SystemBus::State state)
 {
+    m_retry.stop();
     m_daemonWatcher.reset();
-    m_bus = QDBusConnection(QString());
-    QDBusConnection::disconnectFromBus(m_connectionName);
-    m_connectionName = "panel-announcer-" + QString::number(++m_connectionNumber);
-    m_bus = QDBusConnection::connectToBus(QDBusConnection::SystemBus, m_connectionName);
-    if (!m_bus.isConnected())
-        return retryLater("no system bus");
-    subscribe();
-    daemonAppeared();
+    if (state == SystemBus::State::connected) {
+        subscribe();
+        return daemonAppeared();
+    }
+    forgetGroup();
+    logOnce(state == SystemBus::State::missing  ? "no system bus"
+            : state == SystemBus::State::silent ? "the system bus does not reply"
+                                                : "the system bus has gone");
 }
 
 void Announcer::subscribe()
 {
-    m_bus.connect(QString(), QString(), "org.freedesktop.DBus.Local", "Disconnected", this, SLOT(busLost()));
-    m_bus.connect(
+    QDBusConnection& bus = m_bus.connection();
+    bus.connect(
         daemonName, "/", serverInterface, "StateChanged", this, SLOT(serverStateChanged(int, QString)));
     // For all groups, since signals of ours may arrive before its path.
-    m_bus.connect(daemonName, QString(), groupInterface, "StateChanged", this,
+    bus.connect(daemonName, QString(), groupInterface, "StateChanged", this,
         SLOT(groupStateChanged(int, QString, QDBusMessage)));
-    m_daemonWatcher = std::make_unique<QDBusServiceWatcher>(daemonName, m_bus);
+    m_daemonWatcher = std::make_unique<QDBusServiceWatcher>(daemonName, bus);
     connect(
         m_daemonWatcher.get(), &QDBusServiceWatcher::serviceRegistered, this, [this] { daemonAppeared(); });
     connect(
         m_daemonWatcher.get(), &QDBusServiceWatcher::serviceUnregistered, this, [this] { daemonVanished(); });
-}
-
-void Announcer::busLost()
-{
-    daemonVanished();
-    retryLater("the system bus has gone");
 }
 
 void Announcer::daemonAppeared()
@@ -103,11 +92,16 @@ void Announcer::daemonAppeared()
     });
 }
 
-void Announcer::daemonVanished()
+void Announcer::forgetGroup()
 {
     ++m_generation;
     m_group.clear();
     m_state.setAnnouncedAs(std::nullopt);
+}
+
+void Announcer::daemonVanished()
+{
+    forgetGroup();
     logOnce("the mDNS daemon has gone");
 }
 
@@ -202,8 +196,9 @@ void Announcer::withdraw()
 {
     ++m_generation;
     m_state.setAnnouncedAs(std::nullopt);
-    if (!m_group.isEmpty())
-        m_bus.asyncCall(QDBusMessage::createMethodCall(daemonName, m_group, groupInterface, "Free"));
+    if (!m_group.isEmpty() && m_bus.state() == SystemBus::State::connected)
+        m_bus.connection().asyncCall(
+            QDBusMessage::createMethodCall(daemonName, m_group, groupInterface, "Free"));
     m_group.clear();
 }
 
@@ -224,9 +219,11 @@ void Announcer::logOnce(const std::string& problem)
 void Announcer::callDaemon(const QString& path, const QString& interface, const QString& method,
     const QVariantList& arguments, OnReply then)
 {
+    if (m_bus.state() != SystemBus::State::connected)
+        return; // its return is reported
     QDBusMessage message = QDBusMessage::createMethodCall(daemonName, path, interface, method);
     message.setArguments(arguments);
-    auto* watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(message), this);
+    auto* watcher = new QDBusPendingCallWatcher(m_bus.connection().asyncCall(message), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
         [this, then = std::move(then), generation = m_generation](QDBusPendingCallWatcher* finished) {
             finished->deleteLater();

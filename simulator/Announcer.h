@@ -1,10 +1,10 @@
 #pragma once
 
+#include "platform/avahi/SystemBus.h"
 #include "simulator/EventLog.h"
 #include "simulator/InstanceName.h"
 #include "simulator/PanelState.h"
 
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusServiceWatcher>
@@ -17,7 +17,7 @@
 namespace companion::simulator {
 
 /// Announces the panel as "_airplay._tcp" through the Avahi daemon, over D-Bus, and again whenever the bus or the daemon
-/// appears. Numbers a name that is taken. Main thread only; blocks while it connects to the bus and in its destructor.
+/// appears. Numbers a name that is taken. Main thread only; blocks only in its destructor, for half a second at most.
 class Announcer : public QObject {
     Q_OBJECT
 
@@ -27,17 +27,17 @@ public:
     ~Announcer() override;
 
 private slots:
-    void busLost();
     void serverStateChanged(int state, const QString& error);
     void groupStateChanged(int state, const QString& error, const QDBusMessage& signal);
 
 private:
     using OnReply = std::function<void(const QDBusMessage&)>;
 
-    void connectToBus();
+    void busChanged(SystemBus::State state);
     void subscribe();
     void daemonAppeared();
     void daemonVanished();
+    void forgetGroup();
     void requestGroup();
     void addService();
     void commit();
@@ -55,10 +55,8 @@ private:
     EventLog& m_log;
     const InstanceName m_name;
     unsigned m_attempt = 1;
-    unsigned m_connectionNumber = 0;
     unsigned m_generation = 0; ///< replies to calls of an earlier generation are dropped
-    QString m_connectionName;
-    QDBusConnection m_bus{QString()};
+    SystemBus m_bus;
     std::unique_ptr<QDBusServiceWatcher> m_daemonWatcher;
     QString m_group; ///< object path; "" if there is none
     std::string m_logged;

@@ -62,7 +62,7 @@ platform/posix   platform
 platform/qt      platform platform/posix
 platform/x11     platform
 ui               platform views discovery dashboard
-simulator        platform platform/posix
+simulator        platform platform/avahi platform/posix
 cli              platform platform/avahi platform/curl platform/posix platform/qt panel discovery touchback
 app              *
 '

@@ -6,6 +6,9 @@
 #include <gmock/gmock.h>
 
 #include <csignal>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace companion::testing {
 namespace {
@@ -128,6 +131,23 @@ TEST_F(AnnouncementTest, MissingBusIsLoggedOnce)
     SimulatorProcess panel = startPanel();
     ASSERT_TRUE(panel.process().waitForOutput("not announced for now: no system bus\n"));
     EXPECT_FALSE(panel.process().waitForOutput("no system bus\npanel-simulator: ", 2500ms));
+}
+
+TEST_F(AnnouncementTest, SilentBusIsLoggedAndThePanelAnswersMeanwhile)
+{
+    const int silent = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const std::string path = ::testing::TempDir() + "/silent-bus-" + std::to_string(getpid());
+    sockaddr_un name{AF_UNIX, {}};
+    path.copy(name.sun_path, sizeof name.sun_path - 1);
+    ASSERT_EQ(bind(silent, reinterpret_cast<const sockaddr*>(&name), sizeof name), 0);
+    ASSERT_EQ(listen(silent, 8), 0);
+    SimulatorProcess panel({}, "127.0.0.1", {{"DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + path}});
+    EXPECT_EQ(panel.ping().body, "OK");
+    EXPECT_TRUE(panel.process().waitForOutput("not announced for now: the system bus does not reply\n"));
+    panel.process().sendSignal(SIGTERM);
+    EXPECT_EQ(panel.process().waitForExit(), 0);
+    close(silent);
+    unlink(path.c_str());
 }
 
 TEST_F(AnnouncementTest, SecondPanelOfOneNameIsNumberedAndKeepsTheForm)
