@@ -1,10 +1,11 @@
 #include "app/AppDelegate.h"
-#include "app/Composition.h"
+#include "app/DesktopProgram.h"
 #include "app/Options.h"
 #include "platform/FatalError.h"
 #include "platform/posix/FatalErrorLog.h"
 #include "platform/posix/StandardDescriptors.h"
 #include "ui/Accessibility.h"
+#include "ui/FocusRing.h"
 #include "ui/Theme.h"
 
 #include <cstdio>
@@ -52,9 +53,10 @@ int main(int argc, char** argv)
     QApplication::setQuitOnLastWindowClosed(delegate.applicationShouldTerminateAfterLastWindowClosed());
     Theme::applyColors(application);
     installAccessibility();
+    installFocusRing();
 
-    Composition composition(std::get<Options>(parsed));
-    composition.start();
+    DesktopProgram program(std::get<Options>(parsed));
+    program.start();
     delegate.applicationDidFinishLaunching();
     const int status = QApplication::exec();
     delegate.applicationWillTerminate();

@@ -70,6 +70,35 @@ TEST_F(DashboardViewControllerTest, LoadingHidesWhatNeedsAPanelAndUnchecksTheSwi
     EXPECT_EQ(dashboard->selectedDeviceHex(), std::nullopt);
 }
 
+TEST_F(DashboardViewControllerTest, LoadingResetsTheFlagsAndTheFailureCount)
+{
+    startCasting();
+    queue.advance(4s);
+    failPing(0);
+    ASSERT_TRUE(dashboard->isCastingInProgress());
+    ASSERT_TRUE(dashboard->isTouchBackEnabled());
+    ASSERT_EQ(dashboard->serverPingFailedCount(), 1);
+    dashboard->viewDidLoad();
+    EXPECT_FALSE(dashboard->isCastingInProgress());
+    EXPECT_FALSE(dashboard->isTouchBackEnabled());
+    EXPECT_EQ(dashboard->serverPingFailedCount(), 0);
+}
+
+TEST_F(DashboardViewControllerTest, TurningTheSwitchOffWhileCastingStopsTheHeartbeatAndLeavesCastingOn)
+{
+    startCasting();
+    clickSwitch();
+    transcript.clear();
+    clickSwitch();
+    EXPECT_EQ(transcript.take("; "),
+        "switch off; send 10.0.2.15:5000/enableWifiTouchback?ip=192.168.1.5&enable=false&hidemenu=true&isHDMI="
+        "true; log Stopping server ping...; show fileUpload; show castButton; hide emptyStateImage; "
+        "hide hdmiMessage; switch off");
+    EXPECT_TRUE(dashboard->isCastingInProgress());
+    EXPECT_EQ(queue.runningTimers(), 0u);
+    EXPECT_EQ(sockets.openSockets(), 1u);
+}
+
 TEST_F(DashboardViewControllerTest, APickStoresThePanelAndSendsNothing)
 {
     dashboard->didPickCastingDeviceWithIP("10.0.2.15", "0a00020F99", "Room 204");

@@ -408,13 +408,20 @@ TEST_F(MouseSimulateTest, RightClickGoesOnWithoutKeyEventsThatCannotBeMade)
 
 // Overriding
 
-TEST_F(MouseSimulateTest, ActionsCanBeOverridden)
+TEST_F(MouseSimulateTest, EveryActionCanBeOverridden)
 {
     class Recording : public MouseSimulate {
     public:
         using MouseSimulate::MouseSimulate;
         void simulateMouseDown(Point) override { words.add("down"); }
+        void simulateMouseUp(Point at) override
+        {
+            words.add("up");
+            MouseSimulate::simulateMouseUp(at);
+        }
         void simulateMouseDrag(Point) override { words.add("drag"); }
+        void simulateSingleClick(Point) override { words.add("single"); }
+        void simulateRightClick(Point) override { words.add("right"); }
         void simulateDoubleClick(Point) override { words.add("double"); }
         void initiateMouseEvent(
             std::string_view event, std::string_view x, std::string_view y, std::string_view time) override
@@ -428,7 +435,11 @@ TEST_F(MouseSimulateTest, ActionsCanBeOverridden)
     Recording recording(clock, screen, pause, poster, console);
     for (const char* event : {"DOWN", "MOVE", "UP", "UP"})
         recording.initiateMouseEventWithEvent(event, "100", "200", "");
-    EXPECT_EQ(recording.words.take(" "), "event down event drag event event double");
+    EXPECT_EQ(recording.words.take(" "), "event down event drag event up event up double");
+    MouseSimulate& base = recording;
+    base.simulateSingleClick({1, 2});
+    base.simulateRightClick({1, 2});
+    EXPECT_EQ(recording.words.take(" "), "single right");
 }
 
 // Dates

@@ -43,7 +43,7 @@ QFont DeviceTableCellView::addressFont()
     return Theme::font(Theme::FontFace::medium, 12);
 }
 
-void DeviceTableCellView::paint(QPainter& painter, const QRect& bounds, bool isHovered, bool isCurrent) const
+void DeviceTableCellView::paint(QPainter& painter, const QRect& bounds, bool isHovered) const
 {
     if (isHovered)
         painter.fillRect(bounds, QColor(0xf0, 0xf3, 0xf6));
@@ -62,8 +62,6 @@ void DeviceTableCellView::paint(QPainter& painter, const QRect& bounds, bool isH
         QColor(Theme::secondaryText), deviceIPLabel);
     painter.setPen(QColor(Theme::line));
     painter.drawLine(bounds.bottomLeft(), bounds.bottomRight());
-    if (isCurrent)
-        Theme::paintFocusRing(painter, bounds, 8);
 }
 
 } // namespace companion

@@ -17,8 +17,7 @@ struct DeviceTableCellView {
     static QFont nameFont();
     static QFont addressFont();
 
-    /// Draws the row; `isCurrent` marks the row that the keyboard is on.
-    void paint(QPainter& painter, const QRect& bounds, bool isHovered, bool isCurrent) const;
+    void paint(QPainter& painter, const QRect& bounds, bool isHovered) const;
 };
 
 } // namespace companion

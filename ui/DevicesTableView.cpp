@@ -95,7 +95,6 @@ public:
     CellDelegate(const DevicesTableModel& model, DevicesTableView& table)
         : QStyledItemDelegate(&table)
         , m_model(model)
-        , m_table(table)
     {
     }
 
@@ -108,15 +107,12 @@ public:
     {
         painter->save();
         painter->setLayoutDirection(option.direction);
-        const bool isCurrent = option.state & QStyle::State_HasFocus && m_table.isWorkedByKeyboard();
-        m_model.cellAt(index.row())
-            .paint(*painter, option.rect, option.state & QStyle::State_MouseOver, isCurrent);
+        m_model.cellAt(index.row()).paint(*painter, option.rect, option.state & QStyle::State_MouseOver);
         painter->restore();
     }
 
 private:
     const DevicesTableModel& m_model;
-    const DevicesTableView& m_table;
 };
 
 } // namespace
@@ -209,7 +205,6 @@ void DevicesTableView::mouseReleaseEvent(QMouseEvent* event)
 void DevicesTableView::mousePressEvent(QMouseEvent* event)
 {
     rememberPress(*event);
-    setWorkedByKeyboard(false);
     QListView::mousePressEvent(event);
 }
 
@@ -226,23 +221,8 @@ void DevicesTableView::rememberPress(const QMouseEvent& event)
         m_pressedRow = indexAt(event.pos()).row();
 }
 
-void DevicesTableView::focusInEvent(QFocusEvent* event)
-{
-    const bool isByKey = event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
-    if (isByKey)
-        setWorkedByKeyboard(true);
-    QListView::focusInEvent(event);
-}
-
-void DevicesTableView::setWorkedByKeyboard(bool isWorkedByKeyboard)
-{
-    m_isWorkedByKeyboard = isWorkedByKeyboard;
-    viewport()->update();
-}
-
 void DevicesTableView::keyPressEvent(QKeyEvent* event)
 {
-    setWorkedByKeyboard(true);
     const bool isPick =
         event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter || event->key() == Qt::Key_Space;
     if (!isPick)
@@ -257,8 +237,6 @@ void DevicesTableView::paintEvent(QPaintEvent* event)
     if (m_model->rowCount() > 0)
         return;
     QPainter painter(viewport());
-    if (hasFocus() && m_isWorkedByKeyboard)
-        Theme::paintFocusRing(painter, viewport()->rect(), 8);
     painter.setPen(QColor(Theme::secondaryText));
     painter.setFont(Theme::font(Theme::FontFace::regular, 14));
     painter.drawText(

@@ -45,9 +45,6 @@ public:
     void setPlaceholder(const QString& text);
     QString placeholder() const { return m_placeholder; }
 
-    /// Whether the user works the list with keys, and so has to see which row they are on.
-    bool isWorkedByKeyboard() const { return m_isWorkedByKeyboard; }
-
 Q_SIGNALS:
     /// A click, pressed and released on one row, or the Return key; both are -1 for the empty area below the rows.
     void rowClicked(int row, int column);
@@ -57,21 +54,18 @@ protected:
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     void showPresentRows();
     bool mayWait() const;
     void rememberPress(const QMouseEvent& event);
-    void setWorkedByKeyboard(bool isWorkedByKeyboard);
 
     std::unique_ptr<DevicesTableModel> m_model;
     QTimer m_reload;
     QElapsedTimer m_sinceReload;
     QString m_placeholder;
     std::optional<int> m_pressedRow; ///< Where the left button went down, -1 below the rows.
-    bool m_isWorkedByKeyboard = false;
 };
 
 } // namespace companion

@@ -1,9 +1,14 @@
 #include "ui/DragDropViewWidget.h"
 
 #include "ui/MimePasteboard.h"
+#include "ui/Theme.h"
 
+#include <algorithm>
+#include <cmath>
+#include <numbers>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QPainter>
 #include <utility>
 
 namespace companion {
@@ -15,6 +20,29 @@ namespace {
 bool mayBeCopied(const QDropEvent& event)
 {
     return event.possibleActions().testFlag(Qt::CopyAction);
+}
+
+constexpr int tileSize = 40;
+constexpr double cornerRadius = 14;
+
+QPixmap tile(const SvgImage& image, double ratio)
+{
+    QPixmap tile = image.pixmap(QSize(tileSize, tileSize) * ratio);
+    tile.setDevicePixelRatio(ratio);
+    return tile;
+}
+
+/// As many of ten points and gaps of ten as go around the area without a rest.
+QPen dashes(const QSize& area, const QColor& color)
+{
+    constexpr double width = 2;
+    const double straight = 2 * (area.width() + area.height() - 2 * width - 4 * cornerRadius);
+    const double length = straight + 2 * std::numbers::pi * cornerRadius;
+    const double dash = length / (2 * std::max(1.0, std::round(length / 20))) / width;
+    QPen pen(color, width);
+    pen.setCapStyle(Qt::FlatCap);
+    pen.setDashPattern({dash, dash});
+    return pen;
 }
 
 void allowCopy(QDropEvent& event)
@@ -29,6 +57,29 @@ DragDropViewWidget::DragDropViewWidget(QWidget* parent)
     : ImageView(parent)
 {
     setAcceptDrops(true);
+}
+
+/// Tiles that the children touch have no pattern, only the colour of its corner.
+void DragDropViewWidget::paintEvent(QPaintEvent*)
+{
+    const QRect inner = rect().adjusted(tileSize, tileSize, -tileSize, -tileSize);
+    const QPixmap pattern = tile(image(), devicePixelRatioF());
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(dashes(size(),
+        image().name() == QLatin1String("fileUploadGridActive") ? QColor(Theme::accent)
+                                                                : QColor(Theme::outline)));
+    painter.setBrush(pattern.toImage().pixelColor(0, 0));
+    painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), cornerRadius, cornerRadius);
+
+    const QPoint origin = inner.topLeft() + QPoint(inner.width() % tileSize, inner.height() % tileSize) / 2;
+    const QRect covered = childrenRegion().boundingRect();
+    for (int y = origin.y(); y + tileSize <= inner.bottom() + 1; y += tileSize) {
+        for (int x = origin.x(); x + tileSize <= inner.right() + 1; x += tileSize) {
+            if (!covered.intersects(QRect(x, y, tileSize, tileSize)))
+                painter.drawPixmap(x, y, pattern);
+        }
+    }
 }
 
 void DragDropViewWidget::dragEnterEvent(QDragEnterEvent* event)
@@ -75,6 +126,8 @@ bool DragDropViewWidget::event(QEvent* event)
 {
     if (event->type() == QEvent::WindowBlocked)
         endDrag();
+    if (event->type() == QEvent::LayoutRequest)
+        update(); // the pattern gives way to the children
     return ImageView::event(event);
 }
 

@@ -16,6 +16,8 @@ public:
     void setModel(DragDropView& model) { m_model = &model; }
 
 protected:
+    /// Tiles the image.
+    void paintEvent(QPaintEvent* event) override;
     bool event(QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;

@@ -1,7 +1,5 @@
 #include "ui/ITSwitchWidget.h"
 
-#include "ui/Theme.h"
-
 #include <algorithm>
 #include <QAccessible>
 #include <QEvent>
@@ -166,8 +164,6 @@ void ITSwitchWidget::paintEvent(QPaintEvent*)
         return;
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    if (hasFocus())
-        Theme::paintFocusRing(painter, rect(), height() / 2.0);
     if (m_shown.opacity < 1) {
         painter.setOpacity(m_shown.opacity);
         painter.drawPixmap(0, 0, layersAsOne());
@@ -226,6 +222,7 @@ void ITSwitchWidget::cancelGesture()
 
 void ITSwitchWidget::resizeEvent(QResizeEvent*)
 {
+    setProperty("focusRingRadius", height() / 2.0);
     if (m_model)
         m_model->setFrame({{0, 0}, {width() - 2.0 * focusRingMargin, height() - 2.0 * focusRingMargin}});
 }
@@ -266,8 +263,7 @@ void ITSwitchWidget::keyPressEvent(QKeyEvent* event)
         m_model->moveLeft();
     else if (event->key() == Qt::Key_Right && m_model)
         m_model->moveRight();
-    else if (event->key() != Qt::Key_Space || !m_model
-        || !m_model->performKeyEquivalent(ITSwitch::spaceKeyCode, hasFocus()))
+    else if (!m_model || !m_model->performKeyEquivalent(event->key() == Qt::Key_Space, hasFocus()))
         QWidget::keyPressEvent(event);
 }
 

@@ -1,6 +1,5 @@
 #include "ui/ImageView.h"
 
-#include <QEvent>
 #include <QPainter>
 
 namespace companion {
@@ -16,28 +15,11 @@ void ImageView::setImageName(const QString& name)
     update();
 }
 
-void ImageView::setTiled(bool isTiled)
-{
-    m_isTiled = isTiled;
-    update();
-}
-
-bool ImageView::event(QEvent* event)
-{
-    const bool isHandled = QWidget::event(event);
-    if (event->type() == QEvent::LayoutRequest && m_isTiled)
-        update(); // children have moved, and the pattern has with them
-    return isHandled;
-}
-
 void ImageView::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    if (m_isTiled)
-        m_image.paintTiled(painter, rect(), childrenRegion().boundingRect());
-    else
-        m_image.paint(painter, rect());
+    m_image.paint(painter, rect());
 }
 
 } // namespace companion

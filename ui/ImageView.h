@@ -17,17 +17,12 @@ public:
     QString imageName() const { return m_image.name(); }
     void setImageName(const QString& name);
 
-    /// Whether the image's middle is repeated to fill the view, which otherwise shows it as large as fits. The pattern
-    /// stays clear of the view's children.
-    void setTiled(bool isTiled);
-
 protected:
-    bool event(QEvent* event) override;
+    const SvgImage& image() const { return m_image; }
     void paintEvent(QPaintEvent* event) override;
 
 private:
     SvgImage m_image;
-    bool m_isTiled = false;
 };
 
 } // namespace companion

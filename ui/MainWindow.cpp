@@ -10,9 +10,8 @@ namespace companion {
 MainWindow::MainWindow()
 {
     setWindowTitle(QStringLiteral("Panel Companion"));
-    afterFirstPaint(*this, [] { // it is drawn in six sizes
-        QApplication::setWindowIcon(
-            QIcon(SvgImage::path(QStringLiteral("panel-companion")))); // of alerts, too
+    afterFirstPaint(*this, [] { // it is drawn in several sizes, and for alerts, too
+        QApplication::setWindowIcon(SvgImage::icon(QStringLiteral("panel-companion")));
     });
     setMinimumSize(800, 560);
     resize(960, 640);

@@ -40,14 +40,13 @@ void QtDashboardView::style()
     setBackgroundColor(Qt::white);
     m_scene->castButtonView->makeRound();
     m_scene->castButtonView->setImageName("castingInactive");
-    m_scene->fileUploadView->setTiled(true);
     m_scene->toolbarView->setBackgroundColor(QColor(52, 73, 94, qRound(0.25 * 255)));
     m_scene->hdmiToggleView->setBackgroundColor(QColor(34, 34, 34, qRound(0.25 * 255)));
     m_scene->uploadArrowImage->setImageName("uploadArrow");
     m_scene->emptyStateImage->setImageName("emptyState");
     m_scene->hdmiMessageImage->setImageName("touchOn");
-    m_scene->devicesListIcon->setIcon(QIcon(SvgImage::path("devices")));
-    m_scene->settingsIcon->setIcon(QIcon(SvgImage::path("settings")));
+    m_scene->devicesListIcon->setIcon(SvgImage::icon("devices"));
+    m_scene->settingsIcon->setIcon(SvgImage::icon("settings"));
 
     for (QLabel* label : {m_scene->dragAndDropLabel, m_scene->emptyStateLabel})
         label->setFont(Theme::font(FontFace::regular, 12));

@@ -37,6 +37,7 @@ void QtDevicesListView::style()
     m_scene->listHeaderView->setBackgroundColor(Qt::white);
     m_scene->headerMainLabel->setFont(Theme::font(FontFace::extraLight, 20));
     m_scene->headerSubLabel->setFont(Theme::font(FontFace::regular, 12));
+    m_scene->disconnectButton->setProperty("focusRingOnDark", true);
     m_scene->disconnectButton->setFont(Theme::font(FontFace::regular, 16));
     m_scene->devicesTableView->setPlaceholder(tr(
         "No panel found yet.\n\nCheck that the panel is switched on and on the same network as this computer. "

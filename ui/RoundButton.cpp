@@ -1,7 +1,5 @@
 #include "ui/RoundButton.h"
 
-#include "ui/Theme.h"
-
 #include <cmath>
 #include <QAccessible>
 #include <QEvent>
@@ -15,6 +13,7 @@ RoundButton::RoundButton(QWidget* parent)
 {
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_Hover);
+    setProperty("focusRingOnDark", true);
 }
 
 void RoundButton::setImageName(const QString& name)
@@ -26,6 +25,7 @@ void RoundButton::setImageName(const QString& name)
 void RoundButton::makeRound()
 {
     m_cornerRadius = width() / 2.0;
+    setProperty("focusRingRadius", m_cornerRadius);
     update();
 }
 
@@ -53,9 +53,6 @@ void RoundButton::paintEvent(QPaintEvent*)
     painter.setOpacity(isDown() ? 0.8 : underMouse() ? 0.92 : 1.0);
     // Clear of the edges, which need not fall on whole pixels and would cut the circle off.
     m_image.paint(painter, QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5));
-    painter.setOpacity(1);
-    if (hasFocus())
-        Theme::paintFocusRingOnDark(painter, rect(), m_cornerRadius);
 }
 
 void RoundButton::keyPressEvent(QKeyEvent* event)

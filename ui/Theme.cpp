@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QDir>
 #include <QFontDatabase>
-#include <QPainter>
 #include <QPalette>
 #include <QResource>
 #include <QStyleFactory>
@@ -54,51 +53,32 @@ QPalette lightPalette()
     return palette;
 }
 
-/// `inset` is that of the ring's middle line.
-void paintRing(
-    QPainter& painter, const QRectF& bounds, double cornerRadius, double inset, const QColor& color)
-{
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(color, focusRingWidth));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(
-        bounds.adjusted(inset, inset, -inset, -inset), cornerRadius - inset, cornerRadius - inset);
-    painter.restore();
-}
-
-// Buttons of all kinds: everything else is the palette's business. The room of the border that the keyboard's control
-// has is there before, so that nothing moves.
+// Buttons of all kinds: everything else is the palette's business. The margin is the focus ring's.
 const char* const styleSheet = R"(
         QPushButton {
             background: #34495e; color: white; margin: 3px; border: none; border-radius: 8px;
-            padding: 7px 20px; min-height: 30px;
+            padding: 7px 20px; min-height: 30px; outline: none;
         }
         QPushButton:hover { background: #3f5870; }
         QPushButton:pressed { background: #2a3b4c; }
-        QPushButton:focus { margin: 0; border: 3px solid #0b7a65; border-radius: 11px; }
         QPushButton:disabled { background: #d5dce2; color: #52616f; }
         QPushButton#disconnectButton {
             background: rgb(204, 115, 77); color: #1d130e;
-            margin: 0; border: 3px solid rgb(204, 115, 77); border-radius: 8px; padding: 0;
+            margin: 0; padding: 0;
         }
-        QPushButton#disconnectButton:hover { background: rgb(212, 128, 92); border-color: rgb(212, 128, 92); }
-        QPushButton#disconnectButton:focus { border-color: #22303c; }
-        QComboBox {
+        QPushButton#disconnectButton:hover { background: rgb(212, 128, 92); }
+        companion--PopUpButton {
             background: white; color: #22303c; border: 1px solid #6b7c8c; border-radius: 8px;
-            padding: 2px 12px; min-height: 32px; combobox-popup: 0;
+            padding: 2px 12px; min-height: 32px; combobox-popup: 0; outline: none;
         }
-        QComboBox:hover { background: #f6f8fa; }
-        QComboBox:focus { border: 3px solid #0b7a65; padding: 0 10px; }
-        QComboBox::drop-down { subcontrol-origin: border; border: none; width: 40px; }
-        QComboBox::down-arrow { image: url(:/images/dropDown.svg); width: 16px; height: 16px; }
-        QComboBox QAbstractItemView { background: white; border: 1px solid #6b7c8c; outline: 0; padding: 4px; }
-        QComboBox QAbstractItemView::item { min-height: 36px; padding: 0 8px; border-radius: 4px; color: #22303c; }
-        QComboBox QAbstractItemView::item:selected { background: #0b7a65; color: white; }
-        QToolButton { background: transparent; border: 3px solid transparent; border-radius: 8px; }
+        companion--PopUpButton:hover { background: #f6f8fa; }
+        companion--PopUpButton::drop-down { subcontrol-origin: border; border: none; width: 40px; }
+        companion--PopUpButton QAbstractItemView { background: white; border: 1px solid #6b7c8c; outline: 0; padding: 4px; }
+        companion--PopUpButton QAbstractItemView::item { min-height: 36px; padding: 0 8px; border-radius: 4px; color: #22303c; }
+        companion--PopUpButton QAbstractItemView::item:selected { background: #0b7a65; color: white; }
+        QToolButton { background: transparent; border: 3px solid transparent; border-radius: 8px; outline: none; }
         QToolButton:hover { background: rgba(255, 255, 255, 128); }
         QToolButton:pressed { background: rgba(255, 255, 255, 200); }
-        QToolButton:focus { border-color: #0b7a65; }
     )";
 
 } // namespace
@@ -141,17 +121,6 @@ void applyColors(QApplication& application)
 void applyBaseFont()
 {
     QApplication::setFont(font(FontFace::regular, 14));
-}
-
-void paintFocusRing(QPainter& painter, const QRectF& bounds, double cornerRadius)
-{
-    paintRing(painter, bounds, cornerRadius, focusRingWidth / 2, QColor(accent));
-}
-
-void paintFocusRingOnDark(QPainter& painter, const QRectF& bounds, double cornerRadius)
-{
-    paintRing(painter, bounds, cornerRadius, focusRingWidth * 3 / 2, Qt::white);
-    paintFocusRing(painter, bounds, cornerRadius);
 }
 
 } // namespace companion::Theme

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ui/UploadBar.h"
+#include "dashboard/DashboardView.h"
 
 #include <memory>
 #include <QTimer>
@@ -15,6 +15,7 @@ class UploadProgressBars : public QWidget {
 
 public:
     explicit UploadProgressBars(QWidget* parent = nullptr);
+    ~UploadProgressBars() override;
 
     /// Adds a bar, which stays until `percent` expires.
     void add(const QString& fileName, std::weak_ptr<const UploadPercent> percent);
@@ -30,6 +31,8 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    class UploadBar;
+
     int count() const { return static_cast<int>(m_bars.size()); }
     int shownCount() const;
     QRect place(int index) const;

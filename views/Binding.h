@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -8,34 +8,22 @@
 
 namespace companion {
 
-/// What travels along a binding.
-using BoundValue = std::variant<bool, std::int64_t, double, std::string>;
+/// What travels along a binding: the state, or what a transformer makes of it.
+using BoundValue = std::variant<bool, std::string>;
 
-/// The object at the far end of a binding, written to by key path.
-class ObservedObject {
-public:
-    virtual ~ObservedObject() = default;
-
-    virtual void setValueForKeyPath(const BoundValue& value, const std::string& keyPath) = 0;
-};
-
-/// Turns the object's values into the view's, and back where that is allowed.
-class ValueTransformer {
-public:
-    virtual ~ValueTransformer() = default;
-
-    virtual bool allowsReverseTransformation() const = 0;
-
-    /// Called only where it is allowed.
-    virtual BoundValue reverseTransformedValue(const BoundValue& value) const = 0;
+/// Turns the view's values back into the object's, where that is allowed.
+struct ValueTransformer {
+    bool allowsReverseTransformation = false;
+    std::function<BoundValue(const BoundValue&)> reverseTransformedValue;
 };
 
 /// Transformers by name; they outlive the bindings that name them.
 using ValueTransformerRegistry = std::map<std::string, const ValueTransformer*>;
 
-/// Where a view's value goes when the user changes it. What is pointed to outlives the binding.
+/// Where a view's value goes when it changes.
 struct Binding {
-    ObservedObject* observedObject = nullptr;
+    std::function<void(const BoundValue&, const std::string& keyPath)>
+        setValueForKeyPath; ///< Of the bound object.
     std::optional<std::string> observedKeyPath;
     const ValueTransformer* valueTransformer = nullptr;
     std::optional<std::string> valueTransformerName; ///< Looked up when no transformer is given itself.

@@ -30,9 +30,9 @@ std::string aboutBinding(const std::string& what, const std::string& bindingName
 
 } // namespace
 
-ITSwitch::ITSwitch(SystemLog& log, const ValueTransformerRegistry* transformers)
+ITSwitch::ITSwitch(SystemLog& log, ValueTransformerRegistry transformers)
     : m_log(log)
-    , m_transformers(transformers)
+    , m_transformers(std::move(transformers))
 {
 }
 
@@ -162,9 +162,9 @@ void ITSwitch::moveRight()
         changeByUser(true);
 }
 
-bool ITSwitch::performKeyEquivalent(int keyCode, bool isFirstResponder)
+bool ITSwitch::performKeyEquivalent(bool isSpaceBar, bool isFirstResponder)
 {
-    if (keyCode != spaceKeyCode || !isFirstResponder)
+    if (!isSpaceBar || !isFirstResponder)
         return false;
     changeByUser(!m_checked);
     return true;
@@ -222,7 +222,7 @@ void ITSwitch::propagateValue(BoundValue value, const std::string& bindingName)
     const Binding binding = bound->second;
     value = reverseTransformed(std::move(value), binding, bindingName);
 
-    if (!binding.observedObject) {
+    if (!binding.setValueForKeyPath) {
         m_log.log(aboutBinding("ERROR: NSObservedObjectKey was nil for binding", bindingName, ""));
         return;
     }
@@ -230,7 +230,7 @@ void ITSwitch::propagateValue(BoundValue value, const std::string& bindingName)
         m_log.log(aboutBinding("ERROR: NSObservedKeyPathKey was nil for binding", bindingName, ""));
         return;
     }
-    binding.observedObject->setValueForKeyPath(value, *binding.observedKeyPath);
+    binding.setValueForKeyPath(value, *binding.observedKeyPath);
 }
 
 BoundValue ITSwitch::reverseTransformed(
@@ -239,7 +239,7 @@ BoundValue ITSwitch::reverseTransformed(
     const ValueTransformer* transformer = transformerOf(binding);
     if (!transformer)
         return value;
-    if (!transformer->allowsReverseTransformation()) {
+    if (!transformer->allowsReverseTransformation) {
         m_log.log(aboutBinding("WARNING: binding", name,
             " has value transformer, but it doesn't allow reverse transformations"));
         return value;
@@ -249,10 +249,10 @@ BoundValue ITSwitch::reverseTransformed(
 
 const ValueTransformer* ITSwitch::transformerOf(const Binding& binding) const
 {
-    if (binding.valueTransformer || !binding.valueTransformerName || !m_transformers)
+    if (binding.valueTransformer || !binding.valueTransformerName)
         return binding.valueTransformer;
-    const auto found = m_transformers->find(*binding.valueTransformerName);
-    return found == m_transformers->end() ? nullptr : found->second;
+    const auto found = m_transformers.find(*binding.valueTransformerName);
+    return found == m_transformers.end() ? nullptr : found->second;
 }
 
 /// The action comes after the state, and after everyone who draws it.

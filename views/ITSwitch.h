@@ -69,10 +69,9 @@ public:
     static constexpr double borderWidth = 2;
     static constexpr std::chrono::milliseconds animationDuration{400};
     static constexpr TimingFunction overshootingTiming{0.25, 1.5, 0.5, 1};
-    static constexpr int spaceKeyCode = 49; ///< Virtual key code of the Macintosh keyboard.
 
-    /// `transformers` may be absent; both must outlive the switch.
-    explicit ITSwitch(SystemLog& log, const ValueTransformerRegistry* transformers = nullptr);
+    /// The log must outlive the switch.
+    explicit ITSwitch(SystemLog& log, ValueTransformerRegistry transformers = {});
     ITSwitch(const ITSwitch&) = delete;
     ITSwitch& operator=(const ITSwitch&) = delete;
 
@@ -126,7 +125,7 @@ public:
 
     /// performKeyEquivalent:
     /// Whether the key was handled: the space bar, while the switch is its window's first responder.
-    bool performKeyEquivalent(int keyCode, bool isFirstResponder);
+    bool performKeyEquivalent(bool isSpaceBar, bool isFirstResponder);
 
     bool canBecomeKeyView(bool isFullKeyboardAccessEnabled) const { return isFullKeyboardAccessEnabled; }
 
@@ -162,7 +161,7 @@ private:
     BoundValue reverseTransformed(BoundValue value, const Binding& binding, const std::string& name) const;
 
     SystemLog& m_log;
-    const ValueTransformerRegistry* m_transformers;
+    const ValueTransformerRegistry m_transformers;
     ITSwitchLayers* m_layers = nullptr;
     Action m_action;
     std::map<std::string, Binding> m_bindings;

@@ -34,33 +34,6 @@ std::string text(const BoundValue& value)
     return std::get<std::string>(value);
 }
 
-class RecordingObject : public ObservedObject {
-public:
-    explicit RecordingObject(Transcript& transcript)
-        : m_transcript(transcript)
-    {
-    }
-
-    void setValueForKeyPath(const BoundValue& value, const std::string& keyPath) override
-    {
-        m_transcript.add("write " + text(value) + " to " + keyPath);
-    }
-
-private:
-    Transcript& m_transcript;
-};
-
-class YesNoTransformer : public ValueTransformer {
-public:
-    bool allowsReverseTransformation() const override { return allowsReverse; }
-    BoundValue reverseTransformedValue(const BoundValue& value) const override
-    {
-        return std::string(std::get<bool>(value) ? "yes" : "no");
-    }
-
-    bool allowsReverse = true;
-};
-
 /// A switch of 61 × 27 points at an odd place, whose on half begins at 30.5.
 class ITSwitchTest : public ::testing::Test {
 protected:
@@ -112,11 +85,15 @@ protected:
 
     Transcript transcript;
     FakeSystemLog log{transcript};
-    YesNoTransformer transformer;
+    ValueTransformer transformer{
+        true, [](const BoundValue& value) { return std::string(std::get<bool>(value) ? "yes" : "no"); }};
     ValueTransformerRegistry transformers{{"YesNo", &transformer}};
-    ITSwitch control{log, &transformers};
+    ITSwitch control{log, transformers};
     RecordingLayers layers{transcript};
-    RecordingObject object{transcript};
+    const std::function<void(const BoundValue&, const std::string&)> object =
+        [this](const BoundValue& value, const std::string& keyPath) {
+            transcript.add("write " + text(value) + " to " + keyPath);
+        };
 };
 
 } // namespace
@@ -357,12 +334,12 @@ TEST_F(ITSwitchTest, ArrowKeysSwitchOnlyTheirOwnWay)
 
 TEST_F(ITSwitchTest, TheSpaceBarTogglesOnlyTheFirstResponder)
 {
-    EXPECT_FALSE(control.performKeyEquivalent(49, /*isFirstResponder=*/false));
-    EXPECT_FALSE(control.performKeyEquivalent(36, /*isFirstResponder=*/true));
+    EXPECT_FALSE(control.performKeyEquivalent(/*isSpaceBar=*/true, /*isFirstResponder=*/false));
+    EXPECT_FALSE(control.performKeyEquivalent(/*isSpaceBar=*/false, /*isFirstResponder=*/true));
     EXPECT_EQ(transcript.take(), "");
-    EXPECT_TRUE(control.performKeyEquivalent(49, /*isFirstResponder=*/true));
+    EXPECT_TRUE(control.performKeyEquivalent(/*isSpaceBar=*/true, /*isFirstResponder=*/true));
     EXPECT_EQ(transcript.take(), "look\naction on");
-    EXPECT_TRUE(control.performKeyEquivalent(49, /*isFirstResponder=*/true));
+    EXPECT_TRUE(control.performKeyEquivalent(/*isSpaceBar=*/true, /*isFirstResponder=*/true));
     EXPECT_EQ(actions(), "action off;");
 }
 
@@ -416,7 +393,7 @@ TEST_F(ITSwitchTest, APressByAScreenReaderTogglesAndSendsTheAction)
 
 TEST_F(ITSwitchTest, AChangeIsWrittenToTheBoundObjectBeforeTheRedraw)
 {
-    bindChecked({&object, "settings.touch", nullptr, std::nullopt});
+    bindChecked({object, "settings.touch", nullptr, std::nullopt});
     EXPECT_EQ(transcriptOfChecking(), "write true to settings.touch; look");
     EXPECT_EQ(transcriptOfChecking(), "look") << "unchanged, so not published again";
     click();
@@ -425,9 +402,9 @@ TEST_F(ITSwitchTest, AChangeIsWrittenToTheBoundObjectBeforeTheRedraw)
 
 TEST_F(ITSwitchTest, WithoutABindingOrUnderAnotherNameNothingIsWritten)
 {
-    control.bind("enabled", {&object, "settings.touch", nullptr, std::nullopt});
+    control.bind("enabled", {object, "settings.touch", nullptr, std::nullopt});
     EXPECT_EQ(transcriptOfChecking(), "look");
-    bindChecked({&object, "settings.touch", nullptr, std::nullopt});
+    bindChecked({object, "settings.touch", nullptr, std::nullopt});
     control.unbind("checked");
     control.setChecked(false);
     EXPECT_EQ(transcript.take(), "look");
@@ -435,24 +412,24 @@ TEST_F(ITSwitchTest, WithoutABindingOrUnderAnotherNameNothingIsWritten)
 
 TEST_F(ITSwitchTest, ATransformerIsReversedWhetherGivenOrNamed)
 {
-    bindChecked({&object, "touch", &transformer, std::nullopt});
+    bindChecked({object, "touch", &transformer, std::nullopt});
     EXPECT_EQ(transcriptOfChecking(), "write yes to touch; look");
     control.setChecked(false);
     transcript.clear();
-    bindChecked({&object, "touch", nullptr, "YesNo"});
+    bindChecked({object, "touch", nullptr, "YesNo"});
     EXPECT_EQ(transcriptOfChecking(), "write yes to touch; look");
 }
 
 TEST_F(ITSwitchTest, AnUnknownTransformerNameIsNoTransformer)
 {
-    bindChecked({&object, "touch", nullptr, "Missing"});
+    bindChecked({object, "touch", nullptr, "Missing"});
     EXPECT_EQ(transcriptOfChecking(), "write true to touch; look");
 }
 
 TEST_F(ITSwitchTest, ATransformerWithoutReverseIsLoggedAndTheValueWrittenAsItIs)
 {
-    transformer.allowsReverse = false;
-    bindChecked({&object, "touch", &transformer, std::nullopt});
+    transformer.allowsReverseTransformation = false;
+    bindChecked({object, "touch", &transformer, std::nullopt});
     EXPECT_EQ(transcriptOfChecking(),
         "log WARNING: binding \"checked\" has value transformer, but it doesn't allow reverse "
         "transformations "
@@ -467,7 +444,7 @@ TEST_F(ITSwitchTest, AMissingObjectOrKeyPathIsLoggedAndNothingIsWritten)
         "-[ITSwitch propagateValue:forBinding:]; look");
     control.setChecked(false);
     transcript.clear();
-    bindChecked({&object, std::nullopt, nullptr, std::nullopt});
+    bindChecked({object, std::nullopt, nullptr, std::nullopt});
     EXPECT_EQ(transcriptOfChecking(),
         "log ERROR: NSObservedKeyPathKey was nil for binding \"checked\" in "
         "-[ITSwitch propagateValue:forBinding:]; look");

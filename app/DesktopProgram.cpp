@@ -1,4 +1,4 @@
-#include "app/Composition.h"
+#include "app/DesktopProgram.h"
 
 #include "app/ListedPanels.h"
 #include "app/SplashScreenViewController.h"
@@ -13,7 +13,6 @@
 #include "platform/posix/PosixFileReader.h"
 #include "platform/posix/PosixInterfaceAddresses.h"
 #include "platform/posix/RoutedInterfaceName.h"
-#include "platform/posix/SignalDescriptor.h"
 #include "platform/posix/StdoutConsole.h"
 #include "platform/posix/SyslogLog.h"
 #include "platform/posix/SystemClock.h"
@@ -21,9 +20,7 @@
 #include "platform/qt/QtApplicationActivation.h"
 #include "platform/qt/QtFileChooser.h"
 #include "platform/qt/QtScreen.h"
-#include "platform/qt/WidgetMainQueue.h"
 #include "platform/x11/XTestMouseEventPoster.h"
-#include "ui/MainWindow.h"
 #include "ui/QtDashboardView.h"
 #include "ui/QtDevicesListView.h"
 #include "ui/QtSplashView.h"
@@ -32,7 +29,6 @@
 #include <chrono>
 #include <QApplication>
 #include <QPointer>
-#include <QSocketNotifier>
 #include <QStyleHints>
 
 namespace companion {
@@ -55,7 +51,7 @@ bool isWaylandSession()
         || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
 }
 
-void logLastWords(std::string_view what)
+void logTheFatalError(std::string_view what)
 {
     logFatalError(what);
 }
@@ -70,20 +66,20 @@ std::string joined(const std::vector<std::string>& names)
 
 } // namespace
 
-/// What works behind the dashboard. It is made with it, when the splash screen has been seen: the first paint waits
-/// for none of it.
-class Composition::Works {
+/// The dashboard and the adapters behind it. Made when the splash screen ends, so that the first paint waits for none
+/// of it.
+class DesktopProgram::Backend {
 public:
-    Works(const Options& options, WidgetMainQueue& mainQueue, MainWindow& window);
-    ~Works();
+    Backend(const Options& options, WidgetMainQueue& mainQueue, MainWindow& window);
+    ~Backend();
 
     void showDashboard();
     void programEnds() { m_alerts.programEnds(); }
 
 private:
-    void tellUnknownScreen();
+    void logUnknownScreen();
     void openPoster();
-    void letGo();
+    void releaseHeldButton();
     void connectView();
     DashboardDependencies dashboardDependencies(QtDashboardView& view);
 
@@ -115,7 +111,7 @@ private:
     std::shared_ptr<DashboardViewController> m_dashboard;
 };
 
-Composition::Works::Works(const Options& options, WidgetMainQueue& mainQueue, MainWindow& window)
+DesktopProgram::Backend::Backend(const Options& options, WidgetMainQueue& mainQueue, MainWindow& window)
     : m_options(options)
     , m_mainQueue(mainQueue)
     , m_window(window)
@@ -128,45 +124,45 @@ Composition::Works::Works(const Options& options, WidgetMainQueue& mainQueue, Ma
                       if (m_xtestPoster)
                           m_xtestPoster->flush();
                   },
-              .afterClose = [this] { letGo(); }})
+              .afterClose = [this] { releaseHeldButton(); }})
 {
-    tellUnknownScreen();
+    logUnknownScreen();
     openPoster();
     setFatalErrorHandler([this](std::string_view what) {
-        logLastWords(what);
+        logTheFatalError(what);
         if (m_xtestPoster)
             m_xtestPoster->releaseHeldButton();
     });
-    m_mainQueue.setWhenBlocked([this] { letGo(); });
+    m_mainQueue.setWhenBlocked([this] { releaseHeldButton(); });
 }
 
 /// Requests go first: a completion may hold the last reference to the dashboard, which needs the rest to be there.
-Composition::Works::~Works()
+DesktopProgram::Backend::~Backend()
 {
     m_httpSession.reset();
     m_dashboard.reset();
     delete m_view; // the window, whose it is, outlives what it uses
     m_mainQueue.dropAllJobs();
     m_mainQueue.setWhenBlocked({});
-    setFatalErrorHandler(logLastWords);
+    setFatalErrorHandler(logTheFatalError);
 }
 
-/// A finger that is down when touches come no more, or wait for an alert to be closed, would hold the button for as long;
-/// and X takes no click of the real mouse meanwhile.
-void Composition::Works::letGo()
+/// A finger may be down when the touch socket closes or an alert opens; until its "UP" the button would stay pressed, and
+/// X accepts no click of the real mouse meanwhile.
+void DesktopProgram::Backend::releaseHeldButton()
 {
     if (m_xtestPoster)
         m_xtestPoster->touchesEnd();
 }
 
-void Composition::Works::tellUnknownScreen()
+void DesktopProgram::Backend::logUnknownScreen()
 {
     if (!m_screen.isFound())
         m_log.log("There is no screen \"" + *m_options.screenName + "\" among " + joined(QtScreen::names())
             + "; until it is there touches go to the primary one");
 }
 
-void Composition::Works::openPoster()
+void DesktopProgram::Backend::openPoster()
 {
     std::string whyNot;
     m_xtestPoster = XTestMouseEventPoster::open(
@@ -181,7 +177,7 @@ void Composition::Works::openPoster()
         m_log.log("On Wayland touches reach X11 programs only; an X11 session has no such limit");
 }
 
-void Composition::Works::showDashboard()
+void DesktopProgram::Backend::showDashboard()
 {
     m_view = new QtDashboardView(m_alerts, m_log, m_mainQueue);
     m_dashboard = DashboardViewController::make(dashboardDependencies(*m_view));
@@ -190,7 +186,7 @@ void Composition::Works::showDashboard()
     m_window.setContentView(m_view);
 }
 
-void Composition::Works::connectView()
+void DesktopProgram::Backend::connectView()
 {
     using View = QtDashboardView;
     const View* view = m_view;
@@ -202,7 +198,7 @@ void Composition::Works::connectView()
     QObject::connect(view, &View::uploadFileAction, view, [&] { dashboard.uploadFileAction(); });
 }
 
-DashboardDependencies Composition::Works::dashboardDependencies(QtDashboardView& view)
+DashboardDependencies DesktopProgram::Backend::dashboardDependencies(QtDashboardView& view)
 {
     Pause& pause = m_flushingPause ? static_cast<Pause&>(*m_flushingPause) : m_threadPause;
     MouseEventPoster& poster =
@@ -226,68 +222,36 @@ DashboardDependencies Composition::Works::dashboardDependencies(QtDashboardView&
     };
 }
 
-/// The window and what it takes to show the splash screen in it.
-class Composition::Shell {
-public:
-    explicit Shell(const Options& options);
-
-    void start();
-
-private:
-    void showDashboard();
-    void endOnSignal();
-
-    const Options m_options;
-    WidgetMainQueue m_mainQueue;
-    MainWindow m_window;
-
-    // These go after the works, which let go the button: a second signal must not come before that.
-    SignalDescriptor m_signals;
-    QSocketNotifier m_signalNotifier;
-
-    std::unique_ptr<Works> m_works;
-};
-
-Composition::Shell::Shell(const Options& options)
+DesktopProgram::DesktopProgram(const Options& options)
     : m_options(options)
     , m_signalNotifier(m_signals.fd(), QSocketNotifier::Read)
 {
     QObject::connect(&m_signalNotifier, &QSocketNotifier::activated, qApp, [this] { endOnSignal(); });
 }
 
-void Composition::Shell::start()
+DesktopProgram::~DesktopProgram() = default;
+
+void DesktopProgram::start()
 {
     m_window.setContentView(new QtSplashView);
     std::make_shared<SplashScreenViewController>(m_mainQueue, [this] { showDashboard(); })->viewDidLoad();
     m_window.show();
 }
 
-void Composition::Shell::showDashboard()
+void DesktopProgram::showDashboard()
 {
     Theme::applyBaseFont();
-    m_works = std::make_unique<Works>(m_options, m_mainQueue, m_window);
-    m_works->showDashboard();
+    m_backend = std::make_unique<Backend>(m_options, m_mainQueue, m_window);
+    m_backend->showDashboard();
 }
 
-void Composition::Shell::endOnSignal()
+void DesktopProgram::endOnSignal()
 {
     while (m_signals.take()) {
-        if (m_works)
-            m_works->programEnds();
+        if (m_backend)
+            m_backend->programEnds();
         QApplication::quit();
     }
-}
-
-Composition::Composition(const Options& options)
-    : m_shell(std::make_unique<Shell>(options))
-{
-}
-
-Composition::~Composition() = default;
-
-void Composition::start()
-{
-    m_shell->start();
 }
 
 } // namespace companion

@@ -1,5 +1,5 @@
-#include "tests/screens/Contrast.h"
-#include "tests/screens/ScreenTest.h"
+#include "tests/ui/Contrast.h"
+#include "tests/ui/ScreenTest.h"
 #include "ui/ColoredView.h"
 #include "ui/ImageView.h"
 #include "ui/MaskingViewWidget.h"
@@ -7,6 +7,8 @@
 #include "ui/RoundButton.h"
 #include "ui/Theme.h"
 
+#include <QAccessible>
+#include <QFocusFrame>
 #include <QFontInfo>
 #include <QKeyEvent>
 #include <QLabel>
@@ -129,12 +131,6 @@ TEST_F(DashboardScreenTest, ImagesAreShownByTheirNames)
     EXPECT_EQ(outlet<RoundButton>("castButtonView").imageName(), "castingInactive");
     EXPECT_EQ(outlet<ImageView>("fileUploadView").imageName(), "fileUploadGrid");
     EXPECT_EQ(outlet<ImageView>("uploadArrowImage").imageName(), "uploadArrow");
-    for (const char* name :
-        {"castingActive", "castingInactive", "fileUploadGrid", "fileUploadGridActive", "uploadArrow",
-            "uploadArrowActive", "radioIcon", "connectedChain", "emptyState", "panel-companion"}) {
-        const QPixmap picture = QIcon(SvgImage::path(name)).pixmap(64);
-        EXPECT_FALSE(picture.isNull()) << name;
-    }
 }
 
 TEST_F(DashboardScreenTest, TheCastButtonIsRoundAtAnyWidth)
@@ -406,12 +402,67 @@ TEST_F(DashboardScreenTest, EveryControlOfThePopoversLooksDifferentWithTheKeyboa
         expectVisibleFocus(find(m_window, name));
 }
 
+TEST_F(DashboardScreenTest, NoControlHasARingAfterAMouseClick)
+{
+    const auto rings = [] {
+        int count = 0;
+        for (const QWidget* widget : QApplication::allWidgets())
+            count += qobject_cast<const QFocusFrame*>(widget) && widget->isVisible();
+        return count;
+    };
+    pair();
+    for (const char* name : {"fileUploadButton", "castButtonView", "wirelessTouchSwitch", "settingsIcon"}) {
+        auto& control = outlet(name);
+        control.setFocus(Qt::TabFocusReason);
+        EXPECT_EQ(rings(), 1) << name;
+        QTest::mousePress(&control, Qt::LeftButton);
+        EXPECT_EQ(rings(), 0) << name;
+        control.clearFocus();
+        control.setFocus(Qt::MouseFocusReason);
+        EXPECT_EQ(rings(), 0) << name;
+        QTest::mouseRelease(&control, Qt::LeftButton, {}, {-9, -9});
+    }
+    auto& button = outlet("settingsIcon");
+    for (const auto reason : {Qt::TabFocusReason, Qt::BacktabFocusReason, Qt::ShortcutFocusReason}) {
+        QTest::mouseClick(&outlet("toolbarView"), Qt::LeftButton);
+        button.clearFocus();
+        button.setFocus(reason);
+        EXPECT_EQ(rings(), 1) << reason;
+    }
+}
+
+TEST_F(DashboardScreenTest, AnAlertThatAClickOpensHasNoRing)
+{
+    pair();
+    QTest::mouseClick(&outlet("castButtonView"), Qt::LeftButton);
+    QMessageBox alert;
+    QPushButton* button = alert.addButton("OK", QMessageBox::AcceptRole);
+    alert.setDefaultButton(button);
+    alert.show();
+    alert.activateWindow();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(button->findChild<QFocusFrame*>(), nullptr);
+    QTest::keyClick(button, Qt::Key_Tab);
+    button->clearFocus();
+    button->setFocus(Qt::TabFocusReason);
+    EXPECT_NE(button->findChild<QFocusFrame*>(), nullptr);
+}
+
+TEST_F(DashboardScreenTest, TheRingIsNoPartOfTheAccessibilityTree)
+{
+    pair();
+    auto& button = outlet("fileUploadButton");
+    button.setFocus(Qt::TabFocusReason);
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&button)->childCount(), 0);
+}
+
 TEST_F(DashboardScreenTest, AnAlertsButtonLooksDifferentWithTheKeyboardOnIt)
 {
     QMessageBox alert;
     QPushButton* button = alert.addButton("OK", QMessageBox::AcceptRole);
     alert.show();
     alert.activateWindow();
+    QTest::keyClick(button, Qt::Key_Tab);
     expectVisibleFocus(*button);
 }
 

@@ -1,4 +1,4 @@
-#include "tests/upload/DocumentsPortal.h"
+#include "tests/ui/DocumentsPortal.h"
 
 #include <stdexcept>
 #include <utility>

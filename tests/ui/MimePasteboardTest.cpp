@@ -2,7 +2,7 @@
 #include "platform/testing/FakeAlerts.h"
 #include "platform/testing/FakeLog.h"
 #include "platform/testing/FakeMainQueue.h"
-#include "tests/upload/DocumentsPortal.h"
+#include "tests/ui/DocumentsPortal.h"
 
 #include <chrono>
 #include <cstdio>

@@ -1,4 +1,5 @@
 #include "ui/Accessibility.h"
+#include "ui/FocusRing.h"
 #include "ui/Theme.h"
 
 #include <gtest/gtest.h>
@@ -12,7 +13,10 @@ int main(int argc, char** argv)
     ::testing::InitGoogleTest(&argc, argv);
     QApplication application(argc, argv);
     QApplication::setPalette(QPalette(QColor(0x20, 0x20, 0x20))); // as on a dark desktop
+    // No plugin but the platform's can be loaded any more: the program draws its images without any.
+    QCoreApplication::setLibraryPaths({});
     companion::Theme::apply(application);
     companion::installAccessibility();
+    companion::installFocusRing();
     return RUN_ALL_TESTS();
 }

@@ -2,8 +2,9 @@
 // on the present platform.
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/WidgetMainQueue.h"
-#include "tests/screens/DashboardOnFakes.h"
+#include "tests/ui/DashboardOnFakes.h"
 #include "ui/Accessibility.h"
+#include "ui/FocusRing.h"
 #include "ui/MainWindow.h"
 #include "ui/QtSplashView.h"
 #include "ui/Theme.h"
@@ -151,7 +152,9 @@ public:
     void useKeyboard()
     {
         m_gallery.window().activateWindow();
-        m_dashboard.view->findChild<QWidget*>("castButtonView")->setFocus(Qt::TabFocusReason);
+        auto* button = m_dashboard.view->findChild<QWidget*>("castButtonView");
+        button->clearFocus();
+        button->setFocus(Qt::TabFocusReason);
         m_gallery.take("focus");
     }
 
@@ -193,6 +196,7 @@ int main(int argc, char** argv)
     QApplication::setApplicationDisplayName(QStringLiteral("Panel Companion"));
     Theme::apply(application);
     installAccessibility();
+    installFocusRing();
 
     Gallery gallery(arguments.first(), arguments.mid(1));
     gallery.take("splash");

@@ -1,5 +1,6 @@
-#include "tests/screens/ScreenTest.h"
+#include "tests/ui/ScreenTest.h"
 #include "ui/ColoredView.h"
+#include "ui/QtSettingsView.h"
 #include "ui/Theme.h"
 
 #include <QComboBox>
@@ -38,6 +39,20 @@ TEST_F(SettingsScreenTest, PopUpsHaveTheirItemsAndTheFirstOneIsChosen)
     EXPECT_EQ(setting<QComboBox>("sessionPresentButton").currentText(), "1080P");
     EXPECT_FALSE(items("switchDeviceButton").empty());
     EXPECT_FALSE(items("switchAudioDeviceButton").empty());
+}
+
+TEST_F(SettingsScreenTest, ItemsOfTheSceneAreReplacedForFrameRateAndResolutionOnly)
+{
+    RelaySettingsViewController controller;
+    controller.viewDidLoad();
+    QtSettingsView view;
+    for (const char* name : {"fpsButton", "sessionPresentButton", "switchDeviceButton"})
+        find<QComboBox>(view, name).addItem("of the scene");
+    view.showItems(controller);
+    EXPECT_EQ(find<QComboBox>(view, "fpsButton").count(), 4);
+    EXPECT_EQ(find<QComboBox>(view, "fpsButton").findText("of the scene"), -1);
+    EXPECT_EQ(find<QComboBox>(view, "sessionPresentButton").count(), 2);
+    EXPECT_EQ(find<QComboBox>(view, "switchDeviceButton").findText("of the scene"), 1);
 }
 
 TEST_F(SettingsScreenTest, TheBackgroundIsWhite)

@@ -1,4 +1,4 @@
-#include "tests/screens/ScreenTest.h"
+#include "tests/ui/ScreenTest.h"
 
 #include <QAbstractButton>
 #include <QAccessible>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/screens/DashboardOnFakes.h"
+#include "tests/ui/DashboardOnFakes.h"
 #include "ui/DevicesTableView.h"
 #include "ui/MainWindow.h"
 

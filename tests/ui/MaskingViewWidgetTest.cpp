@@ -1,6 +1,6 @@
 #include "ui/MaskingViewWidget.h"
 #include "platform/testing/FakeLog.h"
-#include "tests/screens/EventCounter.h"
+#include "tests/ui/EventCounter.h"
 #include "ui/ImageView.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "tests/screens/EventCounter.h"
-#include "tests/screens/ScreenTest.h"
+#include "tests/ui/EventCounter.h"
+#include "tests/ui/ScreenTest.h"
 #include "ui/ColoredView.h"
 #include "ui/Theme.h"
 
@@ -102,7 +102,7 @@ TEST_F(DevicesListScreenTest, ARowsTextsArePaintedInTheirFonts)
     const DeviceTableCellView cell{"radioIcon", "Room 204", "0A00020F"};
     TextRecorder recorder({360, 60});
     QPainter painter(&recorder);
-    cell.paint(painter, {0, 0, 360, 60}, /*isHovered=*/false, /*isCurrent=*/false);
+    cell.paint(painter, {0, 0, 360, 60}, /*isHovered=*/false);
     painter.end();
     const auto expectFont = [&](const char* text, QFont::Weight weight, int points) {
         const QFont font = recorder.fonts().at(text);
@@ -339,12 +339,10 @@ TEST_F(DevicesListScreenTest, TheRowOfTheKeyboardIsMarkedForKeysAndNotForTheMous
 {
     openListOfThree();
     clickRow(0);
-    EXPECT_FALSE(table().isWorkedByKeyboard());
     const QImage byMouse = table().viewport()->grab().toImage();
     table().setFocus(Qt::TabFocusReason);
     QTest::keyClick(&table(), Qt::Key_Down);
     QTest::keyClick(&table(), Qt::Key_Up);
-    EXPECT_TRUE(table().isWorkedByKeyboard());
     EXPECT_NE(table().viewport()->grab().toImage(), byMouse);
 }
 

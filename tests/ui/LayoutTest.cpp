@@ -1,5 +1,6 @@
-#include "tests/screens/Contrast.h"
-#include "tests/screens/ScreenTest.h"
+#include "tests/ui/Contrast.h"
+#include "tests/ui/ScreenTest.h"
+#include "ui/DragDropViewWidget.h"
 #include "ui/ImageView.h"
 #include "ui/QtSplashView.h"
 #include "ui/Theme.h"
@@ -197,9 +198,8 @@ TEST_F(LayoutTest, ThePatternOfTheDropAreaStaysClearOfWhatLiesInIt)
 TEST_F(LayoutTest, TheDropAreaHasNoSeamsAtAnySize)
 {
     for (const QSize size : {QSize(441, 303), QSize(443, 307), QSize(577, 359)}) {
-        ImageView area;
+        DragDropViewWidget area;
         area.setImageName("fileUploadGrid");
-        area.setTiled(true);
         area.resize(size);
         const QImage image = area.grab().toImage();
         const int inset = qRound(6 * image.devicePixelRatio()); // within the dashes, and off the dots
@@ -260,9 +260,8 @@ TEST_F(LayoutTest, FromRightToLeftTheScreenIsMirrored)
 TEST_F(LayoutTest, TheDropAreasPatternKeepsItsSizeAtAnyProportions)
 {
     const auto dashes = [](QSize size) { // how often the top edge changes between a dash and a gap
-        ImageView area;
+        DragDropViewWidget area;
         area.setImageName("fileUploadGrid");
-        area.setTiled(true);
         area.resize(size);
         const QImage image = area.grab().toImage();
         int changes = 0;

@@ -1,5 +1,5 @@
 #include "platform/testing/FakeLog.h"
-#include "tests/screens/EventCounter.h"
+#include "tests/ui/EventCounter.h"
 #include "ui/ITSwitchWidget.h"
 
 #include <algorithm>
@@ -306,6 +306,22 @@ TEST_F(SwitchWidgetTest, TheOpacityChangesInTheAnimationsTimeToo)
     finish();
     EXPECT_GT(onTheWay, std::min(enabled, green()));
     EXPECT_LT(onTheWay, std::max(enabled, green()));
+}
+
+TEST_F(SwitchWidgetTest, TheKnobCastsAShadowDownwardsAndItsInsideOneAllAround)
+{
+    m_widget.resize(67, 36); // so that the knob ends at 36 points, but for a hundredth
+    QCoreApplication::processEvents();
+    const auto darkness = [this](
+                              double x, double y) { // in points of the track, which lies 4 points further in
+        const QImage image = m_widget.grab().toImage();
+        const QPointF at = QPointF(x + 4, y + 4) * m_widget.devicePixelRatioF();
+        return 255 - qGray(image.pixel(int(at.x()), int(at.y())));
+    };
+    EXPECT_GT(darkness(18, 28.5), 15) << "the knob's own, below the track";
+    EXPECT_EQ(darkness(18, -1.5), 0);
+    EXPECT_GT(darkness(36.3, 14), 33) << "either alone is no darker than 30";
+    EXPECT_EQ(darkness(40, 14), 0);
 }
 
 TEST_F(SwitchWidgetTest, TheBorderOfTheTrackLiesOverTheShadowOfTheKnob)

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "app/Options.h"
+#include "platform/posix/SignalDescriptor.h"
+#include "platform/qt/WidgetMainQueue.h"
+#include "ui/MainWindow.h"
+
+#include <memory>
+#include <QSocketNotifier>
+
+namespace companion {
+
+/// panel-companion put together: the window, and from the end of the splash screen on the dashboard with its adapters.
+/// Made after the QApplication and destroyed before it; main thread only.
+class DesktopProgram {
+public:
+    explicit DesktopProgram(const Options& options);
+    ~DesktopProgram();
+    DesktopProgram(const DesktopProgram&) = delete;
+    DesktopProgram& operator=(const DesktopProgram&) = delete;
+
+    /// Shows the main window with the splash screen; the dashboard follows by itself.
+    void start();
+
+private:
+    class Backend;
+
+    void showDashboard();
+    void endOnSignal();
+
+    const Options m_options;
+    WidgetMainQueue m_mainQueue;
+    MainWindow m_window;
+
+    // Destroyed after the backend, which releases the button: until then a second signal must not end the process.
+    SignalDescriptor m_signals;
+    QSocketNotifier m_signalNotifier;
+
+    std::unique_ptr<Backend> m_backend;
+};
+
+} // namespace companion
