@@ -4,7 +4,7 @@
 
 namespace companion {
 
-/// Keeps every signal away from the threads that are started while it lives: signals are for the main thread.
+/// Blocks all signals in threads that are started while it lives: signals are for the main thread.
 class BlockedSignals {
 public:
     BlockedSignals()

@@ -7,23 +7,23 @@
 
 namespace companion {
 
-/// Signals as something to read: while the object lives, they end the program no more but make a file descriptor
-/// readable, so that an event loop can end the program in its own order.
+/// While the object lives, the signals do not end the program but make a file descriptor readable, so that an event loop
+/// can shut the program down in order.
 ///
-/// One object in a process at a time. A signal that was ignored stays ignored (as for programs started by nohup).
+/// One object per process at a time. A signal that was ignored stays ignored (as for programs started by nohup).
 class SignalDescriptor {
 public:
-    /// Throws std::system_error when there is no pipe to be had, std::logic_error for a second object.
+    /// Throws std::system_error if no pipe can be opened, std::logic_error for a second object.
     explicit SignalDescriptor(std::initializer_list<int> signals = {SIGINT, SIGTERM, SIGHUP});
 
-    ~SignalDescriptor(); ///< Gives the signals back what they did before.
+    ~SignalDescriptor(); ///< Restores the previous signal actions.
     SignalDescriptor(const SignalDescriptor&) = delete;
     SignalDescriptor& operator=(const SignalDescriptor&) = delete;
 
-    /// Readable when a signal has come. For waiting on, not for reading from.
+    /// Readable when a signal has arrived. To be waited on, not read from.
     int fd() const { return m_readFd; }
 
-    /// The next signal that has come, in order; nothing when there is none. Never waits.
+    /// The next signal, in order of arrival; nothing if there is none. Never blocks.
     std::optional<int> take();
 
 private:

@@ -174,14 +174,10 @@ QtMainQueue::Job QtMainQueue::takeJob()
     return job;
 }
 
-/// Has the event loop serve jobs that came while none could run.
+/// Has the event loop look for jobs that came while none could run.
 void QtMainQueue::resume()
 {
-    if (!mayRun())
-        return;
-    const std::lock_guard lock(m_waiting.mutex);
-    m_waiting.isWakePending = !m_waiting.jobs.empty();
-    if (m_waiting.isWakePending)
+    if (mayRun())
         eventfd_write(m_wakeUp, 1);
 }
 

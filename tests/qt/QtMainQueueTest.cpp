@@ -33,6 +33,17 @@ protected:
         return spinUntil([&] { return m_words.size() >= count; });
     }
 
+    /// Of the event loop; `spinFor` alone makes 20.
+    static int turnsIn100Milliseconds()
+    {
+        int turns = 0;
+        const QMetaObject::Connection connection = QObject::connect(QCoreApplication::eventDispatcher(),
+            &QAbstractEventDispatcher::aboutToBlock, QCoreApplication::instance(), [&] { ++turns; });
+        spinFor(100ms);
+        QObject::disconnect(connection);
+        return turns;
+    }
+
     QtMainQueue m_queue;
     std::vector<std::string> m_words;
 };
@@ -236,14 +247,16 @@ TEST_F(QtMainQueueTest, ADelayedJobThatIsDueWhileBlockedRunsAfterwardsInItsTurn)
 TEST_F(QtMainQueueTest, ABlockedQueueWithJobsDoesNotKeepTheEventLoopAwake)
 {
     const QtMainQueue::Blocker blocker(m_queue);
-    int turns = 0;
-    const auto connection = QObject::connect(QCoreApplication::eventDispatcher(),
-        &QAbstractEventDispatcher::aboutToBlock, QCoreApplication::instance(), [&] { ++turns; });
     for (int i = 0; i < 10; ++i)
         m_queue.async([] {});
-    spinFor(100ms); // its own timer makes 20 turns of it
-    QObject::disconnect(connection);
-    EXPECT_LT(turns, 100);
+    EXPECT_LT(turnsIn100Milliseconds(), 100);
+}
+
+TEST_F(QtMainQueueTest, AQueueWhoseJobsHaveRunDoesNotKeepTheEventLoopAwake)
+{
+    m_queue.async(note("job"));
+    ASSERT_TRUE(spinUntilWords(1));
+    EXPECT_LT(turnsIn100Milliseconds(), 100);
 }
 
 TEST_F(QtMainQueueTest, EndlessJobsLeaveTurnsToTimersPostedEventsAndDescriptors)

@@ -39,7 +39,7 @@ TEST(SignalDescriptorTest, ASignalMakesTheDescriptorReadableAndIsTakenOnce)
     EXPECT_FALSE(isReadable(signals.fd()));
 }
 
-TEST(SignalDescriptorTest, SignalsAreTakenInTheOrderInWhichTheyCame)
+TEST(SignalDescriptorTest, SignalsAreTakenInOrderOfArrival)
 {
     SignalDescriptor signals;
     raise(SIGHUP);
@@ -50,14 +50,14 @@ TEST(SignalDescriptorTest, SignalsAreTakenInTheOrderInWhichTheyCame)
     EXPECT_EQ(signals.take(), SIGINT);
 }
 
-TEST(SignalDescriptorTest, ASignalThatComesToAnotherThreadArrivesToo)
+TEST(SignalDescriptorTest, ASignalToAnotherThreadArrivesToo)
 {
     SignalDescriptor signals;
     std::thread([] { pthread_kill(pthread_self(), SIGTERM); }).join();
     EXPECT_EQ(signals.take(), SIGTERM);
 }
 
-TEST(SignalDescriptorTest, WhatASignalDidBeforeComesBack)
+TEST(SignalDescriptorTest, DestructionRestoresTheSignalsAction)
 {
     const auto before = handlerOf(SIGTERM);
     {
@@ -89,7 +89,7 @@ TEST(SignalDescriptorTest, ErrnoSurvivesTheHandlerEvenWhenThePipeIsFull)
     EXPECT_EQ(signals.take(), SIGINT);
 }
 
-TEST(SignalDescriptorTest, ASecondOneAtTheSameTimeIsRefusedAndTheFirstGoesOn)
+TEST(SignalDescriptorTest, ASecondObjectIsRefusedAndTheFirstKeepsWorking)
 {
     SignalDescriptor signals;
     EXPECT_THROW(SignalDescriptor{}, std::logic_error);
@@ -97,7 +97,7 @@ TEST(SignalDescriptorTest, ASecondOneAtTheSameTimeIsRefusedAndTheFirstGoesOn)
     EXPECT_EQ(signals.take(), SIGTERM);
 }
 
-TEST(SignalDescriptorTest, AProgramStartedMeanwhileIsEndedByTheSignalAsUsual)
+TEST(SignalDescriptorTest, TheSignalStillEndsAChildProgram)
 {
     SignalDescriptor signals;
     const pid_t child = fork();
