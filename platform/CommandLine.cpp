@@ -1,5 +1,7 @@
 #include "platform/CommandLine.h"
 
+#include "platform/Text.h"
+
 #include <algorithm>
 #include <CLI/CLI.hpp>
 #include <utility>
@@ -37,13 +39,6 @@ Problem acceptValues(const CommandLineOption& option, const std::vector<std::str
             return problem;
     }
     return std::nullopt;
-}
-
-std::string printable(std::string text)
-{
-    std::replace_if(
-        text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7F; }, '?');
-    return text;
 }
 
 /// One pass over one command line.

@@ -83,7 +83,7 @@ TEST(CommandLineTest, BadUsageIsOneLineThatNamesTheOption)
     EXPECT_EQ(Program().problem({"--json=yes"}), "--json takes no value");
     EXPECT_EQ(Program().problem({"--json="}), "--json takes no value");
     EXPECT_EQ(Program().problem({"--help=yes"}), "--help takes no value");
-    EXPECT_EQ(Program().problem({"--item", "bad\n"}), "--item refuses 'bad?'");
+    EXPECT_EQ(Program().problem({"--item", "bad\n"}), "--item refuses 'bad\\n'");
 }
 
 TEST(CommandLineTest, HelpAndVersionAreReportedBesideProblems)

@@ -126,7 +126,7 @@ def test_page_from_another_host_tells_what_the_browser_keeps_from_it(page):
     page.browser.open(f"http://{address}:5000/")
     wait_until(lambda: page.browser.find("#touchback").text == "on (cast)", "the state on the page")
     assert not page.browser.run("return isSecureContext"), "the browser takes the page for a secure one"
-    assert "one place a frame" in page.browser.find("#moves-hint").text, "it is not told"
+    assert "one touch position per frame" in page.browser.find("#moves-hint").text, "the hint is missing"
     page.browser.find("#surface").scroll_to()
     places = page.places(PATH)
     page.draw("touch", places)
