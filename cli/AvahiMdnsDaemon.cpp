@@ -1,4 +1,4 @@
-#include "cli/AvahiMdnsDaemon.h"
+#include "cli/SystemProbes.h"
 
 #include "platform/avahi/SystemBus.h"
 

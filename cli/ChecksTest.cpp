@@ -1,6 +1,4 @@
-#include "cli/Check.h"
-#include "cli/ComputerChecks.h"
-#include "cli/NetworkChecks.h"
+#include "cli/Checks.h"
 #include "platform/testing/FakeInterfaceAddresses.h"
 
 #include <gmock/gmock.h>
@@ -176,9 +174,9 @@ TEST(CheckTest, SummaryCountsTheMarks)
 
 TEST(CheckTest, JsonTellsAdviceOrNull)
 {
-    EXPECT_EQ(checkJson({"a", Mark::warn, "b", "c"}).text(),
+    EXPECT_EQ(jsonText(checkJson({"a", Mark::warn, "b", "c"})),
         R"({"check":"a","mark":"warn","found":"b","advice":"c"})");
-    EXPECT_EQ(checkJson(versionCheck("panelctl 1", "Debian")).text(),
+    EXPECT_EQ(jsonText(checkJson(versionCheck("panelctl 1", "Debian"))),
         R"({"check":"version","mark":"ok","found":"panelctl 1 on Debian","advice":null})");
 }
 

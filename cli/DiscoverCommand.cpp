@@ -1,6 +1,6 @@
 #include "cli/DiscoverCommand.h"
 
-#include "cli/SecondsText.h"
+#include "cli/Text.h"
 
 #include <algorithm>
 #include <utility>
@@ -19,14 +19,9 @@ std::string panelLine(const PanelName& panel)
     return line + panel.name + " (" + panel.model + ")";
 }
 
-std::string panelJson(const PanelName& panel)
+Json panelJson(const PanelName& panel)
 {
-    return JsonObject()
-        .add("name", panel.name)
-        .add("address", panel.ip)
-        .add("model", panel.model)
-        .add("hexAddress", panel.hex)
-        .text();
+    return {{"name", panel.name}, {"address", panel.ip}, {"model", panel.model}, {"hexAddress", panel.hex}};
 }
 
 } // namespace
@@ -45,8 +40,7 @@ void DiscoverCommand::start(Finished finished)
     const std::string whyNot = whyNoPanelCanBeFound(
         m_search.mdnsDaemon.look(std::min<std::chrono::milliseconds>(timeForDaemon, m_request.time)));
     if (!whyNot.empty()) {
-        std::exchange(m_finished, nullptr)(
-            {ExitStatus::noPanel, whyNot, JsonObject().addJson("panels", "[]")});
+        std::exchange(m_finished, nullptr)({ExitStatus::noPanel, whyNot, {{"panels", Json::array()}}});
         return;
     }
     m_browse.start([this](const PanelName& panel) { hearOf(panel); });
@@ -81,13 +75,13 @@ void DiscoverCommand::end()
 
 Result DiscoverCommand::result() const
 {
-    std::vector<std::string> found;
+    Json found = Json::array();
     for (const PanelName& panel : m_browse.panels()) {
         if (m_request.choice.includes(panel))
             found.push_back(panelJson(panel));
     }
     Result result;
-    result.json.addJson("panels", jsonArray(found));
+    result.json["panels"] = found;
     if (!found.empty())
         return result;
     result.status = ExitStatus::noPanel;

@@ -162,14 +162,14 @@ void DoctorCommand::finish()
 {
     if (!m_finished)
         return;
-    std::vector<std::string> checks;
+    Json checks = Json::array();
     bool hasFailed = false;
     for (const Check& check : m_checks) {
-        checks.push_back(checkJson(check).text());
+        checks.push_back(checkJson(check));
         hasFailed |= check.mark == Mark::fail;
     }
     std::exchange(m_finished, nullptr)({hasFailed ? ExitStatus::refused : ExitStatus::done,
-        summaryText(m_checks), JsonObject().addJson("checks", jsonArray(checks))});
+        summaryText(m_checks), {{"checks", std::move(checks)}}});
 }
 
 void DoctorCommand::later(std::chrono::milliseconds delay, void (DoctorCommand::*step)())

@@ -1,10 +1,10 @@
 #pragma once
 
+#include "cli/Checks.h"
 #include "cli/Command.h"
-#include "cli/DoctorProbes.h"
 #include "cli/ObservedHttpSession.h"
 #include "cli/PanelFinder.h"
-#include "cli/UdpPortHolder.h"
+#include "cli/Probes.h"
 #include "panel/HDMITouchBack.h"
 #include "platform/AsyncUdpSocket.h"
 

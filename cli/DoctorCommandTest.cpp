@@ -114,7 +114,7 @@ TEST_F(DoctorCommandTest, JsonIsEveryCheckAndNoLines)
     start(command);
     queue.advance(3s);
     EXPECT_THAT(output.lines, IsEmpty());
-    EXPECT_THAT(result->json.text(),
+    EXPECT_THAT(jsonText(result->json),
         HasSubstr(R"({"check":"UDP port 41863","mark":"ok","found":"free","advice":null})"));
 }
 

@@ -1,8 +1,7 @@
 #include "cli/Json.h"
-#include "cli/ProgressBar.h"
-#include "cli/Result.h"
-#include "cli/SecondsText.h"
+#include "cli/Command.h"
 #include "cli/testing/FakeOutput.h"
+#include "cli/Text.h"
 
 #include <gmock/gmock.h>
 #include <limits>
@@ -16,38 +15,35 @@ using namespace std::chrono_literals;
 TEST(JsonTest, TextsAreQuotedAndStayOnOneLine)
 {
     EXPECT_EQ(jsonText("Room \"204\" \\ Größe"), R"("Room \"204\" \\ Größe")");
-    EXPECT_EQ(jsonText("a\nb\tc\rd\x1b[31m\x7f"), R"("a\nb\tc\u000dd\u001b[31m\u007f")");
+    EXPECT_EQ(jsonText("a\nb\tc\rd\x1b[31m\x7f"), R"("a\nb\tc\rd\u001b[31m\u007f")");
     EXPECT_EQ(jsonText(std::string_view("\0", 1)), R"("\u0000")");
     EXPECT_EQ(jsonText("\xff!"), "\"\xEF\xBF\xBD!\"");
 }
 
 TEST(JsonTest, NumbersAreShortAndOnlyThoseThatJsonKnows)
 {
-    EXPECT_EQ(jsonNumber(0), "0");
-    EXPECT_EQ(jsonNumber(-41.5), "-41.5");
-    EXPECT_EQ(jsonNumber(16.204), "16.204");
-    EXPECT_EQ(jsonNumber(1'000'000), "1000000");
-    EXPECT_EQ(jsonNumber(1'700'000'000'016), "1700000000016");
-    EXPECT_EQ(jsonNumber(-0.000001), "-0.000001");
-    EXPECT_EQ(jsonNumber(1e300), "1e+300");
-    EXPECT_EQ(jsonNumber(std::numeric_limits<double>::infinity()), "null");
-    EXPECT_EQ(jsonNumber(std::numeric_limits<double>::quiet_NaN()), "null");
+    EXPECT_EQ(jsonText(jsonNumber(0)), "0");
+    EXPECT_EQ(jsonText(jsonNumber(-41.5)), "-41.5");
+    EXPECT_EQ(jsonText(jsonNumber(16.204)), "16.204");
+    EXPECT_EQ(jsonText(jsonNumber(1'000'000)), "1000000");
+    EXPECT_EQ(jsonText(jsonNumber(1'700'000'000'016)), "1700000000016");
+    EXPECT_EQ(jsonText(jsonNumber(-0.000001)), "-1e-06");
+    EXPECT_EQ(jsonText(jsonNumber(1e300)), "1e+300");
+    EXPECT_EQ(jsonText(jsonNumber(std::numeric_limits<double>::infinity())), "null");
+    EXPECT_EQ(jsonText(jsonNumber(std::numeric_limits<double>::quiet_NaN())), "null");
 }
 
 TEST(JsonTest, ObjectsKeepTheOrderOfTheirMembers)
 {
-    JsonObject inner;
-    inner.addFlag("z", true).addNull("a");
-    JsonObject outer;
-    outer.addMembers(JsonObject()).add("b", "x").addMembers(inner).addMembers(JsonObject());
-    outer.addJson("list", jsonArray({"1", inner.text()})).addJson("none", jsonArray({}));
-    EXPECT_EQ(outer.text(), R"({"b":"x","z":true,"a":null,"list":[1,{"z":true,"a":null}],"none":[]})");
+    Json object = {{"b", "x"}};
+    object.update({{"z", true}, {"a", nullptr}});
+    EXPECT_EQ(jsonText(object), R"({"b":"x","z":true,"a":null})");
 }
 
 TEST(ReportTest, WhatWasDoneGoesToStandardOutput)
 {
     FakeOutput output;
-    report({ExitStatus::done, "done so", JsonObject().addNumber("n", 1)}, "ping", /*isJson=*/false, output);
+    report({ExitStatus::done, "done so", {{"n", 1}}}, "ping", /*isJson=*/false, output);
     EXPECT_THAT(output.lines, ElementsAre("out done so"));
     report({ExitStatus::done, "", {}}, "ping", /*isJson=*/false, output);
     EXPECT_THAT(output.lines, ElementsAre("out done so"));
@@ -56,7 +52,7 @@ TEST(ReportTest, WhatWasDoneGoesToStandardOutput)
 TEST(ReportTest, FailureIsOneLineOnStandardErrorWithJsonToo)
 {
     FakeOutput output;
-    report({ExitStatus::network, "no answer", JsonObject().add("address", "10.0.0.1")}, "ping",
+    report({ExitStatus::network, "no answer", {{"address", "10.0.0.1"}}}, "ping",
         /*isJson=*/true, output);
     EXPECT_THAT(output.lines,
         ElementsAre(R"(out {"command":"ping","exitStatus":4,"error":"no answer","address":"10.0.0.1"})",

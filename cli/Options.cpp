@@ -51,6 +51,20 @@ CommandLineOption addressOption(std::optional<std::string>& target)
             }};
 }
 
+CommandLineOption sizeOption(std::uint64_t& target)
+{
+    return {"--max-size", "MIB", "stop recording at this size (default: 100)",
+        [&target](const std::string& value) -> Problem {
+            constexpr double most = 1'000'000;
+            constexpr double bytesOfMiB = 1 << 20;
+            const std::optional<double> size = parseNumber(value);
+            if (!size || *size < 0.001 || *size > most)
+                return "--max-size needs a number of MiB from 0.001 to 1000000, not '" + value + "'";
+            target = static_cast<std::uint64_t>(std::llround(*size * bytesOfMiB));
+            return std::nullopt;
+        }};
+}
+
 std::vector<CommandEntry> commandTable(Options& options)
 {
     return {
@@ -62,8 +76,8 @@ std::vector<CommandEntry> commandTable(Options& options)
         {CommandName::trigger, "trigger", "", "ask the panel to open its casting receiver", true},
         {CommandName::upload, "upload", "FILE", "send a file to the panel", true},
         {CommandName::touches, "touches", "", "print the touches that arrive, until interrupted", false,
-            {textOption(
-                "--record", "FILE", "also record them to a file, to be replayed", options.recording)}},
+            {textOption("--record", "FILE", "also record them to a file, to be replayed", options.recording),
+                sizeOption(options.mostRecordedBytes)}},
         {CommandName::doctor, "doctor", "", "diagnose connection problems between this\ncomputer and a panel",
             false, {flagOption("--touches", "also wait for a touch on the panel", options.awaitsTouches)}},
     };

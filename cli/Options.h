@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -30,6 +31,7 @@ struct Options {
     bool isHDMI = false;                                            ///< touchback
     std::string file;                                               ///< upload
     std::optional<std::string> recording;                           ///< touches: a file to write
+    std::uint64_t mostRecordedBytes = 100 << 20;                    ///< touches
     bool awaitsTouches = false;                                     ///< doctor
 };
 

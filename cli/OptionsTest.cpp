@@ -53,6 +53,8 @@ TEST(PanelctlOptionsTest, OptionsOfCommandsReachThem)
     EXPECT_TRUE(optionsOf({"touchback", "on", "--panel", "R"}).switchesOn);
     EXPECT_FALSE(optionsOf({"touchback", "off", "--panel", "R"}).switchesOn);
     EXPECT_EQ(optionsOf({"touches", "--record", "r.txt"}).recording, "r.txt");
+    EXPECT_EQ(optionsOf({"touches"}).mostRecordedBytes, 104'857'600U);
+    EXPECT_EQ(optionsOf({"touches", "--max-size", "0.5"}).mostRecordedBytes, 524'288U);
     EXPECT_TRUE(optionsOf({"doctor", "--touches"}).awaitsTouches);
     EXPECT_EQ(optionsOf({"upload", "--panel", "R", "--", "--odd name"}).file, "--odd name");
     EXPECT_EQ(optionsOf({"upload", "--panel", "R", "-"}).file, "-");
@@ -94,6 +96,15 @@ TEST(PanelctlOptionsTest, SecondsAreAPositiveNumberUpToADay)
             std::string("--seconds needs a number of seconds from 0.001 to 86400, not '") + text + "'");
     EXPECT_EQ(complaintAbout({"doctor", "--timeout", "x"}),
         "--timeout needs a number of seconds from 0.001 to 86400, not 'x'");
+}
+
+TEST(PanelctlOptionsTest, LargestRecordingIsUpToAMillionMiB)
+{
+    EXPECT_EQ(optionsOf({"touches", "--max-size", "0.001"}).mostRecordedBytes, 1049U);
+    EXPECT_EQ(optionsOf({"touches", "--max-size", "1000000"}).mostRecordedBytes, 1'048'576'000'000U);
+    for (const char* text : {"0", "0.0009", "1000000.1", "-1", "1G"})
+        EXPECT_EQ(complaintAbout({"touches", "--max-size", text}),
+            std::string("--max-size needs a number of MiB from 0.001 to 1000000, not '") + text + "'");
 }
 
 TEST(PanelctlOptionsTest, AddressIsFourNumbersUpTo255)

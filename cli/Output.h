@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Log.h"
+
 #include <cstddef>
 #include <optional>
 #include <string_view>
@@ -29,6 +31,27 @@ public:
 
     /// Replaces what was shown so before. Vanishes when a line is printed.
     virtual void showProgress(std::string_view text) = 0;
+};
+
+/// The lines that the panel's request classes and the adapters write, on standard error for those who ask for them.
+class VerboseLog : public SystemLog, public Console {
+public:
+    VerboseLog(Output& output, bool isVerbose)
+        : m_output(output)
+        , m_isVerbose(isVerbose)
+    {
+    }
+
+    void log(std::string_view line) override { print(line); }
+    void print(std::string_view line) override
+    {
+        if (m_isVerbose)
+            m_output.complain(line);
+    }
+
+private:
+    Output& m_output;
+    const bool m_isVerbose;
 };
 
 } // namespace companion::cli

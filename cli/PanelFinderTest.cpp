@@ -140,7 +140,7 @@ TEST_F(DiscoverCommandTest, JsonHasThePanelsThatAreStillThere)
     browsers.remove("Meridian 65|Room|0A00020F");
     queue.advance(5s);
     EXPECT_THAT(output.lines, IsEmpty());
-    EXPECT_EQ(result->json.text(),
+    EXPECT_EQ(jsonText(result->json),
         R"({"panels":[{"name":"Hall","address":"10.0.2.16","model":"Tandem","hexAddress":"0A000210"}]})");
 }
 

@@ -1,6 +1,6 @@
 #include "cli/PanelRequestCommand.h"
 
-#include "cli/SecondsText.h"
+#include "cli/Text.h"
 
 #include <utility>
 
@@ -51,7 +51,7 @@ void PanelRequestCommand::sendTo(const std::string& address)
         setDeadline();
 }
 
-/// The session watches for idleness; this is for an answer that trickles in for ever.
+/// The session watches for idleness; this is for an answer that never ends.
 void PanelRequestCommand::setDeadline()
 {
     const auto time = m_options.timeout.value_or(timeForAnswer);
@@ -72,21 +72,20 @@ Result PanelRequestCommand::resultOf(const Outcome& outcome)
     if (outcome.error) {
         Result failure = networkFailure(*outcome.error);
         if (outcome.status)
-            failure.json.addNumber("status", *outcome.status);
+            failure.json["status"] = *outcome.status;
         return failure;
     }
     Result result = resultOfAnswer(*outcome.status, outcome.body);
-    JsonObject answer;
-    answer.add("address", m_address)
-        .addNumber("status", *outcome.status)
-        .add("answer", excerpt(outcome.body));
-    result.json = answer.addMembers(result.json);
+    Json answer = {{"address", m_address}, {"status", *outcome.status}, {"answer", excerpt(outcome.body)}};
+    if (!result.json.is_null())
+        answer.update(result.json);
+    result.json = answer;
     return result;
 }
 
 Result PanelRequestCommand::networkFailure(const std::string& why) const
 {
-    return {ExitStatus::network, m_address + ": " + why, JsonObject().add("address", m_address)};
+    return {ExitStatus::network, m_address + ": " + why, {{"address", m_address}}};
 }
 
 std::string PanelRequestCommand::excerpt(const std::string& body)

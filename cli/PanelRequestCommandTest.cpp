@@ -1,9 +1,7 @@
-#include "cli/PingCommand.h"
+#include "cli/Output.h"
+#include "cli/RequestCommands.h"
 #include "cli/testing/CommandTest.h"
-#include "cli/TouchbackCommand.h"
-#include "cli/TriggerCommand.h"
 #include "cli/UploadCommand.h"
-#include "cli/VerboseLog.h"
 #include "platform/testing/FakeFileReader.h"
 
 namespace companion::cli::testing {
@@ -41,7 +39,7 @@ TEST_F(PingCommandTest, AnswerOfStatus200IsDone)
 {
     EXPECT_EQ(pingAnsweredBy(200, "OK"), "0 192.168.1.20 is there: OK");
     EXPECT_EQ(inner.request(0).url.text, "http://192.168.1.20:5000/pingServerWithIP?ip=192.168.1.5&msg=ping");
-    EXPECT_EQ(result->json.text(), R"({"address":"192.168.1.20","status":200,"answer":"OK"})");
+    EXPECT_EQ(jsonText(result->json), R"({"address":"192.168.1.20","status":200,"answer":"OK"})");
 }
 
 TEST_F(PingCommandTest, EmptyAnswerIsDone)
@@ -73,7 +71,7 @@ TEST_F(PingCommandTest, Status204WithoutTextIsARefusalToo)
 TEST_F(PingCommandTest, AnswerThatIsNotUtf8IsStatus4AndNotFatal)
 {
     EXPECT_EQ(pingAnsweredBy(200, "\xff"), "4 192.168.1.20: the text of its answer is not UTF-8");
-    EXPECT_EQ(result->json.text(), R"({"address":"192.168.1.20","status":200})");
+    EXPECT_EQ(jsonText(result->json), R"({"address":"192.168.1.20","status":200})");
 }
 
 TEST_F(PingCommandTest, TransportErrorIsStatus4)
@@ -160,7 +158,7 @@ TEST_F(TouchbackCommandTest, OnOverACableAsksForTouches)
     answer(200, "");
     EXPECT_EQ(resultText(), "0 192.168.1.20 sends its touches to 192.168.1.5");
     EXPECT_THAT(
-        result->json.text(), HasSubstr(R"("localAddress":"192.168.1.5","enabled":true,"isHDMI":true)"));
+        jsonText(result->json), HasSubstr(R"("localAddress":"192.168.1.5","enabled":true,"isHDMI":true)"));
 }
 
 TEST_F(TouchbackCommandTest, OffIsAskedForAndARefusalIsTold)
@@ -178,7 +176,7 @@ TEST_F(TouchbackCommandTest, AnswerThatIsNotUtf8IsDone)
     start(command);
     answer(200, "ok \xff");
     EXPECT_EQ(resultText(), "0 192.168.1.20 sends its touches to 192.168.1.5");
-    EXPECT_THAT(result->json.text(), HasSubstr("\"status\":200,\"answer\":\"ok \xEF\xBF\xBD\""));
+    EXPECT_THAT(jsonText(result->json), HasSubstr("\"status\":200,\"answer\":\"ok \xEF\xBF\xBD\""));
 }
 
 TEST_F(TouchbackCommandTest, WithoutALocalAddressNothingIsSent)
@@ -236,7 +234,7 @@ TEST_F(UploadCommandTest, FileIsSentUnderItsNameAndTheAlertsWordsAreTold)
     EXPECT_EQ(inner.request(0).headers[3], (HttpHeader{"filetype", "image/png"}));
     answer(200, "");
     EXPECT_EQ(resultText(), "0 a.b.png (1.3 kB): File Uploaded successfully.");
-    EXPECT_THAT(result->json.text(), HasSubstr(R"("file":"/home/me/a.b.png","size":1300)"));
+    EXPECT_THAT(jsonText(result->json), HasSubstr(R"("file":"/home/me/a.b.png","size":1300)"));
 }
 
 TEST_F(UploadCommandTest, NameThatIsNotUtf8IsSentAsTheTextThatThePanelCanShow)

@@ -1,4 +1,4 @@
-#include "cli/PosixTcpProbe.h"
+#include "cli/SystemProbes.h"
 
 #include <algorithm>
 #include <cerrno>

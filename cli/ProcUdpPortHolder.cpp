@@ -1,4 +1,4 @@
-#include "cli/ProcUdpPortHolder.h"
+#include "cli/SystemProbes.h"
 
 #include <algorithm>
 #include <charconv>

@@ -1,5 +1,5 @@
-#include "cli/ProcUdpPortHolder.h"
 #include "cli/BoundedCalls.h"
+#include "cli/SystemProbes.h"
 
 #include <arpa/inet.h>
 #include <fstream>

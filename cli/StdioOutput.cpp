@@ -1,6 +1,6 @@
 #include "cli/StdioOutput.h"
 
-#include "cli/Check.h"
+#include "cli/Checks.h"
 #include "platform/Text.h"
 
 #include <cerrno>

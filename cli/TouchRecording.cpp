@@ -8,10 +8,13 @@ constexpr std::chrono::milliseconds lastMoment{86'400'000};
 
 } // namespace
 
-TouchRecording::TouchRecording(std::ostream& target, std::string_view comment)
+TouchRecording::TouchRecording(std::ostream& target, std::string_view comment, std::uint64_t mostBytes)
     : m_target(target)
+    , m_mostBytes(mostBytes)
 {
-    m_target << "panel-touches 1\n# " << recordedText(comment) << '\n';
+    const std::string head = "panel-touches 1\n# " + recordedText(comment) + '\n';
+    m_target << head;
+    m_bytes = head.size();
 }
 
 void TouchRecording::take(std::string_view datagram, TimePoint now)
@@ -20,10 +23,12 @@ void TouchRecording::take(std::string_view datagram, TimePoint now)
         m_first = now;
     m_isEmpty = false;
     const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(now - m_first);
-    if (time > lastMoment)
+    const std::string line = std::to_string(time.count()) + ' ' + recordedText(datagram) + '\n';
+    m_isFull |= m_bytes + line.size() > m_mostBytes;
+    if (m_isFull || time > lastMoment)
         return;
-    // Flushed at once: what was recorded up to a crash is what is wanted of it.
-    m_target << time.count() << ' ' << recordedText(datagram) << std::endl;
+    m_bytes += line.size();
+    m_target << line << std::flush; // at once, so that a crash leaves all that came before
 }
 
 std::string recordedText(std::string_view datagram)

@@ -1,6 +1,6 @@
 #include "cli/TouchStatistics.h"
 
-#include "cli/SecondsText.h"
+#include "cli/Text.h"
 #include "touchback/Number.h"
 #include "touchback/TouchMessage.h"
 
@@ -100,17 +100,11 @@ std::string TouchStatistics::text() const
     return text;
 }
 
-JsonObject TouchStatistics::json() const
+Json TouchStatistics::json() const
 {
-    JsonObject json;
-    json.addNumber("touches", static_cast<double>(m_count))
-        .addNumber("seconds", m_count == 0 ? 0 : seconds())
-        .addNumber("perSecond", rate())
-        .addNumber("longestGapMs", millisecondsOf(m_longestGap))
-        .addNumber("gapsOver100Ms", static_cast<double>(m_longGaps))
-        .addNumber("outOfOrder", static_cast<double>(m_outOfOrder))
-        .addNumber("malformed", static_cast<double>(m_malformed));
-    return json;
+    return {{"touches", m_count}, {"seconds", jsonNumber(seconds())}, {"perSecond", jsonNumber(rate())},
+        {"longestGapMs", jsonNumber(millisecondsOf(m_longestGap))}, {"gapsOver100Ms", m_longGaps},
+        {"outOfOrder", m_outOfOrder}, {"malformed", m_malformed}};
 }
 
 } // namespace companion::cli

@@ -25,7 +25,7 @@ public:
 
     /// "412 touches in 3.4 s (121 a second), longest gap in a press 85 ms": what is wrong follows, if anything.
     std::string text() const;
-    JsonObject json() const;
+    Json json() const;
 
 private:
     double seconds() const;

@@ -1,6 +1,6 @@
 #include "cli/TouchesCommand.h"
 
-#include "cli/SecondsText.h"
+#include "cli/Text.h"
 #include "touchback/Number.h"
 #include "touchback/TouchMessage.h"
 
@@ -21,25 +21,26 @@ double millisecondsBetween(
     return std::chrono::duration<double, std::milli>(now - first).count();
 }
 
-/// The number where it is one, the text that came where not.
-std::string coordinateJson(std::string_view text)
+/// The number where it is one, else the text that came.
+Json coordinateJson(std::string_view text)
 {
     const auto number = parseNumber(text);
-    return number ? jsonNumber(*number) : jsonText(text);
+    return number ? jsonNumber(*number) : Json(text);
 }
 
 std::string touchJson(double milliseconds, std::string_view datagram, const UdpSender& from)
 {
-    JsonObject json;
-    json.addNumber("ms", milliseconds).add("from", from.host);
+    Json json = {{"ms", jsonNumber(milliseconds)}, {"from", from.host}};
     const auto message = parseTouchMessage(datagram);
-    if (!message || message->event.empty())
-        return json.add("malformed", recordedText(datagram)).text();
-    return json.add("event", message->event)
-        .addJson("x", coordinateJson(message->xCoordinate))
-        .addJson("y", coordinateJson(message->yCoordinate))
-        .add("timeStamp", message->timeStamp)
-        .text();
+    if (!message || message->event.empty()) {
+        json["malformed"] = recordedText(datagram);
+    } else {
+        json["event"] = message->event;
+        json["x"] = coordinateJson(message->xCoordinate);
+        json["y"] = coordinateJson(message->yCoordinate);
+        json["timeStamp"] = message->timeStamp;
+    }
+    return jsonText(json);
 }
 
 /// "    16.204 ms  MOVE,16400,16390,1700000000016;  192.168.1.20"
@@ -110,7 +111,7 @@ std::optional<Result> TouchesCommand::openRecording()
         return std::nullopt;
     m_recordingFile.open(*m_request.recording, std::ios::binary | std::ios::trunc);
     if (m_recordingFile)
-        m_recording.emplace(m_recordingFile, m_request.recordingComment);
+        m_recording.emplace(m_recordingFile, m_request.recordingComment, m_request.mostRecordedBytes);
     return m_recordingFile.flush() ? std::nullopt : std::optional(recordingFailure());
 }
 
@@ -130,23 +131,30 @@ void TouchesCommand::udpSocketDidReceiveData(
 {
     if (!m_finished || (m_onlyFrom && *m_onlyFrom != from.host))
         return;
-    const auto now = m_tools.now();
-    m_statistics.take(data, now);
-    printTouch(data, from, now);
+    m_statistics.take(data, from.receivedAt);
+    printTouch(data, from);
     if (m_recording)
-        m_recording->take(data, now);
-    if (hasRecordingFailed())
-        finish(recordingFailure());
+        record(data, from);
 }
 
-void TouchesCommand::printTouch(
-    std::string_view datagram, const UdpSender& from, std::chrono::steady_clock::time_point now)
+void TouchesCommand::printTouch(std::string_view datagram, const UdpSender& from)
 {
     if (!m_first)
-        m_first = now;
-    const double milliseconds = millisecondsBetween(*m_first, now);
+        m_first = from.receivedAt;
+    const double milliseconds = millisecondsBetween(*m_first, from.receivedAt);
     m_tools.output.print(
         m_request.isJson ? touchJson(milliseconds, datagram, from) : touchLine(milliseconds, datagram, from));
+}
+
+void TouchesCommand::record(std::string_view datagram, const UdpSender& from)
+{
+    const bool wasFull = m_recording->isFull();
+    m_recording->take(datagram, from.receivedAt);
+    if (m_recording->isFull() && !wasFull)
+        m_tools.output.complain("the recording has reached its --max-size: no more touches are written to "
+            + *m_request.recording);
+    if (!m_recordingFile)
+        finish(recordingFailure());
 }
 
 Interruption TouchesCommand::interrupt()

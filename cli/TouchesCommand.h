@@ -2,9 +2,9 @@
 
 #include "cli/Command.h"
 #include "cli/PanelFinder.h"
+#include "cli/Probes.h"
 #include "cli/TouchRecording.h"
 #include "cli/TouchStatistics.h"
-#include "cli/UdpPortHolder.h"
 #include "platform/AsyncUdpSocket.h"
 
 #include <fstream>
@@ -29,15 +29,15 @@ public:
         AsyncUdpSocketFactory& sockets;
         const UdpPortHolder& portHolder;
         Output& output;
-        std::function<std::chrono::steady_clock::time_point()> now;
     };
 
     struct Request {
         PanelChoice choice = {}; ///< Only touches from this panel count.
         std::optional<std::chrono::milliseconds> time = std::nullopt;
-        std::optional<std::string> recording =
-            std::nullopt; ///< A file to write; one that is there is replaced.
+        /// A file to write; one that is there is replaced.
+        std::optional<std::string> recording = std::nullopt;
         std::string recordingComment = "";
+        std::uint64_t mostRecordedBytes = defaultMostRecordedBytes;
         bool isJson = false;
     };
 
@@ -52,9 +52,8 @@ private:
     std::optional<Result> openRecording();
     std::optional<Result> listen();
     void begin(const PanelFinder::Found& found);
-    void printTouch(
-        std::string_view datagram, const UdpSender& from, std::chrono::steady_clock::time_point now);
-    bool hasRecordingFailed() const { return m_recording && !m_recordingFile; }
+    void printTouch(std::string_view datagram, const UdpSender& from);
+    void record(std::string_view datagram, const UdpSender& from);
     void timeIsOver();
     void end();
     void finish(Result result);

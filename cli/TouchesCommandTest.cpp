@@ -15,16 +15,13 @@ using ::testing::IsEmpty;
 
 class TouchesCommandTest : public CommandTest {
 protected:
-    TouchesCommand::Tools tools()
-    {
-        return {search(), sockets, portHolder, output, [this] { return now; }};
-    }
+    TouchesCommand::Tools tools() { return {search(), sockets, portHolder, output}; }
 
     void deliver(std::string_view datagram, std::chrono::microseconds later = 0us,
         const std::string& from = "192.168.1.20")
     {
         now += later;
-        sockets.deliver(datagram, {from, 50000});
+        sockets.deliver(datagram, {from, 50000, now});
     }
 };
 
@@ -66,7 +63,7 @@ TEST_F(TouchesCommandTest, JsonIsOneObjectForEachTouch)
             R"(out {"ms":1.5,"from":"192.168.1.20","event":"UP","x":"here","y":"","timeStamp":""})",
             R"(out {"ms":3,"from":"192.168.1.20","malformed":"UP,1\\x01"})"));
     command.interrupt();
-    EXPECT_THAT(result->json.text(), HasSubstr(R"("touches":3)"));
+    EXPECT_THAT(jsonText(result->json), HasSubstr(R"("touches":3)"));
 }
 
 TEST_F(TouchesCommandTest, OnlyTheChosenPanelCounts)
@@ -154,6 +151,24 @@ TEST_F(RecordingTest, FileThatCannotBeWrittenIsStatus2)
     EXPECT_EQ(resultText(), "2 cannot write /nonexistent/file");
 }
 
+TEST_F(RecordingTest, RecordingStopsAtItsLargestSizeAndSaysSoOnce)
+{
+    const std::string whole = "panel-touches 1\n# c\n0 DOWN,1,2,3;\n16 MOVE,1,2,3;\n";
+    TouchesCommand command(
+        tools(), {.recording = file.string(), .recordingComment = "c", .mostRecordedBytes = whole.size()});
+    start(command);
+    deliver("DOWN,1,2,3;");
+    deliver("MOVE,1,2,3;", 16ms);
+    EXPECT_THAT(output.lines, ::testing::Not(::testing::Contains(HasSubstr("--max-size"))));
+    deliver("", 1ms);
+    deliver("UP,1,2,3;", 1ms);
+    EXPECT_EQ(recorded(), whole);
+    EXPECT_THAT(output.lines,
+        ElementsAre(HasSubstr("listening"), HasSubstr("DOWN"), HasSubstr("MOVE"), HasSubstr("17.000 ms"),
+            "err the recording has reached its --max-size: no more touches are written to " + file.string(),
+            HasSubstr("UP")));
+}
+
 TEST_F(RecordingTest, DiskThatIsFullEndsTheCommand)
 {
     if (!std::filesystem::exists("/dev/full"))
@@ -230,7 +245,7 @@ TEST_F(TouchStatisticsTest, WhatIsNoTouchIsMalformed)
     take("\xff", 1ms);
     EXPECT_EQ(
         statistics.text(), "5 touches in 0.004 s (1000 a second), longest gap in a press 0 ms, 5 malformed");
-    EXPECT_EQ(statistics.json().text(),
+    EXPECT_EQ(jsonText(statistics.json()),
         R"({"touches":5,"seconds":0.004,"perSecond":1000,"longestGapMs":0,"gapsOver100Ms":0,"outOfOrder":0,)"
         R"("malformed":5})");
 }

@@ -1,6 +1,6 @@
 #include "cli/UploadCommand.h"
 
-#include "cli/ProgressBar.h"
+#include "cli/Text.h"
 #include "panel/FileTypes.h"
 #include "platform/Text.h"
 
@@ -27,7 +27,7 @@ bool isSendable(const std::string& fileName)
 
 Result fileFailure(const std::string& path, const std::string& why)
 {
-    return {ExitStatus::badUsage, "cannot send " + path + ": " + why, JsonObject().add("file", path)};
+    return {ExitStatus::badUsage, "cannot send " + path + ": " + why, {{"file", path}}};
 }
 
 } // namespace
@@ -78,8 +78,7 @@ HttpProgress UploadCommand::progress() const
 
 Result UploadCommand::resultOfAnswer(int status, const std::string& body)
 {
-    JsonObject json;
-    json.add("file", m_path).addNumber("size", static_cast<double>(m_size));
+    const Json json = {{"file", m_path}, {"size", m_size}};
     if (status == 200)
         return {ExitStatus::done, m_fileName + " (" + byteText(m_size) + "): " + m_alert.words, json};
     Result refusal = refusalByStatus(status, body);

@@ -1,4 +1,4 @@
-#include "cli/XTestDisplayProbe.h"
+#include "cli/SystemProbes.h"
 
 #include <cstdlib>
 #include <dlfcn.h>

@@ -1,16 +1,32 @@
-#include "cli/Composition.h"
-#include "cli/ExitStatus.h"
+#include "cli/Command.h"
 #include "cli/Options.h"
+#include "cli/Panelctl.h"
 #include "cli/StdioOutput.h"
 #include "platform/posix/StandardDescriptors.h"
 
 #include <cstdio>
+#include <fcntl.h>
 #include <QCoreApplication>
 #include <unistd.h>
+#include <vector>
 
 using namespace companion::cli;
 
 namespace {
+
+constexpr int neededDescriptors = 48;
+
+/// Qt ends a process that cannot open what it needs to wait for events, so find out before.
+bool canOpenDescriptors()
+{
+    std::vector<int> opened;
+    while (opened.size() < neededDescriptors && (opened.empty() || opened.back() >= 0))
+        opened.push_back(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0));
+    const bool isEnough = opened.back() >= 0;
+    for (const int descriptor : opened)
+        close(descriptor);
+    return isEnough;
+}
 
 int print(const std::string& text)
 {
@@ -41,11 +57,16 @@ int main(int argc, char** argv)
     const ParsedOptions parsed = parseOptions({argv + 1, argv + argc});
     if (const auto status = answerAtOnce(parsed))
         return *status;
+    if (!canOpenDescriptors()) {
+        std::fprintf(stderr, "panelctl: too few file descriptors: %d must be free (see ulimit -n)\n",
+            neededDescriptors);
+        return static_cast<int>(ExitStatus::badUsage);
+    }
 
     QCoreApplication application(argc, argv);
-    Composition composition(std::get<Options>(parsed));
-    const int status = composition.run();
-    if (composition.hasLeftThreadsBehind())
+    Panelctl panelctl(std::get<Options>(parsed));
+    const int status = panelctl.run();
+    if (panelctl.hasLeftThreadsBehind())
         _exit(status);
     return status;
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cli/Check.h"
+#include "cli/Checks.h"
 #include "cli/Output.h"
 
 #include <mutex>

@@ -20,7 +20,7 @@ _panelctl() {
         COMPREPLY=()
         return
         ;;
-    --panel-address | --panel | --timeout | --seconds)
+    --panel-address | --panel | --timeout | --seconds | --max-size)
         COMPREPLY=()
         return
         ;;
@@ -42,7 +42,7 @@ _panelctl() {
         options="$options --hdmi"
         [[ $current == -* ]] || options='on off'
         ;;
-    touches) options="$options --record" ;;
+    touches) options="$options --record --max-size" ;;
     doctor) options="$options --touches" ;;
     upload)
         if [[ $current != -* ]]; then

@@ -17,6 +17,7 @@ complete -c panelctl -n '__fish_seen_subcommand_from touchback' -a 'on off'
 complete -c panelctl -n '__fish_seen_subcommand_from touchback' -l hdmi -d 'The picture comes over a cable'
 complete -c panelctl -n '__fish_seen_subcommand_from upload' -F
 complete -c panelctl -n '__fish_seen_subcommand_from touches' -l record -r -F -d 'Also record them to a file'
+complete -c panelctl -n '__fish_seen_subcommand_from touches' -l max-size -x -d 'Stop recording at this size'
 complete -c panelctl -n '__fish_seen_subcommand_from doctor' -l touches -d 'Also wait for a touch'
 
 complete -c panelctl -l panel-address -x -d 'The address of the panel'

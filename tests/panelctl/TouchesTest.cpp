@@ -170,6 +170,48 @@ TEST_F(PanelctlTouchesTest, PortThatIsTakenIsStatus4AndTellsByWhom)
     EXPECT_EQ(second.status, 4);
 }
 
+TEST_F(PanelctlTouchesTest, RecordingStopsAtItsLargestSizeAndPrintingGoesOn)
+{
+    const std::string file = folder / "recording.txt";
+    ChildProcess process(command({"touches", "--record", file, "--max-size", "0.001"}), environment);
+    ASSERT_TRUE(process.waitForOutput(listening));
+    std::string gesture;
+    for (int i = 0; i < 100; ++i)
+        gesture += "RAW MOVE," + std::to_string(i) + ",2,3;\n";
+    touch(gesture);
+    EXPECT_TRUE(process.waitForOutput("MOVE,99,"));
+    EXPECT_THAT(process.output(),
+        HasSubstr("the recording has reached its --max-size: no more touches are written to " + file + "\n"));
+    EXPECT_LE(std::filesystem::file_size(file), 1049U);
+    EXPECT_GT(std::filesystem::file_size(file), 1000U);
+}
+
+TEST_F(PanelctlTouchesTest, ClosedStandardDescriptorsAreNotUsedForAnythingElse)
+{
+    const std::string file = folder / "recording.txt";
+    ChildProcess process({"sh", "-c",
+                             "\"$0\" touches --record \"$1\" <&- >&- 2>&- & child=$!; "
+                             "until grep -q panel-touches \"$1\"; do sleep 0.05; done 2>/dev/null; "
+                             "readlink /proc/$child/fd/0 /proc/$child/fd/1 /proc/$child/fd/2; kill $child",
+                             PANELCTL, file},
+        environment);
+    EXPECT_EQ(process.waitForExit(), 0);
+    EXPECT_EQ(process.output(), "/dev/null\n/dev/null\n/dev/null\n");
+}
+
+TEST_F(PanelctlTouchesTest, TooFewDescriptorsAreStatus2AndOneLine)
+{
+    for (const char* limit : {"8", "20", "40"}) {
+        ChildProcess process(
+            {"sh", "-c", std::string("ulimit -n ") + limit + "; \"$0\" touches; echo status $?", PANELCTL},
+            environment);
+        EXPECT_EQ(process.waitForExit(), 0);
+        EXPECT_EQ(process.output(),
+            "panelctl: too few file descriptors: 48 must be free (see ulimit -n)\nstatus 2\n")
+            << limit;
+    }
+}
+
 TEST_F(PanelctlTouchesTest, FileThatCannotBeWrittenIsStatus2)
 {
     const Ending ending = run({"touches", "--record", "/nonexistent/file"});

@@ -1,4 +1,4 @@
-#include "cli/Result.h"
+#include "cli/Command.h"
 
 namespace companion::cli {
 
@@ -6,13 +6,11 @@ void report(const Result& result, const std::string& command, bool isJson, Outpu
 {
     const bool isDone = result.status == ExitStatus::done;
     if (isJson) {
-        JsonObject whole;
-        whole.add("command", command).addNumber("exitStatus", static_cast<int>(result.status));
-        if (isDone)
-            whole.addNull("error");
-        else
-            whole.add("error", result.text);
-        output.print(whole.addMembers(result.json).text());
+        Json whole = {{"command", command}, {"exitStatus", static_cast<int>(result.status)},
+            {"error", isDone ? Json() : Json(result.text)}};
+        if (!result.json.is_null())
+            whole.update(result.json);
+        output.print(jsonText(whole));
     }
     if (result.text.empty())
         return;

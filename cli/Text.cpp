@@ -1,4 +1,4 @@
-#include "cli/ProgressBar.h"
+#include "cli/Text.h"
 
 #include <algorithm>
 #include <array>
@@ -27,6 +27,15 @@ std::string bar(double share, std::size_t length)
 }
 
 } // namespace
+
+std::string secondsText(std::chrono::milliseconds time)
+{
+    std::string text = std::to_string(time.count() / 1000);
+    std::string decimals = std::to_string(1000 + time.count() % 1000).substr(1);
+    while (!decimals.empty() && decimals.back() == '0')
+        decimals.pop_back();
+    return text + (decimals.empty() ? "" : "." + decimals) + " s";
+}
 
 std::string byteText(std::uint64_t bytes)
 {

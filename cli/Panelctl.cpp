@@ -1,19 +1,14 @@
-#include "cli/Composition.h"
+#include "cli/Panelctl.h"
 
-#include "cli/AvahiMdnsDaemon.h"
 #include "cli/DiscoverCommand.h"
 #include "cli/DoctorCommand.h"
-#include "cli/PingCommand.h"
-#include "cli/PosixTcpProbe.h"
-#include "cli/ProcUdpPortHolder.h"
-#include "cli/QueuedOutput.h"
+#include "cli/Output.h"
+#include "cli/RequestCommands.h"
 #include "cli/StdioOutput.h"
-#include "cli/TouchbackCommand.h"
+#include "cli/SystemFacts.h"
+#include "cli/SystemProbes.h"
 #include "cli/TouchesCommand.h"
-#include "cli/TriggerCommand.h"
 #include "cli/UploadCommand.h"
-#include "cli/VerboseLog.h"
-#include "cli/XTestDisplayProbe.h"
 #include "platform/avahi/AvahiServiceBrowser.h"
 #include "platform/curl/CurlHttpSession.h"
 #include "platform/posix/PosixAsyncUdpSocket.h"
@@ -23,12 +18,7 @@
 #include "platform/posix/SignalDescriptor.h"
 #include "platform/qt/QtMainQueue.h"
 
-#include <cerrno>
 #include <csignal>
-#include <cstdio>
-#include <cstring>
-#include <ctime>
-#include <filesystem>
 #include <QCoreApplication>
 #include <QSocketNotifier>
 #include <QSysInfo>
@@ -39,34 +29,9 @@ namespace {
 
 constexpr auto programName = "panelctl " PANEL_COMPANION_VERSION;
 
-/// Tried out once more, since the reader only says that it cannot.
-std::string whyNotReadable(const std::string& path)
-{
-    std::error_code error;
-    const auto status = std::filesystem::status(path, error);
-    if (error)
-        return error.message();
-    if (!std::filesystem::is_regular_file(status))
-        return std::filesystem::is_directory(status) ? "it is a folder" : "it is no regular file";
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (!file)
-        return std::strerror(errno);
-    std::fclose(file);
-    return "it cannot be read whole into memory";
-}
-
-std::string todayText()
-{
-    const std::time_t now = std::time(nullptr);
-    char text[32] = "";
-    std::tm parts{};
-    std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S UTC", gmtime_r(&now, &parts));
-    return text;
-}
-
 } // namespace
 
-class Composition::Parts {
+class Panelctl::Parts {
 public:
     explicit Parts(const Options& options);
     ~Parts();
@@ -87,9 +52,7 @@ private:
     int endStatus(int status) const;
 
     const Options m_options;
-    StdioOutput m_stdio;
-    std::optional<QueuedOutput> m_queuedOutput; ///< For touches, whose times printing must not change.
-    Output& m_output;
+    StdioOutput m_output;
     VerboseLog m_log;
     BoundedCalls m_calls;
     QtMainQueue m_mainQueue;
@@ -112,10 +75,8 @@ private:
     QSocketNotifier m_signalNotifier;
 };
 
-Composition::Parts::Parts(const Options& options)
+Panelctl::Parts::Parts(const Options& options)
     : m_options(options)
-    , m_output(m_options.command == CommandName::touches ? m_queuedOutput.emplace(m_stdio)
-                                                         : static_cast<Output&>(m_stdio))
     , m_log(m_output, options.isVerbose)
     , m_interfaceName(options.interfaceName)
     , m_httpSession(std::make_unique<CurlHttpSession>(m_log))
@@ -127,13 +88,13 @@ Composition::Parts::Parts(const Options& options)
 }
 
 /// Requests and jobs go first, since they know the command.
-Composition::Parts::~Parts()
+Panelctl::Parts::~Parts()
 {
     m_httpSession.reset();
     m_mainQueue.dropAllJobs();
 }
 
-int Composition::Parts::run()
+int Panelctl::Parts::run()
 {
     int status = 0;
     m_mainQueue.async([this, &status] {
@@ -148,21 +109,19 @@ int Composition::Parts::run()
         });
     });
     const int signal = QCoreApplication::exec();
-    if (m_queuedOutput)
-        m_queuedOutput->flush();
     return endStatus(signal != 0 ? signal : status);
 }
 
 /// Results that nobody could read are no success.
-int Composition::Parts::endStatus(int status) const
+int Panelctl::Parts::endStatus(int status) const
 {
-    const bool isLost = status == static_cast<int>(ExitStatus::done) && m_stdio.hasFailed();
+    const bool isLost = status == static_cast<int>(ExitStatus::done) && m_output.hasFailed();
     return isLost ? static_cast<int>(ExitStatus::badUsage) : status;
 }
 
 /// A command that has no end of its own ends as the signal would have ended it, and so does one that needs a moment for
 /// that when a second signal comes.
-void Composition::Parts::takeSignals()
+void Panelctl::Parts::takeSignals()
 {
     while (const auto signal = m_signals.take()) {
         const int status = 128 + *signal;
@@ -174,7 +133,7 @@ void Composition::Parts::takeSignals()
     }
 }
 
-std::unique_ptr<Command> Composition::Parts::makeCommand()
+std::unique_ptr<Command> Panelctl::Parts::makeCommand()
 {
     switch (m_options.command) {
     case CommandName::discover:
@@ -200,15 +159,16 @@ std::unique_ptr<Command> Composition::Parts::makeCommand()
     return makeDoctor();
 }
 
-std::unique_ptr<Command> Composition::Parts::makeTouches()
+std::unique_ptr<Command> Panelctl::Parts::makeTouches()
 {
     return std::make_unique<TouchesCommand>(
-        TouchesCommand::Tools{search(), m_sockets, m_portHolder, m_output, std::chrono::steady_clock::now},
+        TouchesCommand::Tools{search(), m_sockets, m_portHolder, m_output},
         TouchesCommand::Request{choice(), m_options.timeout, m_options.recording,
-            std::string(programName) + ", " + todayText(), m_options.isJson});
+            std::string(programName) + ", " + currentTimeText(), m_options.mostRecordedBytes,
+            m_options.isJson});
 }
 
-std::unique_ptr<Command> Composition::Parts::makeDoctor()
+std::unique_ptr<Command> Panelctl::Parts::makeDoctor()
 {
     return std::make_unique<DoctorCommand>(
         DoctorCommand::Tools{search(), m_sockets, m_portHolder, m_tcpProbe, m_displayProbe, m_observedSession,
@@ -219,19 +179,19 @@ std::unique_ptr<Command> Composition::Parts::makeDoctor()
                 + QSysInfo::kernelVersion().toStdString()});
 }
 
-Composition::Composition(const Options& options)
+Panelctl::Panelctl(const Options& options)
     : m_parts(std::make_unique<Parts>(options))
 {
 }
 
-Composition::~Composition() = default;
+Panelctl::~Panelctl() = default;
 
-int Composition::run()
+int Panelctl::run()
 {
     return m_parts->run();
 }
 
-bool Composition::hasLeftThreadsBehind() const
+bool Panelctl::hasLeftThreadsBehind() const
 {
     return m_parts->hasLeftThreadsBehind();
 }

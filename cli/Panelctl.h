@@ -6,14 +6,14 @@
 
 namespace companion::cli {
 
-/// `panelctl` put together: the command that is asked for with the adapters that it works with. Made after the
-/// QCoreApplication and gone before it; main thread only.
-class Composition {
+/// Runs one command with the adapters that it needs. Made after the QCoreApplication and gone before it; main thread
+/// only.
+class Panelctl {
 public:
-    explicit Composition(const Options& options);
-    ~Composition();
-    Composition(const Composition&) = delete;
-    Composition& operator=(const Composition&) = delete;
+    explicit Panelctl(const Options& options);
+    ~Panelctl();
+    Panelctl(const Panelctl&) = delete;
+    Panelctl& operator=(const Panelctl&) = delete;
 
     /// Runs the command and tells its result; the process's exit status.
     int run();

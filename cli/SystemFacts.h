@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+namespace companion::cli {
+
+/// Why a file cannot be read, in the system's words. Opens it once more, since the reader only says that it failed.
+std::string whyNotReadable(const std::string& path);
+
+/// "2026-11-22 16:00:00 UTC"
+std::string currentTimeText();
+
+} // namespace companion::cli
