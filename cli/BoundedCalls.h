@@ -8,11 +8,11 @@
 
 namespace companion::cli {
 
-/// Calls of libraries that may never come back, each on a thread of its own. One thread.
+/// Calls library functions that may block forever, each on its own thread. Used from one thread.
 class BoundedCalls {
 public:
-    /// What `work` returns, or nothing when it is not over within `time`: its thread is left to itself then, so
-    /// `work` must own what it uses.
+    /// What `work` returns, or nothing if it takes longer than `time`. Its thread is then abandoned, so `work` must own
+    /// what it uses.
     template <typename Work>
     auto call(std::chrono::milliseconds time, Work work) -> std::optional<decltype(work())>
     {
@@ -25,7 +25,7 @@ public:
         return std::nullopt;
     }
 
-    /// Then the process must end without tidying up: what a thread uses that is left behind may not go.
+    /// If so, the process must exit without destroying anything that such a thread may still use.
     bool hasLeftThreadsBehind() const { return m_leftBehind; }
 
 private:

@@ -20,7 +20,7 @@ constexpr auto portName = "UDP port 41863";
 
 constexpr auto firewallAdvice =
     "a firewall is the usual reason: \"sudo ufw allow 41863/udp\", or \"sudo firewall-cmd --permanent "
-    "--add-port=41863/udp && sudo firewall-cmd --reload\"; else, was the panel touched, and is touchback on?";
+    "--add-port=41863/udp && sudo firewall-cmd --reload\"; otherwise check that the panel was touched and that touchback is on";
 
 bool isCompanion(const std::vector<PortHolder>& holders)
 {
@@ -110,7 +110,7 @@ Check touchPortCheck(const std::optional<std::string>& error, const std::vector<
     const std::string found = "held by " + holdersText(holders);
     if (isCompanion(holders))
         return {portName, Mark::ok, found + ", which listens for touches", ""};
-    return {portName, Mark::fail, found, "end that program: touches cannot reach two"};
+    return {portName, Mark::fail, found, "stop that program: only one can receive touches"};
 }
 
 Check touchesCheck(const std::optional<std::chrono::milliseconds>& after, const std::string& sender,
@@ -125,7 +125,7 @@ Check touchesCheck(const std::optional<std::chrono::milliseconds>& after, const 
 Check noTouchesCheck(const std::string& error)
 {
     const std::string why = saysPortIsTaken(error) ? ", since another program has the port" : ": " + error;
-    return {"touches", Mark::warn, "not waited for" + why, ""};
+    return {"touches", Mark::warn, "not checked" + why, ""};
 }
 
 Check displayCheck(const DisplayFacts& facts)
@@ -157,7 +157,7 @@ Check displayCheck(const DisplayFacts& facts)
     if (isWayland)
         return {"display", Mark::warn, which + " with XTEST",
             "touches reach programs that use X only; an X11 session has no such limit"};
-    return {"display", Mark::ok, which + " takes input events (XTEST)", ""};
+    return {"display", Mark::ok, which + " accepts input events (XTEST)", ""};
 }
 
 Check versionCheck(const std::string& version, const std::string& system)
@@ -171,7 +171,7 @@ Check interfaceCheck(const InterfaceAddresses& addresses, const InterfaceNameRul
     Check check{"network interface", Mark::fail, "", ""};
     const auto entries = addresses.list().value_or(std::vector<InterfaceAddress>());
     const std::string name = rule.interfaceNameTowards(panelAddress);
-    const std::string others = "with an IPv4 address there are: " + usableInterfaces(entries);
+    const std::string others = "interfaces with an IPv4 address: " + usableInterfaces(entries);
     if (name.empty()) {
         check.found = panelAddress ? "none leads to " + *panelAddress : "none has a default route";
         check.advice = "connect to the panel's network, or choose one with --interface (" + others + ")";
@@ -211,11 +211,11 @@ Check panelsCheck(const std::vector<PanelName>& panels, std::size_t otherService
 {
     Check check{"panels", Mark::warn, "", ""};
     if (!whyNot.empty()) {
-        check.found = "not looked for";
+        check.found = "not searched for";
         check.advice = "a panel can be given with --panel-address";
         return check;
     }
-    check.found = panels.empty() ? "none announces itself" : listText(panels);
+    check.found = panels.empty() ? "none found" : listText(panels);
     if (otherServices > 0)
         check.found += ", beside " + std::to_string(otherServices) + " other AirPlay service"
             + (otherServices == 1 ? "" : "s");
@@ -229,7 +229,8 @@ Check panelsCheck(const std::vector<PanelName>& panels, std::size_t otherService
         check.mark = Mark::fail;
         check.found += "; none is called \"" + *choice.name + "\"";
     }
-    check.advice = "is the panel on, in this network, and multicast (UDP port 5353) not blocked?";
+    check.advice =
+        "check that the panel is on and in this network, and that multicast (UDP port 5353) is not blocked";
     return check;
 }
 
@@ -243,7 +244,7 @@ Check portCheck(const PortAnswer& answer)
     const auto refused = std::make_error_code(std::errc::connection_refused);
     check.advice = answer.error == refused.message()
         ? "no service listens there: restart the panel, or check its address"
-        : "is the panel on, and in a network that this computer reaches?";
+        : "check that the panel is on and that this computer can reach its network";
     return check;
 }
 

@@ -13,7 +13,7 @@
 
 namespace companion::cli {
 
-/// One thing that `doctor` looked at.
+/// One check of `doctor`.
 struct Check {
     std::string name; ///< A few words: "network interface".
     Mark mark = Mark::ok;
@@ -32,14 +32,14 @@ Json checkJson(const Check& check);
 /// "8 checks: 6 ok, 1 warning, 1 failed".
 std::string summaryText(const std::vector<Check>& checks);
 
-/// Whether touches can be listened for: `error` is the system's words when they cannot.
+/// Whether the port for touches can be bound; `error` is the system's message if not.
 Check touchPortCheck(const std::optional<std::string>& error, const std::vector<PortHolder>& holders);
 
-/// What waiting for touches came to; `after` is when the first one came, from `sender`.
+/// Whether touches arrived: the first one `after` the start of the wait, from `sender`.
 Check touchesCheck(const std::optional<std::chrono::milliseconds>& after, const std::string& sender,
     std::chrono::milliseconds waited);
 
-/// In place of it when the port is not ours; `error` is the socket's.
+/// Replaces `touchesCheck` when the port could not be bound; `error` is the socket's.
 Check noTouchesCheck(const std::string& error);
 
 Check displayCheck(const DisplayFacts& facts);
@@ -52,14 +52,14 @@ Check interfaceCheck(const InterfaceAddresses& addresses, const InterfaceNameRul
 
 Check mdnsDaemonCheck(const MdnsDaemonFacts& facts);
 
-/// What a search brought; `whyNot` says why there was none, "" when there was.
+/// The panels found; `whyNot` says why there was no search, "" if there was one.
 Check panelsCheck(const std::vector<PanelName>& panels, std::size_t otherServices, const PanelChoice& choice,
     const std::string& whyNot);
 
 /// One for each port of the panel; `port` stands for what is served there.
 Check portCheck(const PortAnswer& answer);
 
-/// In place of these when there is no panel to ask.
+/// Replaces `portCheck` when no panel is known.
 Check noPortCheck();
 
 } // namespace companion::cli

@@ -42,7 +42,7 @@ TEST_F(InterfaceCheckTest, NoRouteFailsAndTheInterfacesThatThereAreAreListed)
     addresses.entries->push_back({"en7", NumericAddress{AddressFamily::ipv6, "fe80::7"}});
     EXPECT_EQ(check(),
         "fail network interface: none has a default route - connect to the panel's network, or "
-        "choose one with --interface (with an IPv4 address there are: lo0, en0)");
+        "choose one with --interface (interfaces with an IPv4 address: lo0, en0)");
     EXPECT_THAT(check("192.168.1.20"), StartsWith("fail network interface: none leads to 192.168.1.20 - "));
 }
 
@@ -57,7 +57,7 @@ TEST_F(InterfaceCheckTest, InterfaceWithoutAnAddressFails)
         StartsWith(
             "fail network interface: en9 (chosen by --interface) does not exist or has no address - "));
     addresses.entries.reset();
-    EXPECT_THAT(check(), HasSubstr("there are: none"));
+    EXPECT_THAT(check(), HasSubstr("IPv4 address: none"));
 }
 
 TEST_F(InterfaceCheckTest, LoopbackIsOnlyGoodForAPanelOnIt)
@@ -95,15 +95,15 @@ TEST(PanelsCheckTest, PanelsThatAreSeenAreListed)
         told(panelsCheck(panels, 0, {"10.0.0.3", std::nullopt}, "")), StartsWith("warn panels: Room"));
     EXPECT_THAT(told(panelsCheck(panels, 0, {std::nullopt, "Attic"}, "")),
         StartsWith(
-            "fail panels: Room (10.0.0.1), Hall (10.0.0.2); none is called \"Attic\" - is the panel on"));
+            "fail panels: Room (10.0.0.1), Hall (10.0.0.2); none is called \"Attic\" - check that the panel is on"));
 }
 
 TEST(PanelsCheckTest, NoPanelIsAWarning)
 {
     EXPECT_EQ(told(panelsCheck({}, 2, {}, "")),
-        "warn panels: none announces itself, beside 2 other AirPlay services - is the panel on, in this network, "
-        "and multicast (UDP port 5353) not blocked?");
-    EXPECT_THAT(told(panelsCheck({}, 0, {}, "no bus")), StartsWith("warn panels: not looked for - "));
+        "warn panels: none found, beside 2 other AirPlay services - check that the panel is on and in this "
+        "network, and that multicast (UDP port 5353) is not blocked");
+    EXPECT_THAT(told(panelsCheck({}, 0, {}, "no bus")), StartsWith("warn panels: not searched for - "));
 }
 
 TEST(PortCheckTest, PortAnswersOrNot)
@@ -112,7 +112,7 @@ TEST(PortCheckTest, PortAnswersOrNot)
     EXPECT_EQ(told(portCheck({"10.0.0.1", 5505, "Connection refused"})),
         "fail panel's port 5505: 10.0.0.1: Connection refused - no service listens there: restart the panel, or "
         "check its address");
-    EXPECT_THAT(told(portCheck({"10.0.0.1", 5505, "no answer"})), HasSubstr("is the panel on"));
+    EXPECT_THAT(told(portCheck({"10.0.0.1", 5505, "no answer"})), HasSubstr("check that the panel is on"));
     EXPECT_THAT(told(noPortCheck()), StartsWith("warn panel's ports: not checked"));
 }
 
@@ -120,7 +120,7 @@ TEST(TouchPortCheckTest, HolderIsNamedAndOursIsFine)
 {
     EXPECT_EQ(told(touchPortCheck(std::nullopt, {})), "ok UDP port 41863: free");
     EXPECT_EQ(told(touchPortCheck("Address already in use", {{"socat", 12}})),
-        "fail UDP port 41863: held by socat (process 12) - end that program: touches cannot reach two");
+        "fail UDP port 41863: held by socat (process 12) - stop that program: only one can receive touches");
     EXPECT_EQ(told(touchPortCheck("Address already in use", {{"panel-companion", 12}})),
         "ok UDP port 41863: held by panel-companion (process 12), which listens for touches");
     EXPECT_THAT(told(touchPortCheck("Address already in use", {{"panel-companio", 12}})), StartsWith("fail"));
@@ -138,15 +138,15 @@ TEST(TouchesCheckTest, FirewallCommandsAreNamed)
     EXPECT_THAT(none, HasSubstr("sudo ufw allow 41863/udp"));
     EXPECT_THAT(none, HasSubstr("sudo firewall-cmd --permanent --add-port=41863/udp"));
     EXPECT_EQ(told(noTouchesCheck("Address already in use")),
-        "warn touches: not waited for, since another program has the port");
-    EXPECT_EQ(told(noTouchesCheck("Permission denied")), "warn touches: not waited for: Permission denied");
+        "warn touches: not checked, since another program has the port");
+    EXPECT_EQ(told(noTouchesCheck("Permission denied")), "warn touches: not checked: Permission denied");
 }
 
 TEST(DisplayCheckTest, DisplaysAreToldApart)
 {
     using X = DisplayFacts::X;
     EXPECT_EQ(
-        told(displayCheck({X::usable, ":1", ""})), "ok display: X display :1 takes input events (XTEST)");
+        told(displayCheck({X::usable, ":1", ""})), "ok display: X display :1 accepts input events (XTEST)");
     EXPECT_EQ(told(displayCheck({X::usable, ":1", "wayland-0"})),
         "warn display: Wayland display wayland-0, X display :1 with XTEST - touches reach programs that use X only; "
         "an X11 session has no such limit");

@@ -43,7 +43,7 @@ void DiscoverCommand::start(Finished finished)
         std::exchange(m_finished, nullptr)({ExitStatus::noPanel, whyNot, {{"panels", Json::array()}}});
         return;
     }
-    m_browse.start([this](const PanelName& panel) { hearOf(panel); });
+    m_browse.start([this](const PanelName& panel) { panelFound(panel); });
     m_search.mainQueue.after(m_request.time, [weak = std::weak_ptr(m_self)] {
         if (const auto self = weak.lock())
             (*self)->end();
@@ -57,7 +57,7 @@ Interruption DiscoverCommand::interrupt()
     return Interruption::endWithResult;
 }
 
-void DiscoverCommand::hearOf(const PanelName& panel)
+void DiscoverCommand::panelFound(const PanelName& panel)
 {
     if (!m_finished || !m_request.choice.includes(panel))
         return;

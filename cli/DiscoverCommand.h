@@ -20,7 +20,7 @@ public:
     Interruption interrupt() override; ///< With what was found so far.
 
 private:
-    void hearOf(const PanelName& panel);
+    void panelFound(const PanelName& panel);
     void end();
     Result result() const;
 

@@ -30,50 +30,50 @@ void DoctorCommand::start(Finished finished)
             queue.async([weak] {
                 if (const auto self = weak.lock()) {
                     --(*self)->m_unansweredRequests;
-                    (*self)->finishWhenPanelIsTold();
+                    (*self)->finishOnceAnswered();
                 }
             });
         });
-    tell(versionCheck(m_request.version, m_request.system));
+    report(versionCheck(m_request.version, m_request.system));
     const MdnsDaemonFacts daemon = m_tools.search.mdnsDaemon.look(stepTime());
-    tell(mdnsDaemonCheck(daemon));
-    m_whyNoSearch = whyNoPanelCanBeFound(daemon);
-    if (m_whyNoSearch.empty())
-        lookForPanels();
+    report(mdnsDaemonCheck(daemon));
+    m_reasonForNoSearch = whyNoPanelCanBeFound(daemon);
+    if (m_reasonForNoSearch.empty())
+        searchForPanels();
     else
         later({}, &DoctorCommand::checkPorts);
 }
 
-void DoctorCommand::lookForPanels()
+void DoctorCommand::searchForPanels()
 {
-    m_isLooking = true;
+    m_isSearching = true;
     m_browse = std::make_unique<PanelBrowse>(m_tools.search.browsers);
     m_browse->start([this](const PanelName& panel) {
-        // Others do not matter any more.
+        // Other panels are of no interest now.
         if (m_request.choice.isMade() && m_request.choice.includes(panel))
-            later({}, &DoctorCommand::looksDone);
+            later({}, &DoctorCommand::finishSearch);
     });
-    later(stepTime(), &DoctorCommand::looksDone);
+    later(stepTime(), &DoctorCommand::finishSearch);
 }
 
-void DoctorCommand::looksDone()
+void DoctorCommand::finishSearch()
 {
-    if (std::exchange(m_isLooking, false))
+    if (std::exchange(m_isSearching, false))
         checkPorts();
 }
 
 void DoctorCommand::checkPorts()
 {
-    tell(panelsCheck(m_browse ? m_browse->panels() : std::vector<PanelName>(),
-        m_browse ? m_browse->otherServices() : 0, m_request.choice, m_whyNoSearch));
-    tell(interfaceCheck(m_tools.host.interfaceAddresses, m_tools.host.interfaceNameRule,
-        m_request.interfaceName, onePanel()));
+    report(panelsCheck(m_browse ? m_browse->panels() : std::vector<PanelName>(),
+        m_browse ? m_browse->otherServices() : 0, m_request.choice, m_reasonForNoSearch));
+    report(interfaceCheck(m_tools.host.interfaceAddresses, m_tools.host.interfaceNameRule,
+        m_request.interfaceName, onlyPanel()));
     const std::vector<std::string> addresses = panelAddresses();
     if (addresses.empty())
-        tell(noPortCheck());
+        report(noPortCheck());
     else
         for (const PortAnswer& answer : m_tools.tcpProbe.connectTo(addresses, {5000, 5505}, stepTime()))
-            tell(portCheck(answer));
+            report(portCheck(answer));
     checkTouchPort();
 }
 
@@ -81,7 +81,8 @@ void DoctorCommand::checkTouchPort()
 {
     m_socket = m_tools.sockets.makeSocket(*this, "client udp socket");
     auto error = m_socket->bindToPort(touchPort);
-    tell(touchPortCheck(error, error ? m_tools.portHolder.holdersOf(touchPort) : std::vector<PortHolder>()));
+    report(
+        touchPortCheck(error, error ? m_tools.portHolder.holdersOf(touchPort) : std::vector<PortHolder>()));
     if (m_request.awaitsTouches && !error) {
         error = m_socket->beginReceiving();
         if (!error)
@@ -89,7 +90,7 @@ void DoctorCommand::checkTouchPort()
     }
     m_socket->close();
     if (m_request.awaitsTouches)
-        tell(noTouchesCheck(*error));
+        report(noTouchesCheck(*error));
     checkDisplay();
 }
 
@@ -101,7 +102,7 @@ void DoctorCommand::awaitTouches()
     m_tools.output.complain("touch the panel now");
     m_tools.search.mainQueue.after(touchTime(), [weak = std::weak_ptr(m_self)] {
         if (const auto self = weak.lock())
-            (*self)->touchesDone(std::nullopt, "");
+            (*self)->finishTouches(std::nullopt, "");
     });
 }
 
@@ -110,18 +111,18 @@ void DoctorCommand::udpSocketDidReceiveData(
 {
     if (m_askedPanel && *m_askedPanel != from.host)
         return;
-    touchesDone(
+    finishTouches(
         std::chrono::duration_cast<std::chrono::milliseconds>(m_tools.now() - m_waitBegan), from.host);
 }
 
-void DoctorCommand::touchesDone(
+void DoctorCommand::finishTouches(
     const std::optional<std::chrono::milliseconds>& after, const std::string& sender)
 {
     if (!std::exchange(m_isAwaitingTouches, false))
         return;
     m_socket->close();
     switchTouchback(/*isOn=*/false);
-    tell(touchesCheck(after, sender, touchTime()));
+    report(touchesCheck(after, sender, touchTime()));
     checkDisplay();
 }
 
@@ -138,20 +139,20 @@ Interruption DoctorCommand::interrupt()
 
 void DoctorCommand::checkDisplay()
 {
-    tell(displayCheck(m_tools.displayProbe.look(stepTime())));
+    report(displayCheck(m_tools.displayProbe.look(stepTime())));
     m_isComplete = true;
-    finishWhenPanelIsTold();
+    finishOnceAnswered();
     later(stepTime(), &DoctorCommand::finish);
 }
 
 /// The program's end would cut off the request that switches touchback off.
-void DoctorCommand::finishWhenPanelIsTold()
+void DoctorCommand::finishOnceAnswered()
 {
     if (m_isComplete && m_unansweredRequests == 0)
         finish();
 }
 
-void DoctorCommand::tell(const Check& check)
+void DoctorCommand::report(const Check& check)
 {
     m_checks.push_back(check);
     if (!m_request.isJson)
@@ -202,7 +203,7 @@ std::vector<std::string> DoctorCommand::panelAddresses() const
     return addresses;
 }
 
-std::optional<std::string> DoctorCommand::onePanel() const
+std::optional<std::string> DoctorCommand::onlyPanel() const
 {
     const std::vector<std::string> addresses = panelAddresses();
     return addresses.size() == 1 ? std::optional(addresses.front()) : std::nullopt;
@@ -213,7 +214,7 @@ std::optional<std::string> DoctorCommand::onePanel() const
 void DoctorCommand::switchTouchback(bool isOn)
 {
     if (isOn)
-        m_askedPanel = onePanel();
+        m_askedPanel = onlyPanel();
     if (!m_askedPanel)
         return;
     const int before = m_tools.httpSession.sentRequests();

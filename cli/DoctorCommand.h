@@ -16,7 +16,7 @@
 
 namespace companion::cli {
 
-/// `doctor`: looks at everything that a panel and this computer need of each other. Each step takes a bounded time,
+/// `doctor`: diagnoses connection problems between this computer and a panel. Each step takes a bounded time,
 /// and so does the whole. Main thread only.
 class DoctorCommand : public Command, private AsyncUdpSocketDelegate {
 public:
@@ -46,7 +46,7 @@ public:
 
     void start(Finished finished) override;
 
-    /// A panel that was asked for touches is told to send no more.
+    /// Tells a panel that was asked for touches to stop sending them.
     Interruption interrupt() override;
 
 private:
@@ -54,16 +54,16 @@ private:
         AsyncUdpSocket& socket, std::string_view data, const UdpSender& from) override;
 
     // The steps, each of which goes on to the next one by itself.
-    void lookForPanels();
-    void looksDone();
+    void searchForPanels();
+    void finishSearch();
     void checkPorts();
     void checkTouchPort();
     void awaitTouches();
-    void touchesDone(const std::optional<std::chrono::milliseconds>& after, const std::string& sender);
+    void finishTouches(const std::optional<std::chrono::milliseconds>& after, const std::string& sender);
     void checkDisplay();
-    void finishWhenPanelIsTold();
+    void finishOnceAnswered();
 
-    void tell(const Check& check);
+    void report(const Check& check);
     void finish();
     void later(std::chrono::milliseconds delay, void (DoctorCommand::*step)());
     std::chrono::milliseconds stepTime() const;
@@ -71,16 +71,16 @@ private:
 
     /// The panels to ask: the one that is meant, else those that were found.
     std::vector<std::string> panelAddresses() const;
-    std::optional<std::string> onePanel() const;
+    std::optional<std::string> onlyPanel() const;
     void switchTouchback(bool isOn);
 
     Tools m_tools;
     Request m_request;
     Finished m_finished;
     std::vector<Check> m_checks;
-    std::string m_whyNoSearch;
+    std::string m_reasonForNoSearch;
     std::unique_ptr<PanelBrowse> m_browse;
-    bool m_isLooking = false;
+    bool m_isSearching = false;
 
     HDMITouchBack m_touchBack;
     std::unique_ptr<AsyncUdpSocket> m_socket;

@@ -17,7 +17,7 @@ struct Outcome {
     std::string body;
 };
 
-/// Lets its owner see how requests end that report little by themselves.
+/// Reports to its owner how requests ended, which the request classes themselves hardly do.
 class ObservedHttpSession : public HttpSession {
 public:
     /// Delivery thread, once for each request, after its own completion.

@@ -8,11 +8,11 @@
 
 namespace companion::cli {
 
-/// How a check of `doctor` went.
+/// The outcome of a check of `doctor`.
 enum class Mark { ok, warn, fail };
 
-/// Standard output and standard error. Lines are without their line ends and must not be trusted to be harmless to a
-/// terminal: they hold what panels say. Any thread.
+/// Standard output and standard error. Lines have no line end and may contain anything, since they quote
+/// what panels send. Any thread.
 class Output {
 public:
     virtual ~Output() = default;
@@ -23,7 +23,7 @@ public:
     /// A check of `doctor`, to standard output, its mark in front.
     virtual void printCheck(Mark mark, std::string_view line) = 0;
 
-    /// What went wrong or goes on, to standard error.
+    /// An error or a diagnostic line, to standard error.
     virtual void complain(std::string_view line) = 0;
 
     /// The columns that a progress bar may take; nothing when standard error is no terminal.
@@ -33,7 +33,7 @@ public:
     virtual void showProgress(std::string_view text) = 0;
 };
 
-/// The lines that the panel's request classes and the adapters write, on standard error for those who ask for them.
+/// Prints the diagnostics of request classes and adapters to standard error, with --verbose only.
 class VerboseLog : public SystemLog, public Console {
 public:
     VerboseLog(Output& output, bool isVerbose)

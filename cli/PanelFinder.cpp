@@ -73,24 +73,24 @@ void PanelFinder::find(OnFound onFound)
 {
     m_onFound = std::move(onFound);
     if (m_choice.address) {
-        tell({m_choice.address, ""});
+        finish({m_choice.address, ""});
         return;
     }
     const std::string whyNot = whyNoPanelCanBeFound(
         m_search.mdnsDaemon.look(std::min<std::chrono::milliseconds>(timeForDaemon, m_time)));
     if (!whyNot.empty()) {
-        tell({std::nullopt, whyNot});
+        finish({std::nullopt, whyNot});
         return;
     }
     m_browse = std::make_unique<PanelBrowse>(m_search.browsers);
-    m_browse->start([this](const PanelName& panel) { hearOf(panel); });
+    m_browse->start([this](const PanelName& panel) { panelFound(panel); });
     m_search.mainQueue.after(m_time, [weak = std::weak_ptr(m_self)] {
         if (const auto self = weak.lock())
             (*self)->decide();
     });
 }
 
-void PanelFinder::hearOf(const PanelName& panel)
+void PanelFinder::panelFound(const PanelName& panel)
 {
     if (!m_choice.includes(panel) || std::exchange(m_isDeciding, true))
         return;
@@ -107,18 +107,18 @@ void PanelFinder::decide()
     std::vector<PanelName> found = m_browse->panels();
     std::erase_if(found, [this](const PanelName& panel) { return !m_choice.includes(panel); });
     if (found.size() == 1)
-        tell({found.front().ip, ""});
+        finish({found.front().ip, ""});
     else if (found.empty())
-        tell({std::nullopt,
+        finish({std::nullopt,
             "no panel called \"" + m_choice.name.value_or("") + "\" announced itself within "
                 + secondsText(m_time)});
     else
-        tell({std::nullopt,
+        finish({std::nullopt,
             "several panels are called \"" + m_choice.name.value_or("") + "\" (" + addressList(found)
                 + "): use --panel-address"});
 }
 
-void PanelFinder::tell(const Found& found)
+void PanelFinder::finish(const Found& found)
 {
     const OnFound onFound = std::exchange(m_onFound, nullptr);
     onFound(found);

@@ -23,7 +23,7 @@ public:
     PanelBrowse(const PanelBrowse&) = delete;
     PanelBrowse& operator=(const PanelBrowse&) = delete;
 
-    /// `onPanel`, which may be empty, hears of each panel once, as soon as its service resolves. Called once.
+    /// `onPanel`, which may be empty, is called once for each panel, as soon as its service resolves. To be called once.
     void start(OnPanel onPanel = {});
 
     /// Those that are there now, in the order in which they came.
@@ -43,21 +43,21 @@ private:
     PanelList m_list;
 };
 
-/// What the command line says about which panel is meant.
+/// The panel chosen on the command line, if any.
 struct PanelChoice {
     std::optional<std::string> address;
     std::optional<std::string> name;
 
     bool isMade() const { return address || name; }
 
-    /// Whether a panel that announces itself is the one; all are when there is no choice.
+    /// Whether the panel is the chosen one; every panel is when none is chosen.
     bool includes(const PanelName& panel) const
     {
         return (!address || *address == panel.ip) && (!name || *name == panel.name);
     }
 };
 
-/// What finding panels needs of the computer.
+/// The interfaces that finding panels needs.
 struct PanelSearch {
     ServiceBrowserFactory& browsers;
     MdnsDaemon& mdnsDaemon;
@@ -77,13 +77,13 @@ public:
     ~PanelFinder();
 
     /// Calls `onFound` once: at once for an address; for a name when a panel of it is there, or the time is over.
-    /// Panels that share the name are none: which of them is meant is not for us to guess.
+    /// If several panels share the name, none is found: choosing one would be a guess.
     void find(OnFound onFound);
 
 private:
-    void hearOf(const PanelName& panel);
+    void panelFound(const PanelName& panel);
     void decide();
-    void tell(const Found& found);
+    void finish(const Found& found);
 
     PanelSearch m_search;
     PanelChoice m_choice;

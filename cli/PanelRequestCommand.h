@@ -10,7 +10,7 @@
 
 namespace companion::cli {
 
-/// What a command that sends one request works with; all of it outlives the command.
+/// The dependencies of a command that sends one request; all of them outlive the command.
 struct PanelRequestTools {
     PanelSearch search;
     ObservedHttpSession& httpSession;
@@ -34,15 +34,15 @@ protected:
     /// Sends one request to `address`, or tells why it cannot.
     virtual std::optional<Result> send(const std::string& address) = 0;
 
-    /// What an answer of the panel comes to.
+    /// The result for an answer of the panel.
     virtual Result resultOfAnswer(int status, const std::string& body) = 0;
 
-    /// Whether the whole request must be over in time, not only never idle for so long.
+    /// Whether the time-out limits the whole request, not only its idle time.
     virtual bool isShort() const { return true; }
 
     const std::string& address() const { return m_address; }
 
-    /// As much of an answer as belongs on a line.
+    /// An answer, cut to fit on a line.
     static std::string excerpt(const std::string& body);
 
     /// A refusal for an answer whose status is not 200.

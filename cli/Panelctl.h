@@ -15,10 +15,10 @@ public:
     Panelctl(const Panelctl&) = delete;
     Panelctl& operator=(const Panelctl&) = delete;
 
-    /// Runs the command and tells its result; the process's exit status.
+    /// Runs the command and prints its result. Returns the process's exit status.
     int run();
 
-    /// Whether the process has to end without tidying up.
+    /// Whether the process must exit without destroying objects that such threads use.
     bool hasLeftThreadsBehind() const;
 
 private:

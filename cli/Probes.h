@@ -14,7 +14,7 @@ struct MdnsDaemonFacts {
     std::string detail; ///< The daemon's version, or the system's words for what is wrong.
 };
 
-/// Looks whether there is somebody to find panels by.
+/// Checks whether panels can be found: whether an mDNS daemon is running.
 class MdnsDaemon {
 public:
     virtual ~MdnsDaemon() = default;
@@ -26,35 +26,35 @@ public:
 /// One line on why no panel can be found; "" when one can.
 std::string whyNoPanelCanBeFound(const MdnsDaemonFacts& facts);
 
-/// A program that has a UDP port.
+/// A program that has bound a UDP port.
 struct PortHolder {
     std::string program;
     int processId = 0;
 };
 
-/// Tells who has a UDP port of this computer, as far as the system lets us know.
+/// Finds out which programs have bound a UDP port, as far as this user may know.
 class UdpPortHolder {
 public:
     virtual ~UdpPortHolder() = default;
 
-    /// Empty when nobody has it, and when it is not this user's to know.
+    /// Empty when the port is free, or bound by another user's program.
     virtual std::vector<PortHolder> holdersOf(std::uint16_t port) const = 0;
 };
 
-/// Whether a socket's error, in the system's words and its language, is that somebody has the port.
+/// Whether a socket's error, in the system's words and its language, says that the port is in use.
 bool saysPortIsTaken(const std::string& error);
 
-/// "socat (process 123)", several with " and " in between; or words for a holder that is not to be known.
+/// "socat (process 123)", several with " and " in between; or a phrase for an unknown holder.
 std::string holdersText(const std::vector<PortHolder>& holders);
 
-/// What a connection to a port of a panel came to.
+/// The result of connecting to a port of a panel.
 struct PortAnswer {
     std::string address;
     std::uint16_t port = 0;
     std::string error; ///< The system's words; "" when it was answered.
 };
 
-/// What there is to show windows on and to post input events to.
+/// The displays that this session offers.
 struct DisplayFacts {
     enum class X { none, noLibrary, cannotOpen, silent, noXTest, usable };
 

@@ -100,7 +100,7 @@ void TouchesCommand::begin(const PanelFinder::Found& found)
     if (m_request.time)
         m_tools.search.mainQueue.after(*m_request.time, [weak = std::weak_ptr(m_self)] {
             if (const auto self = weak.lock())
-                (*self)->timeIsOver();
+                (*self)->timeOut();
         });
     m_tools.output.complain("listening for touches on UDP port " + std::to_string(touchPort));
 }
@@ -163,7 +163,7 @@ Interruption TouchesCommand::interrupt()
     return Interruption::endWithResult;
 }
 
-void TouchesCommand::timeIsOver()
+void TouchesCommand::timeOut()
 {
     if (m_statistics.count() == 0)
         finish({ExitStatus::network,

@@ -54,7 +54,7 @@ private:
     void begin(const PanelFinder::Found& found);
     void printTouch(std::string_view datagram, const UdpSender& from);
     void record(std::string_view datagram, const UdpSender& from);
-    void timeIsOver();
+    void timeOut();
     void end();
     void finish(Result result);
     Result recordingFailure() const;

@@ -58,7 +58,7 @@ TEST_F(PanelctlDoctorTest, WithNothingAtAllItStillTellsEveryCheck)
     EXPECT_THAT(ending.output, StartsWith("ok    version: panelctl "));
     EXPECT_THAT(
         ending.output, HasSubstr("\nfail  mDNS daemon: no system bus to reach the mDNS daemon over ("));
-    EXPECT_THAT(ending.output, HasSubstr("\nwarn  panels: not looked for - "));
+    EXPECT_THAT(ending.output, HasSubstr("\nwarn  panels: not searched for - "));
     EXPECT_THAT(ending.output, HasSubstr("\nfail  network interface: none has a default route - "));
     EXPECT_THAT(ending.output, HasSubstr("\nwarn  panel's ports: not checked"));
     EXPECT_THAT(ending.output, HasSubstr("\nok    UDP port 41863: free\n"));
@@ -94,7 +94,7 @@ TEST_F(PanelctlDoctorTest, HolderOfTheTouchPortIsNamed)
     EXPECT_THAT(ending.output,
         HasSubstr(
             "fail  UDP port 41863: held by panelctl (process " + std::to_string(holder.pid()) + ") - end"));
-    EXPECT_THAT(ending.output, HasSubstr("warn  touches: not waited for"));
+    EXPECT_THAT(ending.output, HasSubstr("warn  touches: not checked"));
     EXPECT_EQ(ending.status, 1);
 }
 
@@ -154,7 +154,7 @@ TEST_F(PanelctlDoctorTest, DisplayWithXTestIsFine)
     const XvfbServer server;
     environment["DISPLAY"] = server.display();
     EXPECT_THAT(run({"doctor"}).output,
-        HasSubstr("ok    display: X display " + server.display() + " takes input events (XTEST)\n"));
+        HasSubstr("ok    display: X display " + server.display() + " accepts input events (XTEST)\n"));
     environment["WAYLAND_DISPLAY"] = "wayland-7";
     EXPECT_THAT(run({"doctor"}).output, HasSubstr("warn  display: Wayland display wayland-7, X display "));
 }
