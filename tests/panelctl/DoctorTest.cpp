@@ -93,7 +93,7 @@ TEST_F(PanelctlDoctorTest, HolderOfTheTouchPortIsNamed)
     const Ending ending = run({"doctor", "--touches"});
     EXPECT_THAT(ending.output,
         HasSubstr(
-            "fail  UDP port 41863: held by panelctl (process " + std::to_string(holder.pid()) + ") - end"));
+            "fail  UDP port 41863: held by panelctl (process " + std::to_string(holder.pid()) + ") - stop"));
     EXPECT_THAT(ending.output, HasSubstr("warn  touches: not checked"));
     EXPECT_EQ(ending.status, 1);
 }
