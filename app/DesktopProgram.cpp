@@ -1,8 +1,8 @@
 #include "app/DesktopProgram.h"
 
+#include "app/InputInjection.h"
 #include "app/ListedPanels.h"
 #include "app/SplashScreenViewController.h"
-#include "app/UnavailableMouseEventPoster.h"
 #include "dashboard/DashboardViewController.h"
 #include "platform/avahi/AvahiServiceBrowser.h"
 #include "platform/curl/CurlHttpSession.h"
@@ -20,36 +20,17 @@
 #include "platform/qt/QtApplicationActivation.h"
 #include "platform/qt/QtFileChooser.h"
 #include "platform/qt/QtScreen.h"
-#include "platform/x11/XTestMouseEventPoster.h"
 #include "ui/QtDashboardView.h"
 #include "ui/QtDevicesListView.h"
 #include "ui/QtSplashView.h"
 #include "ui/Theme.h"
 
-#include <chrono>
 #include <QApplication>
 #include <QPointer>
-#include <QStyleHints>
 
 namespace companion {
 
 namespace {
-
-/// When X programs take two presses for a double click, as far as this desktop tells.
-ClickRules desktopClickRules()
-{
-    ClickRules rules;
-    rules.interval = std::chrono::milliseconds(QGuiApplication::styleHints()->mouseDoubleClickInterval());
-    rules.distance = QGuiApplication::styleHints()->mouseDoubleClickDistance();
-    return rules;
-}
-
-/// XTEST works there, too, but what it posts reaches X11 programs only, and nothing fails.
-bool isWaylandSession()
-{
-    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"))
-        || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
-}
 
 void logTheFatalError(std::string_view what)
 {
@@ -78,8 +59,6 @@ public:
 
 private:
     void logUnknownScreen();
-    void openPoster();
-    void releaseHeldButton();
     void connectView();
     DashboardDependencies dashboardDependencies(QtDashboardView& view);
 
@@ -91,12 +70,10 @@ private:
     StdoutConsole m_console;
     SystemClock m_clock;
     ThreadPause m_threadPause;
-    QtAlerts m_alerts{m_mainQueue};
+    QtAlerts m_alerts{m_mainQueue, m_window};
     QtScreen m_screen;
-
-    std::unique_ptr<XTestMouseEventPoster> m_xtestPoster;
-    std::unique_ptr<FlushingPause> m_flushingPause;
-    std::unique_ptr<UnavailableMouseEventPoster> m_unavailablePoster;
+    const std::unique_ptr<MouseEventPoster> m_poster = openMouseEventPoster(m_screen, m_log);
+    FlushingPause m_pause{m_threadPause, *m_poster};
 
     PosixInterfaceAddresses m_interfaceAddresses;
     RoutedInterfaceName m_interfaceName;
@@ -104,7 +81,7 @@ private:
     ListedPanels m_panels;
     PosixAsyncUdpSocketFactory m_sockets;
     PosixFileReader m_fileReader;
-    QtFileChooser m_fileChooser{m_mainQueue, m_log};
+    QtFileChooser m_fileChooser{m_mainQueue, m_log, m_window};
     QtApplicationActivation m_application{m_window};
     std::unique_ptr<CurlHttpSession> m_httpSession = std::make_unique<CurlHttpSession>(m_log);
     QPointer<QtDashboardView> m_view;
@@ -118,22 +95,16 @@ DesktopProgram::Backend::Backend(const Options& options, WidgetMainQueue& mainQu
     , m_screen(options.screenName)
     , m_interfaceName(options.interfaceName)
     , m_panels(options.panels, m_announcedPanels, m_mainQueue)
-    , m_sockets(m_mainQueue, m_log,
-          {.afterSlice =
-                  [this] {
-                      if (m_xtestPoster)
-                          m_xtestPoster->flush();
-                  },
-              .afterClose = [this] { releaseHeldButton(); }})
+    , m_sockets(m_mainQueue, m_log, [this] { m_poster->flush(); })
 {
     logUnknownScreen();
-    openPoster();
     setFatalErrorHandler([this](std::string_view what) {
         logTheFatalError(what);
-        if (m_xtestPoster)
-            m_xtestPoster->releaseHeldButton();
+        m_poster->releaseHeldButton();
     });
-    m_mainQueue.setWhenBlocked([this] { releaseHeldButton(); });
+    // The "UP" of a finger that is down has to wait until an alert is closed, and X accepts no click of the real mouse
+    // while the button is held.
+    m_mainQueue.setWhenBlocked([this] { m_poster->touchesEnd(); });
 }
 
 /// Requests go first: a completion may hold the last reference to the dashboard, which needs the rest to be there.
@@ -147,34 +118,11 @@ DesktopProgram::Backend::~Backend()
     setFatalErrorHandler(logTheFatalError);
 }
 
-/// A finger may be down when the touch socket closes or an alert opens; until its "UP" the button would stay pressed, and
-/// X accepts no click of the real mouse meanwhile.
-void DesktopProgram::Backend::releaseHeldButton()
-{
-    if (m_xtestPoster)
-        m_xtestPoster->touchesEnd();
-}
-
 void DesktopProgram::Backend::logUnknownScreen()
 {
     if (!m_screen.isFound())
         m_log.log("There is no screen \"" + *m_options.screenName + "\" among " + joined(QtScreen::names())
             + "; until it is there touches go to the primary one");
-}
-
-void DesktopProgram::Backend::openPoster()
-{
-    std::string whyNot;
-    m_xtestPoster = XTestMouseEventPoster::open(
-        "", [this] { return m_screen.mapping(); }, whyNot, desktopClickRules);
-    if (!m_xtestPoster) {
-        m_unavailablePoster = std::make_unique<UnavailableMouseEventPoster>(m_log, whyNot);
-        return;
-    }
-    m_xtestPoster->setLog(m_log);
-    m_flushingPause = std::make_unique<FlushingPause>(m_threadPause, *m_xtestPoster);
-    if (isWaylandSession())
-        m_log.log("On Wayland touches reach X11 programs only; an X11 session has no such limit");
 }
 
 void DesktopProgram::Backend::showDashboard()
@@ -200,17 +148,14 @@ void DesktopProgram::Backend::connectView()
 
 DashboardDependencies DesktopProgram::Backend::dashboardDependencies(QtDashboardView& view)
 {
-    Pause& pause = m_flushingPause ? static_cast<Pause&>(*m_flushingPause) : m_threadPause;
-    MouseEventPoster& poster =
-        m_xtestPoster ? static_cast<MouseEventPoster&>(*m_xtestPoster) : *m_unavailablePoster;
     return {
         .view = view,
         .alerts = m_alerts,
         .mainQueue = m_mainQueue,
         .log = m_log,
         .panelRequestHost = {*m_httpSession, m_interfaceAddresses, m_interfaceName, m_console},
-        .touch = {m_sockets, m_clock, pause, m_screen, poster, m_options.touchFrom},
-        .upload = {m_fileChooser, m_fileReader, m_application, poster},
+        .touch = {m_sockets, m_clock, m_pause, m_screen, *m_poster, m_options.touchFrom},
+        .upload = {m_fileChooser, m_fileReader, m_application, *m_poster},
         .makeDevicesListController =
             [this, &view] {
                 auto controller =

@@ -153,12 +153,12 @@ void sleepUnlessStopped(std::chrono::milliseconds duration, const std::stop_toke
 } // namespace
 
 PosixAsyncUdpSocket::PosixAsyncUdpSocket(AsyncUdpSocketDelegate& delegate, std::string queueLabel,
-    MainQueue& mainQueue, SystemLog& log, UdpSocketHooks hooks)
+    MainQueue& mainQueue, SystemLog& log, std::function<void()> afterSlice)
     : m_delegate(delegate)
     , m_queueLabel(std::move(queueLabel))
     , m_mainQueue(mainQueue)
     , m_log(log)
-    , m_hooks(std::move(hooks))
+    , m_afterSlice(std::move(afterSlice))
 {
     open();
 }
@@ -226,8 +226,6 @@ void PosixAsyncUdpSocket::close()
         stopReceiving();
     if (m_socket >= 0)
         ::close(std::exchange(m_socket, -1));
-    if (m_hooks.afterClose)
-        m_hooks.afterClose();
 }
 
 std::uint16_t PosixAsyncUdpSocket::localPort() const
@@ -292,7 +290,7 @@ std::optional<AsyncUdpSocket::Error> PosixAsyncUdpSocket::startReceiving()
         return "The socket is not bound to a port";
     if (m_thread.joinable())
         return std::nullopt;
-    m_delivery = std::make_shared<DatagramDelivery>(*this, m_delegate, m_mainQueue, m_hooks.afterSlice);
+    m_delivery = std::make_shared<DatagramDelivery>(*this, m_delegate, m_mainQueue, m_afterSlice);
     try {
         const BlockedSignals blockedSignals;
         m_thread = std::jthread([this](const std::stop_token& stop) { receive(stop); });
@@ -340,17 +338,17 @@ void PosixAsyncUdpSocket::receive(const std::stop_token& stop)
 }
 
 PosixAsyncUdpSocketFactory::PosixAsyncUdpSocketFactory(
-    MainQueue& mainQueue, SystemLog& log, UdpSocketHooks hooks)
+    MainQueue& mainQueue, SystemLog& log, std::function<void()> afterSlice)
     : m_mainQueue(mainQueue)
     , m_log(log)
-    , m_hooks(std::move(hooks))
+    , m_afterSlice(std::move(afterSlice))
 {
 }
 
 std::unique_ptr<AsyncUdpSocket> PosixAsyncUdpSocketFactory::makeSocket(
     AsyncUdpSocketDelegate& delegate, const std::string& queueLabel)
 {
-    return std::make_unique<PosixAsyncUdpSocket>(delegate, queueLabel, m_mainQueue, m_log, m_hooks);
+    return std::make_unique<PosixAsyncUdpSocket>(delegate, queueLabel, m_mainQueue, m_log, m_afterSlice);
 }
 
 } // namespace companion

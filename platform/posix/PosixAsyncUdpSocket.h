@@ -13,12 +13,6 @@ namespace companion {
 
 class DatagramDelivery;
 
-/// What a socket calls on the main thread; each may be empty.
-struct UdpSocketHooks {
-    std::function<void()> afterSlice = {}; ///< After a run of deliveries, before other jobs get their turn.
-    std::function<void()> afterClose = {};
-};
-
 /// A UDP socket for IPv6 and IPv4. A thread of its own reads it, so that nothing is lost while the main thread is busy.
 ///
 /// A port is never shared: no address-reuse flag is set, so that binding a port in use fails, and nobody can take ours.
@@ -27,9 +21,10 @@ public:
     /// What the system is asked for: a burst of 10,000 touches fits. It may grant less.
     static constexpr int wantedReceiveBuffer = 4 << 20;
 
-    /// All must outlive the socket. `queueLabel` names the thread, cut to the 15 bytes that the system shows.
+    /// All must outlive the socket. `afterSlice`, which may be empty, is called on the main thread after a run of
+    /// deliveries, before other jobs get their turn. `queueLabel` names the thread, cut to the 15 bytes that the system shows.
     PosixAsyncUdpSocket(AsyncUdpSocketDelegate& delegate, std::string queueLabel, MainQueue& mainQueue,
-        SystemLog& log, UdpSocketHooks hooks = {});
+        SystemLog& log, std::function<void()> afterSlice = {});
     ~PosixAsyncUdpSocket() override;
     PosixAsyncUdpSocket(const PosixAsyncUdpSocket&) = delete;
     PosixAsyncUdpSocket& operator=(const PosixAsyncUdpSocket&) = delete;
@@ -60,7 +55,7 @@ private:
     const std::string m_queueLabel;
     MainQueue& m_mainQueue;
     SystemLog& m_log;
-    const UdpSocketHooks m_hooks;
+    const std::function<void()> m_afterSlice;
 
     int m_socket = -1;
     bool m_isIPv6 = true;
@@ -74,7 +69,7 @@ private:
 /// Makes `PosixAsyncUdpSocket`s. Main thread only; the queue and the log must outlive the factory and its sockets.
 class PosixAsyncUdpSocketFactory : public AsyncUdpSocketFactory {
 public:
-    PosixAsyncUdpSocketFactory(MainQueue& mainQueue, SystemLog& log, UdpSocketHooks hooks = {});
+    PosixAsyncUdpSocketFactory(MainQueue& mainQueue, SystemLog& log, std::function<void()> afterSlice = {});
 
     std::unique_ptr<AsyncUdpSocket> makeSocket(
         AsyncUdpSocketDelegate& delegate, const std::string& queueLabel) override;
@@ -82,7 +77,7 @@ public:
 private:
     MainQueue& m_mainQueue;
     SystemLog& m_log;
-    const UdpSocketHooks m_hooks;
+    const std::function<void()> m_afterSlice;
 };
 
 } // namespace companion

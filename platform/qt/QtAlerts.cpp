@@ -1,6 +1,6 @@
 #include "platform/qt/QtAlerts.h"
 
-#include "platform/qt/ActiveWindow.h"
+#include "platform/qt/QtApplicationActivation.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -37,9 +37,9 @@ void addOkButton(QMessageBox& box)
     box.setEscapeButton(ok);
 }
 
-QMessageBox* makeBox(const QString& message, const QString& informativeText)
+QMessageBox* makeBox(QWidget& parent, const QString& message, const QString& informativeText)
 {
-    auto* box = new QMessageBox(windowForDialogs());
+    auto* box = new QMessageBox(&parent);
     box->setWindowModality(Qt::ApplicationModal);
     box->setWindowTitle(QGuiApplication::applicationDisplayName());
     box->setText(message);
@@ -56,8 +56,9 @@ QMessageBox* makeBox(const QString& message, const QString& informativeText)
 
 } // namespace
 
-QtAlerts::QtAlerts(WidgetMainQueue& mainQueue)
+QtAlerts::QtAlerts(WidgetMainQueue& mainQueue, QWidget& mainWindow)
     : m_mainQueue(mainQueue)
+    , m_mainWindow(mainWindow)
 {
 }
 
@@ -66,7 +67,11 @@ bool QtAlerts::runModal(const std::string& message, const std::string& informati
     const QtMainQueue::Blocker blocker(m_mainQueue);
     // The window that it belongs to may be destroyed, and the box with it, while it is open.
     const QPointer<QMessageBox> box =
-        makeBox(QString::fromStdString(message), QString::fromStdString(informativeText));
+        makeBox(m_mainWindow, QString::fromStdString(message), QString::fromStdString(informativeText));
+    if (!m_mainWindow.isActiveWindow()) {
+        bringToFront(m_mainWindow);
+        QApplication::alert(&m_mainWindow);
+    }
     box->exec();
     delete box;
     return !m_doesProgramEnd;

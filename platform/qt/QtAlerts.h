@@ -3,13 +3,16 @@
 #include "platform/Alerts.h"
 #include "platform/qt/WidgetMainQueue.h"
 
+class QWidget;
+
 namespace companion {
 
-/// Alerts as message boxes over the active window, or in the middle of the screen when there is none.
+/// Alerts as message boxes over the main window. Touches and everything else wait for the answer, so the window comes to
+/// the front with its alert; where the desktop forbids that, it asks for attention.
 class QtAlerts : public Alerts {
 public:
-    /// `mainQueue` must outlive the alerts and stands still while one is open.
-    explicit QtAlerts(WidgetMainQueue& mainQueue);
+    /// Both must outlive the alerts; `mainQueue` is blocked while one is open.
+    QtAlerts(WidgetMainQueue& mainQueue, QWidget& mainWindow);
 
     bool runModal(const std::string& message, const std::string& informativeText) override;
 
@@ -18,6 +21,7 @@ public:
 
 private:
     WidgetMainQueue& m_mainQueue;
+    QWidget& m_mainWindow;
     bool m_doesProgramEnd = false;
 };
 

@@ -4,6 +4,13 @@
 
 namespace companion {
 
+void bringToFront(QWidget& window)
+{
+    window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+    window.raise();
+    window.activateWindow();
+}
+
 QtApplicationActivation::QtApplicationActivation(QWidget& mainWindow)
     : m_mainWindow(mainWindow)
 {
@@ -11,9 +18,7 @@ QtApplicationActivation::QtApplicationActivation(QWidget& mainWindow)
 
 void QtApplicationActivation::activateIgnoringOtherApps()
 {
-    m_mainWindow.setWindowState(m_mainWindow.windowState() & ~Qt::WindowMinimized);
-    m_mainWindow.raise();
-    m_mainWindow.activateWindow();
+    bringToFront(m_mainWindow);
 }
 
 } // namespace companion

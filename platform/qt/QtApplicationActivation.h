@@ -6,7 +6,10 @@ class QWidget;
 
 namespace companion {
 
-/// Brings the main window to the front, as far as the window manager lets it.
+/// Restores the window if it is minimised, and brings it to the front, as far as the window manager lets it.
+void bringToFront(QWidget& window);
+
+/// Brings the main window to the front.
 class QtApplicationActivation : public Application {
 public:
     /// The window must outlive the activation.

@@ -1,7 +1,5 @@
 #include "platform/qt/QtFileChooser.h"
 
-#include "platform/qt/ActiveWindow.h"
-
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -47,9 +45,10 @@ std::optional<QString> chosenFile(QFileDialog& dialog)
 
 } // namespace
 
-QtFileChooser::QtFileChooser(WidgetMainQueue& mainQueue, SystemLog& log)
+QtFileChooser::QtFileChooser(WidgetMainQueue& mainQueue, SystemLog& log, QWidget& mainWindow)
     : m_mainQueue(mainQueue)
     , m_log(log)
+    , m_mainWindow(mainWindow)
 {
 }
 
@@ -60,7 +59,7 @@ std::optional<FileUrl> QtFileChooser::runOpenPanel(
     const QStringList patterns = patternsFor(allowedFileTypes);
     // The window that it belongs to may be destroyed, and the dialog with it, while it is open.
     const QPointer<QFileDialog> dialog =
-        new QFileDialog(windowForDialogs(), QStringLiteral("Upload a file"), pathOf(startingFolder));
+        new QFileDialog(&m_mainWindow, QStringLiteral("Upload a file"), pathOf(startingFolder));
     dialog->setAcceptMode(QFileDialog::AcceptOpen);
     dialog->setFileMode(QFileDialog::ExistingFile);
     dialog->setNameFilter("Files for the panel (" + patterns.join(' ') + ")");

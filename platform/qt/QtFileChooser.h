@@ -4,13 +4,15 @@
 #include "platform/Log.h"
 #include "platform/qt/WidgetMainQueue.h"
 
+class QWidget;
+
 namespace companion {
 
 /// The desktop's own file dialog where there is one, Qt's otherwise.
 class QtFileChooser : public FileChooser {
 public:
-    /// Both must outlive the chooser; `mainQueue` stands still while the dialog is open.
-    QtFileChooser(WidgetMainQueue& mainQueue, SystemLog& log);
+    /// All must outlive the chooser; `mainQueue` is blocked while the dialog is open.
+    QtFileChooser(WidgetMainQueue& mainQueue, SystemLog& log, QWidget& mainWindow);
 
     /// A choice that is no readable file, or that was typed in and is of another type, counts as none and is logged.
     std::optional<FileUrl> runOpenPanel(
@@ -19,6 +21,7 @@ public:
 private:
     WidgetMainQueue& m_mainQueue;
     SystemLog& m_log;
+    QWidget& m_mainWindow;
 };
 
 } // namespace companion

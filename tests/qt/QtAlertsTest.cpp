@@ -55,7 +55,8 @@ protected:
     }
 
     WidgetMainQueue m_queue;
-    QtAlerts m_alerts{m_queue};
+    std::unique_ptr<QWidget> m_window = std::make_unique<QWidget>();
+    QtAlerts m_alerts{m_queue, *m_window};
     QTimer m_user;
     int m_shown = 0;
     std::vector<std::string> m_words;
@@ -169,16 +170,15 @@ TEST_F(QtAlertsTest, AScreenReaderHearsAnAlertWithTheMessageAsItsName)
     EXPECT_EQ(m_shown, 1);
 }
 
-TEST_F(QtAlertsTest, WithAWindowTheAlertLiesInTheMiddleOfIt)
+TEST_F(QtAlertsTest, TheAlertLiesInTheMiddleOfTheMainWindow)
 {
-    QWidget window;
-    window.setGeometry(200, 150, 500, 401);
-    window.show();
-    window.activateWindow();
-    ASSERT_TRUE(spinUntil([&] { return QApplication::activeWindow() == &window; }));
+    m_window->setGeometry(200, 150, 500, 401);
+    m_window->show();
+    m_window->activateWindow();
+    ASSERT_TRUE(spinUntil([&] { return QApplication::activeWindow() == m_window.get(); }));
     whenShown([&](QMessageBox& box) {
-        EXPECT_EQ(box.parentWidget(), &window);
-        const QPoint distance = box.frameGeometry().center() - window.frameGeometry().center();
+        EXPECT_EQ(box.parentWidget(), m_window.get());
+        const QPoint distance = box.frameGeometry().center() - m_window->frameGeometry().center();
         EXPECT_LE(distance.manhattanLength(), 40);
         pressOk(box);
     });
@@ -186,16 +186,29 @@ TEST_F(QtAlertsTest, WithAWindowTheAlertLiesInTheMiddleOfIt)
     EXPECT_EQ(m_shown, 1);
 }
 
-TEST_F(QtAlertsTest, AnAlertOverAPopoverBelongsToTheWindowBeneathIt)
+TEST_F(QtAlertsTest, AMinimizedMainWindowIsRestoredForItsAlert)
 {
-    QWidget window;
-    window.show();
-    QWidget popover(&window, Qt::Tool | Qt::FramelessWindowHint);
-    popover.show();
-    popover.activateWindow();
-    ASSERT_TRUE(spinUntil([&] { return QApplication::activeWindow() == &popover; }));
+    m_window->showMaximized();
+    m_window->setWindowState(m_window->windowState() | Qt::WindowMinimized);
     whenShown([&](QMessageBox& box) {
-        EXPECT_EQ(box.parentWidget(), &window);
+        EXPECT_FALSE(m_window->isMinimized());
+        EXPECT_TRUE(m_window->isMaximized());
+        pressOk(box);
+    });
+    m_alerts.runModal("Device busy", "");
+    EXPECT_EQ(m_shown, 1);
+}
+
+TEST_F(QtAlertsTest, AnAlertWhileAnotherWindowIsActiveBelongsToTheMainWindowAndBringsItToTheFront)
+{
+    m_window->show();
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(spinUntil([&] { return QApplication::activeWindow() == &other; }));
+    whenShown([&](QMessageBox& box) {
+        EXPECT_EQ(box.parentWidget(), m_window.get());
+        EXPECT_TRUE(spinUntil([&] { return QApplication::activeWindow() == &box; }));
         pressOk(box);
     });
     m_alerts.runModal("Device busy", "");
@@ -204,11 +217,8 @@ TEST_F(QtAlertsTest, AnAlertOverAPopoverBelongsToTheWindowBeneathIt)
 
 TEST_F(QtAlertsTest, AWindowThatIsDestroyedUnderItsAlertTakesTheAlertAway)
 {
-    auto window = std::make_unique<QWidget>();
-    window->show();
-    window->activateWindow();
-    ASSERT_TRUE(spinUntil([&] { return QApplication::activeWindow() == window.get(); }));
-    whenShown([&](QMessageBox&) { window.reset(); });
+    m_window->show();
+    whenShown([&](QMessageBox&) { m_window.reset(); });
     m_alerts.runModal("Device busy", "");
     EXPECT_EQ(m_shown, 1);
 }

@@ -74,7 +74,8 @@ protected:
     WidgetMainQueue m_queue;
     Transcript m_transcript;
     FakeSystemLog m_log{m_transcript};
-    QtFileChooser m_chooser{m_queue, m_log};
+    std::unique_ptr<QWidget> m_window = std::make_unique<QWidget>();
+    QtFileChooser m_chooser{m_queue, m_log, *m_window};
     QTimer m_user;
     int m_shown = 0;
 };
@@ -172,11 +173,11 @@ TEST_F(QtFileChooserTest, JobsWaitUntilTheDialogIsClosed)
 
 TEST_F(QtFileChooserTest, WindowThatIsDestroyedUnderTheDialogTakesItAway)
 {
-    auto window = std::make_unique<QWidget>();
-    window->show();
-    window->activateWindow();
-    ASSERT_TRUE(spinUntil([&] { return QApplication::activeWindow() == window.get(); }));
-    whenShown([&](QFileDialog&) { window.reset(); });
+    m_window->show();
+    whenShown([&](QFileDialog& dialog) {
+        EXPECT_EQ(dialog.parentWidget(), m_window.get());
+        m_window.reset();
+    });
     EXPECT_EQ(run(), std::nullopt);
     EXPECT_EQ(m_shown, 1);
 }

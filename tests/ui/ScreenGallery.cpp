@@ -175,7 +175,7 @@ private:
             QApplication::activeModalWidget()->close();
         });
         const auto [message, informativeText] = m_dashboard.alerts.shown.back();
-        QtAlerts(queue).runModal(message, informativeText);
+        QtAlerts(queue, m_gallery.window()).runModal(message, informativeText);
     }
 
     Gallery& m_gallery;
