@@ -18,7 +18,7 @@ const QString busName = QStringLiteral("org.freedesktop.DBus");
 // daemon dies.
 constexpr int noTimeout = std::numeric_limits<int>::max();
 
-// Few enough that the daemon's list of scheduled queries stays short: its length costs more than the round trips.
+// The bus refuses a connection's 129th unanswered call; from 32 on, more make nothing faster.
 constexpr int maxUnanswered = 32;
 
 constexpr std::string_view running = "mDNS: the Avahi daemon is running";
