@@ -9,7 +9,7 @@ namespace companion::cli {
 
 namespace {
 
-constexpr std::chrono::seconds timeForDaemon{3};
+constexpr std::chrono::seconds longestDaemonCheck{3};
 constexpr std::size_t addressColumn = 17; // the longest address and two blanks
 
 std::string panelLine(const PanelName& panel)
@@ -38,7 +38,7 @@ void DiscoverCommand::start(Finished finished)
 {
     m_finished = std::move(finished);
     const std::string whyNot = whyNoPanelCanBeFound(
-        m_search.mdnsDaemon.look(std::min<std::chrono::milliseconds>(timeForDaemon, m_request.time)));
+        m_search.mdnsDaemon.look(std::min<std::chrono::milliseconds>(longestDaemonCheck, m_request.time)));
     if (!whyNot.empty()) {
         std::exchange(m_finished, nullptr)({ExitStatus::noPanel, whyNot, {{"panels", Json::array()}}});
         return;

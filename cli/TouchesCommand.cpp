@@ -13,7 +13,7 @@ namespace companion::cli {
 
 namespace {
 
-constexpr std::chrono::seconds timeToFindPanel{5};
+constexpr std::chrono::seconds timeToSearchForPanel{5};
 
 double millisecondsBetween(
     std::chrono::steady_clock::time_point first, std::chrono::steady_clock::time_point now)
@@ -68,7 +68,7 @@ std::string whyNoTouchesCanBeHeard(const std::string& error, const UdpPortHolder
 TouchesCommand::TouchesCommand(const Tools& tools, Request request)
     : m_tools(tools)
     , m_request(std::move(request))
-    , m_finder(tools.search, m_request.choice, m_request.time.value_or(timeToFindPanel))
+    , m_finder(tools.search, m_request.choice, m_request.time.value_or(timeToSearchForPanel))
 {
 }
 

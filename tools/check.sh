@@ -149,7 +149,6 @@ check_tidy() {
     check "clang-tidy has no complaint" tidy_complaints
 }
 
-<<<<<<< HEAD
 # Unit tests that still have to move to tests/.
 misplaced='^(cli/ProcUdpPortHolder|platform/posix/LineWriter)Test\.cpp$'
 
@@ -204,20 +203,3 @@ for name in "${@:-${all[@]}}"; do
 done
 ((failures == 0)) || exit 1
 ((passes)) || exit 77
-=======
-check_form
-check_shell_scripts
-check "the Python scripts parse" python_errors
-check "no folder includes one that the layers keep from it" layers_broken
-check "no folder includes one that includes it back" cycles
-check "Qt's headers stay in adapters and widgets" \
-    foreign_headers 'Q[A-Z]|Qt' 'platform/(qt|avahi|x11)|ui|app|cli|simulator'
-check "X11's headers stay in their adapter" foreign_headers '(X11|xcb)/' 'platform/x11'
-check "libcurl's headers stay in their adapter" foreign_headers 'curl/' 'platform/curl'
-check "the command-line library's headers stay in one file" foreign_headers 'CLI/' 'platform'
-check "the HTTP server's headers stay in the simulated panel" foreign_headers 'microhttpd' 'simulator'
-check "Avahi's own headers are used nowhere: it is spoken to over D-Bus" foreign_headers 'avahi-' 'none'
-check "what decides links no toolkit" linked_by_logic
-[[ ${1-} != --tidy ]] || check_tidy
-printf '1..%d\n' "$count"
->>>>>>> 07a7949 (Fold panelctl's small files and print touches directly)

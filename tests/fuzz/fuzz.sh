@@ -8,7 +8,7 @@ target=$1 seconds=${2:-10} output=build/fuzz
 
 case $target in
 TouchMessageFuzz) sources=(touchback/MouseSimulate.cpp touchback/Number.cpp touchback/TouchMessage.cpp) ;;
-ServiceNameFuzz) sources=(discovery/DevicesListViewController.cpp discovery/PanelName.cpp) ;;
+ServiceNameFuzz) sources=(discovery/DevicesListViewController.cpp discovery/PanelList.cpp discovery/PanelName.cpp) ;;
 *) printf 'fuzz.sh: there is no target "%s"\n' "$target" >&2 && exit 2 ;;
 esac
 

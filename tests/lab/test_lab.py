@@ -188,7 +188,8 @@ def hold_finger(lab, panel, clicks):
 def start_casting_beside_window(lab):
     panel = lab.start_panel()
     companion = lab.start_companion(panel)
-    clicks = ClickWindow(lab.desktop, lab.processes, lab.desktop.width - 340, lab.desktop.height - 260)
+    # Right of the application's window, which comes to the front with its alerts.
+    clicks = ClickWindow(lab.desktop, lab.processes, lab.desktop.width - 190, lab.desktop.height - 260, width=150)
     companion.pair(panel)
     companion.start_casting()
     wait_until(lambda: panel.touch_enabled_at() == lab.computer_address, "the panel is asked for touches")
@@ -227,6 +228,23 @@ def test_an_opening_dialog_releases_the_button(lab):
     wait_until(lambda: len(clicks.presses()) == 2, "another press", 3)
     touch(lab, panel, "UP", clicks.x + 40, clicks.y + 40)
     wait_until(lambda: clicks.releases() == 2, "its release", 3)
+
+
+def test_an_alert_comes_to_the_front_of_another_programs_full_screen_window(lab):
+    panel = lab.start_panel()
+    companion = lab.start_companion(panel)
+    companion.pair(panel)
+    companion.start_casting()
+    presentation = ClickWindow(lab.desktop, lab.processes, 0, 0)
+    presentation.fill_screen()
+    wait_until(lambda: lab.desktop.active_window_name() == "Event Tester", "the presentation is in front")
+    lab.desktop.minimize("Panel Companion")
+    panel.reply("busy")
+    companion.expect_alert("Device busy", 8)
+    wait_until(lambda: lab.desktop.active_window_name() == "Panel Companion", "the alert has the focus", 3)
+    wait_until(lambda: lab.desktop.visible_windows("Panel Companion") == 2, "the dashboard is restored for its alert", 3)
+    lab.desktop.key("Return")
+    companion.window.gone("alert", "Device busy")
 
 
 def test_a_fatal_error_releases_the_button(lab):

@@ -152,6 +152,8 @@ public:
     void useKeyboard()
     {
         m_gallery.window().activateWindow();
+        if (!QTest::qWaitForWindowActive(&m_gallery.window()))
+            qFatal("the window does not become the active one");
         auto* button = m_dashboard.view->findChild<QWidget*>("castButtonView");
         button->clearFocus();
         button->setFocus(Qt::TabFocusReason);

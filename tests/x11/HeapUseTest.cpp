@@ -33,7 +33,7 @@ TEST(HeapUseTest, TenThousandDragsAllocateNothing)
         xvfb.display(), [] { return ScreenMapping{}; }, whyNot);
     poster->post(*poster->makeMouseEvent(MouseEventType::leftDown, {1, 2}));
     poster->post(*poster->makeMouseEvent(MouseEventType::leftDragged, {2, 2}));
-    poster->flush();
+    poster->sync(); // also takes in what the server says about the press
 
     const long before = allocations;
     for (int i = 0; i < 10'000; ++i) {

@@ -421,8 +421,10 @@ TEST_F(XTestMouseEventPosterTest, WhileAnotherProgramGrabsTheServerPressAndRelea
     EXPECT_TRUE(windowManager.isLeftButtonDown());
     post(leftDragged, {120, 200});
     post(leftUp, {130, 200});
+    poster->sync();
     EXPECT_FALSE(windowManager.isLeftButtonDown());
     post(leftDown, {140, 200});
+    poster->sync();
     EXPECT_TRUE(windowManager.isLeftButtonDown());
     post(leftUp, {140, 200});
     windowManager.ungrabServer();

@@ -65,6 +65,20 @@ class Desktop:
         place = dict(part.split(":") for part in shown.split())
         return int(place["x"]), int(place["y"])
 
+    def active_window_name(self):
+        """The title of the window that has the focus; "" while none has."""
+        return subprocess.run(["xdotool", "getactivewindow", "getwindowname"], stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, text=True, check=False).stdout.strip()
+
+    def minimize(self, title):
+        subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$", "windowminimize", "--sync"],
+                       check=True, timeout=5)
+
+    def visible_windows(self, title):
+        """How many windows with this title are shown."""
+        return len(subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"], stdout=subprocess.PIPE,
+                                  stderr=subprocess.DEVNULL, text=True, check=False).stdout.split())
+
     def click(self, x, y):
         subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True, timeout=5,
                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
@@ -90,6 +104,16 @@ class ClickWindow:
         self._process = processes.start(
             ["xev", "-geometry", f"{width}x{height}+{x}+{y}", "-event", "button", "-event", "structure"], name="xev")
         wait_until(lambda: "MapNotify" in self._process.output(), "the window that clicks are counted in")
+
+    def fill_screen(self):
+        """Without a frame, above all others; window managers look at this property when a window is mapped."""
+        window = re.search(r"Outer window is (0x[0-9a-f]+)", self._process.output()).group(1)
+        for command in (["xdotool", "windowunmap", "--sync", window],
+                        ["xprop", "-id", window, "-f", "_NET_WM_STATE", "32a",
+                         "-set", "_NET_WM_STATE", "_NET_WM_STATE_FULLSCREEN"],
+                        ["xdotool", "windowmap", "--sync", window],
+                        ["xdotool", "windowactivate", "--sync", window]):
+            subprocess.run(command, check=True, timeout=10)
 
     def presses(self):
         """(time in milliseconds, x, y on the screen) of every press of the left button so far."""
