@@ -327,6 +327,7 @@ def test_few_wake_ups_while_the_heartbeat_runs(screens):
     screens.click("Cast")
     screens.app.window.dismiss_alert()
     time.sleep(3)
+    # Four heartbeats, each of about three waits of the HTTP thread and one for each destination of its lines.
     count = screens.wake_ups(16)
-    assert count <= 16, f"the program's threads waited {count} times in 16 s"
+    assert count <= 32, f"the program's threads waited {count} times in 16 s"
     print(f"the program's threads waited {count} times in 16 s")
