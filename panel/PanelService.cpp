@@ -25,7 +25,6 @@ HttpRequest httpRequest(Url url, const PanelRequest& request)
     made.headers = {
         {"Content-Type", mediaType}, {"Accept", mediaType}}; // none changes the protocol's cache policy
     made.body = request.body;
-    made.timeout = std::chrono::seconds(60);
     // A heartbeat is sent every few seconds: they must not pile up at a panel whose replies keep dripping.
     made.longestDuration = std::chrono::minutes(10);
     return made;

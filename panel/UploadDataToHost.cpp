@@ -127,7 +127,6 @@ HttpRequest UploadDataToHost::request(Url url, const std::string& boundary) cons
         {"Content-Length", std::to_string(m_data->size())}, {"srcfilename", *m_fileName},
         {"filetype", *m_fileType}}; // none changes the protocol's cache policy
     made.body = makeMultipartBody(/*textFields=*/{}, m_data, "my-file", *m_fileName, boundary, *m_fileType);
-    made.timeout = std::chrono::seconds(60);
     return made;
 }
 

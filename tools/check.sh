@@ -149,12 +149,9 @@ check_tidy() {
     check "clang-tidy has no complaint" tidy_complaints
 }
 
-# Unit tests that still have to move to tests/.
-misplaced='^(cli/ProcUdpPortHolder|platform/posix/LineWriter)Test\.cpp$'
-
 # A unit test, which stands beside its class, touches nothing outside its own process.
 worldly_unit_tests() {
-    sources | grep 'Test\.cpp$' | grep -vE '^tests/' | grep -vE "$misplaced" | xargs -r -d '\n' grep -HnE \
+    sources | grep 'Test\.cpp$' | grep -vE '^tests/' | xargs -r -d '\n' grep -HnE \
         '\b(pipe2?|socket|socketpair|fork|kill|raise|signal|sigaction|mkfifo) ?\(|\bQ(Core|Gui)?Application\b|\bQ[A-Za-z]*Widget\b|<sys/socket\.h>|^#include "tests/'
 }
 

@@ -355,6 +355,18 @@ TEST_F(MouseSimulateTest, DistanceIsPrintedInTheFewestDecimalsOfASinglePrecision
     EXPECT_EQ(secondRelease(10, movedBy(somewhere, 0, -1e20)), "print ::: Double Click distance 1e+20");
 }
 
+TEST_F(MouseSimulateTest, DistanceBelowATenThousandthIsPrintedWithAnExponent)
+{
+    mouse.simulateMouseUp({0, 0});
+    transcript.clear();
+    mouse.simulateMouseUp({0, 1e-4F});
+    EXPECT_EQ(taken(), doubleClick("0.0001"));
+    mouse.simulateMouseUp({0, 0});
+    transcript.clear();
+    mouse.simulateMouseUp({0, std::nextafter(1e-4F, 0.0F)});
+    EXPECT_EQ(taken(), doubleClick("9.999999e-05"));
+}
+
 TEST_F(MouseSimulateTest, DistanceIsTakenInSinglePrecision)
 {
     EXPECT_EQ(secondRelease(10, movedBy(somewhere, 50.000001, 0)), doubleClick("50.0"));
