@@ -167,9 +167,12 @@ TEST_F(HostileServerDeathTest, WithoutFileDescriptorsRequestsFailAtOnceAndWorkAg
         EXPECT_EQ(m_transcript.take(), "");
         m_session.reset();
         EXPECT_LT(SteadyClock::now() - start, 5s);
+    };
+    const auto runAndExit = [&] {
+        run();
         _exit(HasFailure() ? 1 : 0);
     };
-    EXPECT_EXIT(run(), ::testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(runAndExit(), ::testing::ExitedWithCode(0), "");
 }
 
 TEST_F(HostileServerDeathTest, RequestsInFlightFailAtOnceWhenLibcurlCannotPollAnyMore)
