@@ -149,17 +149,6 @@ public:
         press("wirelessTouchSwitch");
     }
 
-    void useKeyboard()
-    {
-        m_gallery.window().activateWindow();
-        if (!QTest::qWaitForWindowActive(&m_gallery.window()))
-            qFatal("the window does not become the active one");
-        auto* button = m_dashboard.view->findChild<QWidget*>("castButtonView");
-        button->clearFocus();
-        button->setFocus(Qt::TabFocusReason);
-        m_gallery.take("focus");
-    }
-
 private:
     void press(const char* name)
     {
@@ -208,6 +197,5 @@ int main(int argc, char** argv)
     user.upload();
     user.cast();
     user.useCable();
-    user.useKeyboard();
     return gallery.status();
 }
