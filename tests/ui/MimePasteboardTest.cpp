@@ -11,6 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <QDBusConnection>
 #include <QFile>
 #include <QMimeData>
 #include <QSysInfo>
