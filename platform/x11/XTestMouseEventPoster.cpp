@@ -131,16 +131,12 @@ void XTestMouseEventPoster::postFirstClick(RootPixel at, double scale)
 int XTestMouseEventPoster::missingPresses(RootPixel at, double scale)
 {
     m_clicks.setRules(m_rules());
-    const bool isContinued = m_clicks.isContinuedBy(pressAt(at, lookAt(at)), scale);
-    const int counted = holds(leftButton) || isContinued ? m_clicks.count() : 0;
-    if (counted >= 2)
-        return 0;
-    return counted == 1 && isContinued ? 1 : 2;
+    return m_clicks.missingPresses(pressAt(at, lookAt(at)), scale, holds(leftButton));
 }
 
 ClickSeries::Press XTestMouseEventPoster::pressAt(RootPixel at, const Surroundings& seen)
 {
-    return {m_now(), at, seen ? seen->window : 0};
+    return {m_now(), {static_cast<double>(at.x), static_cast<double>(at.y)}, seen ? seen->window : 0};
 }
 
 void XTestMouseEventPoster::press(RootPixel at, double scale)

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "platform/ClickSeries.h"
 #include "platform/MouseEventPoster.h"
 #include "platform/ScreenMapping.h"
-#include "platform/x11/ClickSeries.h"
 #include "platform/x11/XTestConnection.h"
 
 #include <atomic>

@@ -1,6 +1,6 @@
-#include "platform/x11/ClickSeries.h"
+#include "platform/ClickSeries.h"
 
-#include <cstdlib>
+#include <cmath>
 
 namespace companion {
 
@@ -16,6 +16,15 @@ bool ClickSeries::isContinuedBy(const Press& press, double scale) const
     const double distance = m_rules.distance * scale;
     return m_count > 0 && press.window == m_last.window && press.time - m_last.time < m_rules.interval
         && std::abs(press.at.x - m_last.at.x) <= distance && std::abs(press.at.y - m_last.at.y) <= distance;
+}
+
+int ClickSeries::missingPresses(const Press& press, double scale, bool isHeld) const
+{
+    const bool isContinued = isContinuedBy(press, scale);
+    const int counted = isHeld || isContinued ? m_count : 0;
+    if (counted >= 2)
+        return 0;
+    return counted == 1 && isContinued ? 1 : 2;
 }
 
 } // namespace companion

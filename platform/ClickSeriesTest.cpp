@@ -1,4 +1,4 @@
-#include "platform/x11/ClickSeries.h"
+#include "platform/ClickSeries.h"
 
 #include <gtest/gtest.h>
 
@@ -56,6 +56,21 @@ TEST_F(ClickSeriesTest, AfterAResetNothingIsContinued)
     series.reset();
     EXPECT_EQ(series.count(), 0);
     EXPECT_FALSE(series.isContinuedBy({start + 1ms, {1103, 207}, 7}, 1));
+}
+
+TEST_F(ClickSeriesTest, AfterAPress399MillisecondsAgoADoubleClickNeedsOneMore)
+{
+    EXPECT_EQ(series.missingPresses({start + 399ms, {1103, 207}, 7}, 1, /*isHeld=*/false), 1);
+    EXPECT_EQ(series.missingPresses({start + 400ms, {1103, 207}, 7}, 1, /*isHeld=*/false), 2);
+    EXPECT_EQ(series.missingPresses({start + 400ms, {1103, 207}, 7}, 1, /*isHeld=*/true), 2);
+}
+
+TEST_F(ClickSeriesTest, AfterADoubleClickNoneIsMissingAsLongAsItsButtonIsHeld)
+{
+    series.addPress({start + 300ms, {1103, 207}, 7}, 1);
+    EXPECT_EQ(series.missingPresses({start + 301ms, {1103, 207}, 7}, 1, /*isHeld=*/false), 0);
+    EXPECT_EQ(series.missingPresses({start + 9s, {1103, 207}, 7}, 1, /*isHeld=*/true), 0);
+    EXPECT_EQ(series.missingPresses({start + 9s, {1103, 207}, 7}, 1, /*isHeld=*/false), 2);
 }
 
 TEST_F(ClickSeriesTest, EachPressIsMeasuredAgainstTheOneBefore)

@@ -1,20 +1,20 @@
 #pragma once
 
-#include "platform/x11/RootPixel.h"
+#include "platform/Geometry.h"
 
 #include <chrono>
 #include <cstdint>
 
 namespace companion {
 
-/// When X programs take two presses for a double click: usually a setting of the desktop.
+/// When programs take two presses for a double click: usually a setting of the desktop.
 struct ClickRules {
     std::chrono::milliseconds interval{400}; ///< From press to press; a gap of exactly this is too long.
     double distance = 5;                     ///< In points, across and down; exactly this is near enough.
 };
 
-/// What X programs have counted: X events carry no click count, so each program counts presses by itself, by the
-/// time and the distance between one press and the next, and by the window. Pure arithmetic.
+/// What programs have counted: pointer events of X11 and Wayland carry no click count, so each program counts presses by
+/// itself, by the time and the distance between one press and the next, and by the window. Pure arithmetic.
 class ClickSeries {
 public:
     using TimePoint = std::chrono::steady_clock::time_point;
@@ -29,11 +29,12 @@ public:
 
     struct Press {
         TimePoint time;
-        RootPixel at;
-        std::uint32_t window = 0; ///< The top-level window that got it, or would get it.
+        Point at; ///< In pixels.
+        std::uint32_t window =
+            0; ///< The top-level window that got it, or would get it; 0 where nobody knows.
     };
 
-    /// A press that a program has received. `scale` is root pixels for each point.
+    /// A press that a program has received. `scale` is pixels for each point.
     void addPress(const Press& press, double scale);
 
     /// The next press begins a series of its own.
@@ -44,6 +45,10 @@ public:
 
     /// Whether a program would count the press as one more of the same series.
     bool isContinuedBy(const Press& press, double scale) const;
+
+    /// How many more presses like this one programs need for a double click: 0 when they have had it. While the button
+    /// is held, the last press counts however long ago it was.
+    int missingPresses(const Press& press, double scale, bool isHeld) const;
 
 private:
     ClickRules m_rules;
