@@ -1,6 +1,6 @@
 #include "app/DesktopProgram.h"
 
-#include "app/InputInjection.h"
+#include "app/InputCandidates.h"
 #include "app/ListedPanels.h"
 #include "app/SplashScreenViewController.h"
 #include "dashboard/DashboardViewController.h"
@@ -72,8 +72,8 @@ private:
     ThreadPause m_threadPause;
     QtAlerts m_alerts{m_mainQueue, m_window};
     QtScreen m_screen;
-    const std::unique_ptr<MouseEventPoster> m_poster = openMouseEventPoster(m_screen, m_log);
-    FlushingPause m_pause{m_threadPause, *m_poster};
+    InputInjection m_poster{isWaylandSession(), inputCandidates(m_screen, m_log), m_log};
+    FlushingPause m_pause{m_threadPause, m_poster};
 
     PosixInterfaceAddresses m_interfaceAddresses;
     RoutedInterfaceName m_interfaceName;
@@ -95,16 +95,16 @@ DesktopProgram::Backend::Backend(const Options& options, WidgetMainQueue& mainQu
     , m_screen(options.screenName)
     , m_interfaceName(options.interfaceName)
     , m_panels(options.panels, m_announcedPanels, m_mainQueue)
-    , m_sockets(m_mainQueue, m_log, [this] { m_poster->flush(); })
+    , m_sockets(m_mainQueue, m_log, [this] { m_poster.flush(); })
 {
     logUnknownScreen();
     setFatalErrorHandler([this](std::string_view what) {
         logTheFatalError(what);
-        m_poster->releaseHeldButton();
+        m_poster.releaseHeldButton();
     });
     // The "UP" of a finger that is down has to wait until an alert is closed, and X accepts no click of the real mouse
     // while the button is held.
-    m_mainQueue.setWhenBlocked([this] { m_poster->touchesEnd(); });
+    m_mainQueue.setWhenBlocked([this] { m_poster.touchesEnd(); });
 }
 
 /// Requests go first: a completion may hold the last reference to the dashboard, which needs the rest to be there.
@@ -154,8 +154,8 @@ DashboardDependencies DesktopProgram::Backend::dashboardDependencies(QtDashboard
         .mainQueue = m_mainQueue,
         .log = m_log,
         .panelRequestHost = {*m_httpSession, m_interfaceAddresses, m_interfaceName, m_console},
-        .touch = {m_sockets, m_clock, m_pause, m_screen, *m_poster, m_options.touchFrom},
-        .upload = {m_fileChooser, m_fileReader, m_application, *m_poster},
+        .touch = {m_sockets, m_clock, m_pause, m_screen, m_poster, m_options.touchFrom},
+        .upload = {m_fileChooser, m_fileReader, m_application, m_poster},
         .makeDevicesListController =
             [this, &view] {
                 auto controller =

@@ -1,82 +1,109 @@
 #include "app/InputInjection.h"
 
-#include "platform/qt/QtScreen.h"
-#include "platform/x11/XTestMouseEventPoster.h"
-
-#include <chrono>
-#include <QGuiApplication>
-#include <QStyleHints>
-#include <string>
 #include <utility>
 
 namespace companion {
 
-namespace {
-
-/// Everything of the program but touches works without a way to inject input.
-class UnavailableMouseEventPoster : public MouseEventPoster {
-public:
-    UnavailableMouseEventPoster(SystemLog& log, std::string reason)
-        : m_log(log)
-        , m_reason(std::move(reason))
-    {
-    }
-
-    std::optional<MouseEvent> makeMouseEvent(MouseEventType type, Point at) override
-    {
-        return MouseEvent{type, at, 0};
-    }
-    std::optional<KeyEvent> makeKeyEvent(std::uint16_t, bool) override { return std::nullopt; }
-    void post(const MouseEvent&) override { logOnce(); }
-    void post(const KeyEvent&) override { logOnce(); }
-    void flush() override { }
-    void sync() override { }
-    void touchesBegin() override { }
-    void touchesEnd() override { }
-    void releaseHeldButton() override { }
-
-private:
-    void logOnce()
-    {
-        if (!std::exchange(m_isLogged, true))
-            m_log.log("Cannot inject input: " + m_reason);
-    }
-
-    SystemLog& m_log;
-    const std::string m_reason;
-    bool m_isLogged = false;
-};
-
-/// When X programs take two presses for a double click, as far as this desktop tells.
-ClickRules desktopClickRules()
+InputInjection::InputInjection(bool isWaylandSession, std::vector<InputCandidate> candidates, SystemLog& log)
+    : m_isWaylandSession(isWaylandSession)
+    , m_candidates(std::move(candidates))
+    , m_log(log)
 {
-    ClickRules rules;
-    rules.interval = std::chrono::milliseconds(QGuiApplication::styleHints()->mouseDoubleClickInterval());
-    rules.distance = QGuiApplication::styleHints()->mouseDoubleClickDistance();
-    return rules;
+    tryCandidate(0);
 }
 
-bool isWaylandSession()
+InputInjection::~InputInjection() = default;
+
+void InputInjection::tryCandidate(std::size_t index)
 {
-    return QGuiApplication::platformName().startsWith(QLatin1String("wayland"))
-        || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+    if (index == m_candidates.size())
+        return;
+    m_candidates[index].open([weak = std::weak_ptr(m_self), index](
+                                 std::unique_ptr<MouseEventPoster> poster, const std::string& whyNot) {
+        const auto self = weak.lock();
+        if (!self)
+            return;
+        const InputWay way = (*self)->m_candidates[index].way;
+        if (poster) {
+            (*self)->pick(way, std::move(poster));
+            return;
+        }
+        (*self)->m_refused.push_back({way, whyNot});
+        (*self)->tryCandidate(index + 1);
+    });
 }
 
-} // namespace
-
-std::unique_ptr<MouseEventPoster> openMouseEventPoster(const QtScreen& screen, SystemLog& log)
+void InputInjection::pick(InputWay way, std::unique_ptr<MouseEventPoster> poster)
 {
-    std::string whyNot;
-    auto poster = XTestMouseEventPoster::open(
-        "", [&screen] { return screen.mapping(); }, whyNot, desktopClickRules);
-    if (!poster)
-        return std::make_unique<UnavailableMouseEventPoster>(log, whyNot);
-    poster->setLog(log);
-    // XTEST works there, too, but what it posts reaches X11 programs only, and nothing fails.
-    log.log(isWaylandSession()
-            ? "On Wayland touches reach X11 programs only; an X11 session has no such limit"
-            : "Touches are injected with the XTEST extension of the X server");
-    return poster;
+    m_poster = std::move(poster);
+    m_posterOfAnyThread = m_poster.get();
+    m_log.log(inputChoiceText(m_isWaylandSession, way, m_refused));
+    if (m_areTouchesExpected)
+        m_poster->touchesBegin();
+}
+
+/// Nothing is logged while a candidate has not answered.
+void InputInjection::logNoWayOnce()
+{
+    const bool isDecided = m_refused.size() == m_candidates.size();
+    if (isDecided && !std::exchange(m_isNoWayLogged, true))
+        m_log.log(noInputWayText(m_refused));
+}
+
+std::optional<MouseEvent> InputInjection::makeMouseEvent(MouseEventType type, Point at)
+{
+    return m_poster ? m_poster->makeMouseEvent(type, at) : MouseEvent{type, at, 0};
+}
+
+std::optional<KeyEvent> InputInjection::makeKeyEvent(std::uint16_t keyCode, bool isDown)
+{
+    return m_poster ? m_poster->makeKeyEvent(keyCode, isDown) : std::nullopt;
+}
+
+void InputInjection::post(const MouseEvent& event)
+{
+    if (m_poster)
+        m_poster->post(event);
+    else
+        logNoWayOnce();
+}
+
+void InputInjection::post(const KeyEvent& event)
+{
+    if (m_poster)
+        m_poster->post(event);
+}
+
+void InputInjection::flush()
+{
+    if (m_poster)
+        m_poster->flush();
+}
+
+void InputInjection::sync()
+{
+    if (m_poster)
+        m_poster->sync();
+}
+
+void InputInjection::touchesBegin()
+{
+    m_areTouchesExpected = true;
+    if (m_poster)
+        m_poster->touchesBegin();
+}
+
+void InputInjection::touchesEnd()
+{
+    m_areTouchesExpected = false;
+    if (m_poster)
+        m_poster->touchesEnd();
+}
+
+void InputInjection::releaseHeldButton()
+{
+    if (MouseEventPoster* const poster = m_posterOfAnyThread)
+        poster->releaseHeldButton();
 }
 
 } // namespace companion

@@ -1,16 +1,60 @@
 #pragma once
 
+#include "platform/InputWay.h"
 #include "platform/Log.h"
 #include "platform/MouseEventPoster.h"
 
+#include <atomic>
+#include <functional>
 #include <memory>
+#include <vector>
 
 namespace companion {
 
-class QtScreen;
+/// One way of injecting input, to be tried.
+struct InputCandidate {
+    /// Called at most once, at once or later, on the main thread: with a poster, or with none and why in one line.
+    using Opened = std::function<void(std::unique_ptr<MouseEventPoster> poster, const std::string& whyNot)>;
 
-/// Picks how touches become input events on this desktop, and logs the choice with its reason in one line. Where there is
-/// no way, touches are dropped, which is logged at the first one. Both must outlive the poster.
-std::unique_ptr<MouseEventPoster> openMouseEventPoster(const QtScreen& screen, SystemLog& log);
+    InputWay way = InputWay::xtest;
+    std::function<void(Opened)> open;
+};
+
+/// Picks the first way of injecting input that can be opened, logs the choice with its reason in one line, and posts that
+/// way. Main thread only, but for `releaseHeldButton`.
+///
+/// Everything of the program but touches works without a way: touches are dropped, which is logged at the first one.
+/// They are dropped, too, while the choice is being made.
+class InputInjection : public MouseEventPoster {
+public:
+    /// `log` must outlive this object. The candidates come best first.
+    InputInjection(bool isWaylandSession, std::vector<InputCandidate> candidates, SystemLog& log);
+    ~InputInjection() override;
+
+    std::optional<MouseEvent> makeMouseEvent(MouseEventType type, Point at) override;
+    std::optional<KeyEvent> makeKeyEvent(std::uint16_t keyCode, bool isDown) override;
+    void post(const MouseEvent& event) override;
+    void post(const KeyEvent& event) override;
+    void flush() override;
+    void sync() override;
+    void touchesBegin() override;
+    void touchesEnd() override;
+    void releaseHeldButton() override;
+
+private:
+    void tryCandidate(std::size_t index);
+    void pick(InputWay way, std::unique_ptr<MouseEventPoster> poster);
+    void logNoWayOnce();
+
+    const bool m_isWaylandSession;
+    const std::vector<InputCandidate> m_candidates;
+    SystemLog& m_log;
+    std::vector<RefusedInputWay> m_refused;
+    std::unique_ptr<MouseEventPoster> m_poster;
+    std::atomic<MouseEventPoster*> m_posterOfAnyThread = nullptr;
+    bool m_areTouchesExpected = false;
+    bool m_isNoWayLogged = false;
+    const std::shared_ptr<InputInjection*> m_self = std::make_shared<InputInjection*>(this);
+};
 
 } // namespace companion

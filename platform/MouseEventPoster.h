@@ -49,7 +49,8 @@ public:
     /// Flushes and waits until the window server has processed, and stamped with its time, what was posted.
     virtual void sync() = 0;
 
-    /// Touches are expected from now on: releases a button that an earlier run of the program left held.
+    /// Touches are expected from now on: releases a button that an earlier run of the program left held, and asks for
+    /// the permission that injecting input may take.
     virtual void touchesBegin() = 0;
 
     /// No touch is expected for now: releases what this object holds down. A later press is posted as ever.

@@ -1,0 +1,101 @@
+#include "app/InputInjection.h"
+
+#include "platform/testing/FakeLog.h"
+#include "platform/testing/FakeMouseEventPoster.h"
+
+#include <gtest/gtest.h>
+
+namespace companion::testing {
+
+namespace {
+
+const MouseEvent press{MouseEventType::leftDown, {1103, 207}, 0};
+
+} // namespace
+
+class InputInjectionTest : public ::testing::Test {
+protected:
+    InputCandidate working(InputWay way)
+    {
+        return {way, [this](const auto& opened) { opened(makePoster(), ""); }};
+    }
+
+    static InputCandidate refused(InputWay way, const std::string& whyNot)
+    {
+        return {way, [whyNot](const auto& opened) { opened(nullptr, whyNot); }};
+    }
+
+    InputCandidate late(InputWay way)
+    {
+        return {way, [this](auto opened) { answer = std::move(opened); }};
+    }
+
+    std::unique_ptr<FakeMouseEventPoster> makePoster()
+    {
+        auto made = std::make_unique<FakeMouseEventPoster>(transcript);
+        poster = made.get();
+        return made;
+    }
+
+    InputInjection& inject(std::vector<InputCandidate> candidates)
+    {
+        return injection.emplace(/*isWaylandSession=*/true, std::move(candidates), log);
+    }
+
+    Transcript transcript;
+    FakeSystemLog log{transcript};
+    FakeMouseEventPoster* poster = nullptr;
+    InputCandidate::Opened answer;
+    std::optional<InputInjection> injection;
+};
+
+TEST_F(InputInjectionTest, TheFirstCandidateThatOpensIsPickedAndNoOtherTried)
+{
+    inject({refused(InputWay::virtualPointer, "no virtual pointer"), working(InputWay::xtest),
+               {InputWay::xtest, [](const auto&) { FAIL(); }}})
+        .post(press);
+    EXPECT_EQ(transcript.take(),
+        "log On Wayland touches reach X11 programs only; an X11 session has no such limit (no virtual pointer)\ndown");
+}
+
+TEST_F(InputInjectionTest, TouchesAreDroppedUntilTheChoiceIsMade)
+{
+    InputInjection& injecting = inject({late(InputWay::xtest)});
+    injecting.touchesBegin();
+    injecting.post(press);
+    EXPECT_EQ(transcript.take(), "");
+    answer(makePoster(), "");
+    EXPECT_EQ(poster->touchesBegan, 1);
+    transcript.clear();
+    injecting.post(press);
+    EXPECT_EQ(transcript.take(), "down");
+}
+
+TEST_F(InputInjectionTest, ALateChoiceBeginsNoTouchesThatHaveEnded)
+{
+    InputInjection& injecting = inject({late(InputWay::xtest)});
+    injecting.touchesBegin();
+    injecting.touchesEnd();
+    answer(makePoster(), "");
+    EXPECT_EQ(poster->touchesBegan, 0);
+}
+
+TEST_F(InputInjectionTest, AnAnswerAfterTheEndIsIgnored)
+{
+    inject({late(InputWay::xtest)});
+    injection.reset();
+    answer(makePoster(), "");
+    EXPECT_EQ(transcript.take(), "");
+}
+
+TEST_F(InputInjectionTest, WithoutAWayTheFirstTouchLogsTheReasonsOnce)
+{
+    InputInjection& injecting = inject({refused(InputWay::xtest, "no X display")});
+    EXPECT_EQ(transcript.take(), "");
+    ASSERT_TRUE(injecting.makeMouseEvent(MouseEventType::leftDown, {1, 2}));
+    injecting.post(press);
+    injecting.post(press);
+    EXPECT_EQ(transcript.take(), "log Cannot inject input: no X display");
+}
+
+} // namespace companion::testing

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "platform/Geometry.h"
+
+#include <optional>
+
+namespace companion {
+
+/// A pointer that the window server lets this program drive, and that reports nothing back. Main thread only.
+///
+/// The server releases the button when the connection to it is closed, for whatever reason.
+class PointerDevice {
+public:
+    virtual ~PointerDevice() = default;
+
+    /// The size of the screen that it moves on, in the device's own units; nothing while events cannot be delivered,
+    /// and then nothing is held.
+    virtual std::optional<Size> area() const = 0;
+
+    /// `at` lies inside the area: from 0 to below its size.
+    virtual void moveTo(Point at) = 0;
+    virtual void setLeftButtonDown(bool isDown) = 0;
+
+    /// Sends what may still wait in a buffer; waits for nothing.
+    virtual void flush() = 0;
+
+    /// What was posted before this call gets an earlier time stamp than what is posted after it.
+    virtual void sync() = 0;
+
+    /// Touches are expected from now on: the time to ask for what the device needs.
+    virtual void touchesBegin() = 0;
+};
+
+} // namespace companion

@@ -1,0 +1,135 @@
+#include "platform/PointerEventPoster.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace companion {
+
+namespace {
+
+/// Positions behind the last pixel are none to a window server.
+double inside(double position, double size)
+{
+    return std::clamp(position, 0.0, std::max(0.0, size - 1));
+}
+
+} // namespace
+
+PointerEventPoster::PointerEventPoster(
+    std::unique_ptr<PointerDevice> device, const Screen& screen, Rules rules, Now now)
+    : m_device(std::move(device))
+    , m_screen(screen)
+    , m_rules(std::move(rules))
+    , m_now(std::move(now))
+    , m_clicks(m_rules())
+{
+}
+
+PointerEventPoster::~PointerEventPoster()
+{
+    touchesEnd();
+}
+
+std::optional<MouseEvent> PointerEventPoster::makeMouseEvent(MouseEventType type, Point at)
+{
+    return MouseEvent{type, at, 0};
+}
+
+std::optional<KeyEvent> PointerEventPoster::makeKeyEvent(std::uint16_t, bool)
+{
+    return std::nullopt;
+}
+
+void PointerEventPoster::post(const MouseEvent& event)
+{
+    const std::optional<Place> place = placeOf(event.at);
+    if (!place) {
+        touchesEnd();
+        return;
+    }
+    const bool isSecondClick = event.clickState == 2;
+    if (event.type == MouseEventType::leftDragged)
+        moveUnlessThere(place->at);
+    else if (isSecondClick && m_leavesOutSecondClick)
+        return;
+    else if (event.type == MouseEventType::leftUp)
+        release(place->at);
+    else if (event.clickState == 1)
+        postFirstClick(*place);
+    else
+        press(*place);
+}
+
+/// Nothing when there is no screen, or the device cannot deliver.
+std::optional<PointerEventPoster::Place> PointerEventPoster::placeOf(Point point) const
+{
+    const std::optional<Size> area = m_device->area();
+    const std::optional<Size> screen = m_screen.mainScreenSize();
+    if (!area || !screen || screen->width <= 0 || screen->height <= 0)
+        return std::nullopt;
+    const double scale = area->width / screen->width;
+    return Place{
+        {inside(point.x * scale, area->width), inside(point.y * area->height / screen->height, area->height)},
+        scale};
+}
+
+// A double click is asked for at the second release of a double tap, while the press of its second tap is held, which
+// may have been the program's double click already.
+void PointerEventPoster::postFirstClick(const Place& place)
+{
+    m_clicks.setRules(m_rules());
+    const int missing = m_clicks.missingPresses({m_now(), place.at}, place.scale, m_isHeld);
+    m_leavesOutSecondClick = missing < 2;
+    if (missing == 0)
+        return; // the release that follows ends the held press
+    release(place.at);
+    press(place);
+}
+
+void PointerEventPoster::press(const Place& place)
+{
+    if (m_hasEnded)
+        return;
+    if (m_isHeld)
+        setLeftButtonDown(false);
+    moveUnlessThere(place.at);
+    setLeftButtonDown(true);
+    m_clicks.setRules(m_rules());
+    m_clicks.addPress({m_now(), place.at}, place.scale);
+}
+
+void PointerEventPoster::release(Point at)
+{
+    if (!m_isHeld)
+        return;
+    moveUnlessThere(at);
+    setLeftButtonDown(false);
+}
+
+// Programs take a motion between a press and its release for a drag, even one that leads nowhere.
+void PointerEventPoster::moveUnlessThere(Point to)
+{
+    if (m_isHeld && m_lastMove == to)
+        return;
+    m_device->moveTo(to);
+    m_lastMove = to;
+}
+
+void PointerEventPoster::setLeftButtonDown(bool isDown)
+{
+    m_isHeld = isDown;
+    m_device->setLeftButtonDown(isDown);
+}
+
+void PointerEventPoster::touchesBegin()
+{
+    m_device->touchesBegin();
+}
+
+void PointerEventPoster::touchesEnd()
+{
+    if (std::exchange(m_isHeld, false) && m_device->area())
+        m_device->setLeftButtonDown(false);
+}
+
+} // namespace companion
