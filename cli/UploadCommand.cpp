@@ -69,10 +69,11 @@ HttpProgress UploadCommand::progress() const
     return [&output = m_tools.output, width = *width, next = SteadyClock::time_point()](
                std::uint64_t sent, std::uint64_t total) mutable {
         const auto now = SteadyClock::now();
-        if (now < next && sent < total)
-            return;
-        next = now + betweenProgress;
-        output.showProgress(progressBar(sent, total, width));
+        if (now >= next || sent >= total) {
+            next = now + betweenProgress;
+            output.showProgress(progressBar(sent, total, width));
+        }
+        return true;
     };
 }
 

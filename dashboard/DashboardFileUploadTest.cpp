@@ -199,7 +199,7 @@ TEST_F(DashboardFileUploadTest, ProgressIsShownInWholePercentNeverBeyond100)
     pair();
     dashboard->uploadFileURL(file("/home/ada/a.png"));
     queue.advance(500ms);
-    const auto percent = view.uploads.at(0).lock();
+    const auto upload = view.uploads.at(0).lock();
     const struct {
         std::uint64_t sent;
         std::uint64_t total;
@@ -207,8 +207,8 @@ TEST_F(DashboardFileUploadTest, ProgressIsShownInWholePercentNeverBeyond100)
     } cases[] = {{0, 0, 0}, {7, 0, 0}, {1, 100, 1}, {199, 10000, 1}, {999, 1000, 99}, {1000, 1000, 100},
         {1001, 1000, 100}, {5'000'000'000'000, 9'999'999'999'999, 50}};
     for (const auto& step : cases) {
-        http.request(0).progress(step.sent, step.total);
-        EXPECT_EQ(*percent, step.percent) << step.sent << " of " << step.total;
+        EXPECT_TRUE(http.request(0).progress(step.sent, step.total));
+        EXPECT_EQ(upload->percent, step.percent) << step.sent << " of " << step.total;
     }
 }
 
@@ -228,6 +228,24 @@ TEST_F(DashboardFileUploadTest, ProgressIsShownUntilTheUploadIsOverHoweverItEnds
         queue.runPending();
         EXPECT_EQ(taken(), upload == 0 ? "alert Success" : "");
     }
+}
+
+TEST_F(DashboardFileUploadTest, AnUploadThatIsGivenUpEndsItsOwnRequestSilently)
+{
+    pair();
+    for (const std::size_t upload : {0u, 1u}) {
+        dashboard->uploadFileURL(file("/home/ada/" + std::to_string(upload) + ".png"));
+        queue.advance(500ms);
+    }
+    transcript.clear();
+    view.uploads.at(0).lock()->isGivenUp = true;
+    EXPECT_FALSE(http.request(0).progress(1, 100));
+    EXPECT_TRUE(http.request(1).progress(1, 100));
+    http.fail(0, "given up");
+    queue.runPending();
+    EXPECT_EQ(taken(), "");
+    EXPECT_TRUE(view.uploads.at(0).expired());
+    EXPECT_FALSE(view.uploads.at(1).expired());
 }
 
 TEST_F(DashboardFileUploadTest, UrlThatIsNoneShowsNoProgress)

@@ -15,8 +15,11 @@ class RelaySettingsViewController;
 /// The parts of the dashboard that come and go as a whole.
 enum class Pane { fileUpload, castButton, hdmiToggle, hdmiMessage, emptyStateImage };
 
-/// How much of an upload has been sent, 0 to 100. Written on the delivery thread, read on the main thread.
-using UploadPercent = std::atomic<int>;
+/// An upload as the view and the request share it. The delivery thread writes the one and reads the other.
+struct UploadUnderWay {
+    std::atomic<int> percent = 0; ///< How much has been sent, 0 to 100.
+    std::atomic<bool> isGivenUp = false;
+};
 
 /// The dashboard's outlets, as far as its controller changes them. Main thread only.
 ///
@@ -39,8 +42,8 @@ public:
     /// "uploadArrow" at rest, which the view shows by itself at first, or "uploadArrowActive".
     virtual void setUploadArrowImage(const std::string& imageName) = 0;
 
-    /// Shows an upload as long as `percent` has not expired.
-    virtual void showUpload(const std::string& fileName, std::weak_ptr<const UploadPercent> percent) = 0;
+    /// Shows an upload until it has expired or the user gives it up, which ends it silently.
+    virtual void showUpload(const std::string& fileName, std::weak_ptr<UploadUnderWay> upload) = 0;
 
     /// The drop area lives as long as the view; the controller has it register its types and is its delegate.
     virtual DragDropView& fileUploadView() = 0;

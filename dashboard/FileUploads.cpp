@@ -70,12 +70,14 @@ void FileUploads::classifyUploadFile(const FileUrl& url)
     m_log.log("File type " + fileType);
 
     m_dependencies.mouseEventPoster.touchesEnd(); // they wait while the main thread reads the file
-    UploadDataToHost upload(m_host);
-    upload.initWith(fileType, m_dependencies.fileReader.readFile(url.path()), fileName, m_panel->ipAddress);
-    auto percent = std::make_shared<UploadPercent>(0);
-    const std::weak_ptr<const UploadPercent> whileUnderWay = percent;
-    upload.upload([percent = std::move(percent)](
-                      std::uint64_t sent, std::uint64_t total) { *percent = percentOf(sent, total); });
+    UploadDataToHost request(m_host);
+    request.initWith(fileType, m_dependencies.fileReader.readFile(url.path()), fileName, m_panel->ipAddress);
+    auto upload = std::make_shared<UploadUnderWay>();
+    const std::weak_ptr<UploadUnderWay> whileUnderWay = upload;
+    request.upload([upload = std::move(upload)](std::uint64_t sent, std::uint64_t total) {
+        upload->percent = percentOf(sent, total);
+        return !upload->isGivenUp;
+    });
     if (!whileUnderWay.expired()) // a text that is no URL sends nothing
         m_view.showUpload(fileName, whileUnderWay);
 }

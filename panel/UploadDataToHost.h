@@ -48,7 +48,7 @@ public:
 
     /// Starts a request of its own with every call, and returns at once; nothing is sent when the address makes no
     /// URL. Fatal when one of the four values is absent that the request needs. `progress` is called on the delivery
-    /// thread and destroyed once the upload is over, however it ended.
+    /// thread, may give the upload up, and is destroyed once the upload is over, however it ended.
     void upload(HttpProgress progress = {});
 
 private:

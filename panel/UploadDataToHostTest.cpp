@@ -304,6 +304,7 @@ TEST_F(UploadDataToHostTest, ProgressIsToldUntilTheReplyAndThenDropped)
     prepare();
     upload.upload([progress = std::move(progress)](std::uint64_t sent, std::uint64_t total) {
         *progress = std::to_string(sent) + " of " + std::to_string(total);
+        return true;
     });
     session.request(0).progress(7, 9);
     EXPECT_EQ(*whileUnderWay.lock(), "7 of 9");
@@ -317,7 +318,7 @@ TEST_F(UploadDataToHostTest, ProgressOfAnUploadThatIsNotSentIsDroppedAtOnce)
     const std::weak_ptr<int> whileUnderWay = progress;
     prepare();
     upload.setSelectedDeviceIP("10.0 .2.15");
-    upload.upload([progress = std::move(progress)](std::uint64_t, std::uint64_t) {});
+    upload.upload([progress = std::move(progress)](std::uint64_t, std::uint64_t) { return true; });
     EXPECT_TRUE(whileUnderWay.expired());
 }
 

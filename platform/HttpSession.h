@@ -35,8 +35,9 @@ enum class HttpMethod { get, post };
 /// Pieces of bytes that are sent one after the other, without being joined in memory.
 using HttpBody = std::vector<SharedBytes>;
 
-/// Bytes sent of the body, and bytes of the body in all. Delivery thread, any number of times.
-using HttpProgress = std::function<void(std::uint64_t sent, std::uint64_t total)>;
+/// Bytes sent of the body, and bytes of the body in all. False fails the request. Delivery thread, at least once a
+/// second.
+using HttpProgress = std::function<bool(std::uint64_t sent, std::uint64_t total)>;
 
 /// The cache policy is the protocol's default unless a header field changes it; sessions keep no cache.
 struct HttpRequest {

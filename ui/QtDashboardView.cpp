@@ -150,9 +150,9 @@ void QtDashboardView::setUploadArrowImage(const std::string& imageName)
     m_scene->uploadArrowImage->setImageName(QString::fromStdString(imageName));
 }
 
-void QtDashboardView::showUpload(const std::string& fileName, std::weak_ptr<const UploadPercent> percent)
+void QtDashboardView::showUpload(const std::string& fileName, std::weak_ptr<UploadUnderWay> upload)
 {
-    m_scene->uploadProgressBars->add(QString::fromStdString(fileName), std::move(percent));
+    m_scene->uploadProgressBars->add(QString::fromStdString(fileName), std::move(upload));
 }
 
 void QtDashboardView::presentDevicesList(DevicesListViewController& controller)

@@ -38,7 +38,7 @@ public:
     ITSwitch& wirelessTouchSwitch() override { return m_wirelessTouchSwitch; }
     void presentDevicesList(DevicesListViewController& controller) override;
     void presentSettings(RelaySettingsViewController& controller) override;
-    void showUpload(const std::string& fileName, std::weak_ptr<const UploadPercent> percent) override;
+    void showUpload(const std::string& fileName, std::weak_ptr<UploadUnderWay> upload) override;
 
 Q_SIGNALS:
     void devicesListIconClicked();

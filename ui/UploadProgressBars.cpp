@@ -1,11 +1,14 @@
 #include "ui/UploadProgressBars.h"
 
+#include "ui/Accessibility.h"
+#include "ui/SvgImage.h"
 #include "ui/Theme.h"
 
 #include <algorithm>
 #include <QPainter>
 #include <QProgressBar>
 #include <QStyle>
+#include <QToolButton>
 #include <utility>
 
 namespace companion {
@@ -16,6 +19,8 @@ constexpr int textHeight = 20;
 constexpr int barHeight = 4;
 constexpr int percentageWidth = 56;
 constexpr int smallestLineHeight = textHeight + barHeight;
+constexpr int buttonSize = smallestLineHeight;
+constexpr int buttonGap = 8;
 constexpr int lineHeight = smallestLineHeight + 10;
 constexpr int fewLines = 3;    // have their place in any case
 constexpr int sideMargin = 32; // from the drop area's dashed border
@@ -23,13 +28,13 @@ constexpr int percentBetweenAnnouncements = 25;
 
 } // namespace
 
-/// One upload under way: the file's name and percentage above a slim bar. To a screen reader it is a progress bar that
-/// has the file's name, and tells of its value as it changes.
+/// One upload under way: the file's name and percentage above a slim bar, and the button that gives it up beside both.
+/// To a screen reader it is a progress bar that has the file's name, and tells of its value as it changes.
 class UploadProgressBars::UploadBar : public QProgressBar {
 public:
-    UploadBar(const QString& fileName, std::weak_ptr<const UploadPercent> percent, QWidget* parent);
+    UploadBar(const QString& fileName, std::weak_ptr<UploadUnderWay> upload, QWidget* parent);
 
-    /// False when the upload is over.
+    /// False when the upload is over or given up.
     bool refresh();
 
     /// "photo.png 42 %"
@@ -37,31 +42,52 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void giveUp();
     void drawBar(QPainter& painter, const QRect& bar, const QColor& color) const;
     void drawText(QPainter& painter, const QRect& area, Qt::Alignment alignment, const QString& text) const;
 
-    const std::weak_ptr<const UploadPercent> m_percent;
+    const std::weak_ptr<UploadUnderWay> m_upload;
+    QToolButton m_giveUpButton{this};
 };
 
 UploadProgressBars::UploadBar::UploadBar(
-    const QString& fileName, std::weak_ptr<const UploadPercent> percent, QWidget* parent)
+    const QString& fileName, std::weak_ptr<UploadUnderWay> upload, QWidget* parent)
     : QProgressBar(parent)
-    , m_percent(std::move(percent))
+    , m_upload(std::move(upload))
 {
     setFont(Theme::font(Theme::FontFace::regular, 12));
     setRange(0, 100);
     setAccessibleName(fileName);
+    m_giveUpButton.setIcon(SvgImage::icon(QStringLiteral("giveUp")));
+    m_giveUpButton.setIconSize({12, 12});
+    m_giveUpButton.setAccessibleName(UploadProgressBars::tr("Stop uploading %1").arg(fileName));
+    m_giveUpButton.setToolTip(UploadProgressBars::tr("Stop this upload"));
+    connect(&m_giveUpButton, &QToolButton::clicked, this, &UploadBar::giveUp);
     refresh();
 }
 
 bool UploadProgressBars::UploadBar::refresh()
 {
-    const auto percent = m_percent.lock();
-    if (percent)
-        setValue(*percent);
-    return percent != nullptr;
+    const auto upload = m_upload.lock();
+    if (upload)
+        setValue(upload->percent);
+    return upload && !upload->isGivenUp;
+}
+
+void UploadProgressBars::UploadBar::giveUp()
+{
+    const auto upload = m_upload.lock();
+    if (upload && !isUnderAlert(*this))
+        upload->isGivenUp = true;
+}
+
+void UploadProgressBars::UploadBar::resizeEvent(QResizeEvent*)
+{
+    const QRect atTheEnd(width() - buttonSize, 0, buttonSize, buttonSize);
+    m_giveUpButton.setGeometry(QStyle::visualRect(layoutDirection(), rect(), atTheEnd));
 }
 
 QString UploadProgressBars::UploadBar::text() const
@@ -73,13 +99,14 @@ void UploadProgressBars::UploadBar::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRect name(0, 0, width() - percentageWidth, textHeight);
-    const QRect percentage(width() - percentageWidth, 0, percentageWidth, textHeight);
+    const int barWidth = width() - buttonSize - buttonGap;
+    const QRect name(0, 0, barWidth - percentageWidth, textHeight);
+    const QRect percentage(barWidth - percentageWidth, 0, percentageWidth, textHeight);
     const QString elided = painter.fontMetrics().elidedText(accessibleName(), Qt::ElideMiddle, name.width());
     drawText(painter, name, Qt::AlignLeft, elided);
     drawText(painter, percentage, Qt::AlignRight, QStringLiteral("%1 %").arg(value()));
 
-    QRect bar(0, textHeight, width(), barHeight);
+    QRect bar(0, textHeight, barWidth, barHeight);
     drawBar(painter, bar, Theme::line);
     bar.setWidth(bar.width() * value() / 100);
     drawBar(painter, bar, Theme::accent);
@@ -106,7 +133,6 @@ void UploadProgressBars::UploadBar::drawText(
 UploadProgressBars::UploadProgressBars(QWidget* parent)
     : QWidget(parent)
 {
-    setAttribute(Qt::WA_TransparentForMouseEvents);
     setFont(Theme::font(Theme::FontFace::regular, 12));
     setContentsMargins(sideMargin, 0, sideMargin, 0);
     hide();
@@ -116,9 +142,9 @@ UploadProgressBars::UploadProgressBars(QWidget* parent)
 
 UploadProgressBars::~UploadProgressBars() = default;
 
-void UploadProgressBars::add(const QString& fileName, std::weak_ptr<const UploadPercent> percent)
+void UploadProgressBars::add(const QString& fileName, std::weak_ptr<UploadUnderWay> upload)
 {
-    m_bars.push_back(std::make_unique<UploadBar>(fileName, std::move(percent), this));
+    m_bars.push_back(std::make_unique<UploadBar>(fileName, std::move(upload), this));
     countHasChanged();
     announce(tr("Uploading %1").arg(fileName));
 }

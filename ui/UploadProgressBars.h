@@ -9,7 +9,7 @@
 
 namespace companion {
 
-/// One slim bar for each upload under way; hidden when there is none. It takes no input.
+/// One slim bar for each upload under way, and a button that gives it up; hidden when there is none.
 class UploadProgressBars : public QWidget {
     Q_OBJECT
 
@@ -17,8 +17,8 @@ public:
     explicit UploadProgressBars(QWidget* parent = nullptr);
     ~UploadProgressBars() override;
 
-    /// Adds a bar, which stays until `percent` expires.
-    void add(const QString& fileName, std::weak_ptr<const UploadPercent> percent);
+    /// Adds a bar, which stays until `upload` expires or is given up.
+    void add(const QString& fileName, std::weak_ptr<UploadUnderWay> upload);
 
     /// Shows how far uploads are; ten times a second while there are any.
     void refresh();

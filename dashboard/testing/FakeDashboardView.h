@@ -38,10 +38,10 @@ public:
     DragDropView& fileUploadView() override { return m_dropArea; }
     ITSwitch& wirelessTouchSwitch() override { return m_switch; }
 
-    void showUpload(const std::string& fileName, std::weak_ptr<const UploadPercent> percent) override
+    void showUpload(const std::string& fileName, std::weak_ptr<UploadUnderWay> upload) override
     {
         m_transcript.add("show upload " + fileName);
-        uploads.push_back(std::move(percent));
+        uploads.push_back(std::move(upload));
     }
 
     void presentDevicesList(DevicesListViewController& controller) override
@@ -80,7 +80,7 @@ public:
     std::map<Pane, bool> isHidden;
     DevicesListViewController* devicesList = nullptr;
     RelaySettingsViewController* settings = nullptr;
-    std::vector<std::weak_ptr<const UploadPercent>> uploads;
+    std::vector<std::weak_ptr<UploadUnderWay>> uploads;
 
 private:
     static std::string nameOf(Pane pane)

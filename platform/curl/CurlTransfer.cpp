@@ -164,8 +164,7 @@ void CurlTransfer::reportProgress()
     if (!m_request.body || !m_request.progress)
         return;
     const auto sent = static_cast<std::uint64_t>(info<curl_off_t>(CURLINFO_SIZE_UPLOAD_T));
-    if (sent != std::exchange(m_sentReported, sent))
-        m_request.progress(sent, m_bodySize);
+    m_isGivenUp |= !m_request.progress(sent, m_bodySize);
 }
 
 /// The kernel's byte counts are used: libcurl's leave out header fields and the framing of chunks, and count as sent
@@ -181,6 +180,8 @@ CURLcode CurlTransfer::check(TimePoint now)
         m_lastActivity = now; // connecting has libcurl's own time-out
     if (tcp.tcpi_bytes_received > maximumReply)
         return CURLE_FILESIZE_EXCEEDED;
+    if (m_isGivenUp)
+        return CURLE_ABORTED_BY_CALLBACK;
     return now >= deadline() ? CURLE_OPERATION_TIMEDOUT : CURLE_OK;
 }
 
@@ -192,7 +193,7 @@ void CurlTransfer::fail(std::string error)
 void CurlTransfer::finish(CURLcode result)
 {
     const bool isWhole = result == CURLE_OK ? m_hasFinalHeaders : hasWholeReply(result);
-    if (!isWhole) {
+    if (!isWhole || m_isGivenUp) {
         fail(errorText(result));
         return;
     }

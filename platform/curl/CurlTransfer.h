@@ -88,7 +88,7 @@ private:
     std::uint64_t m_bodySize = 0;
     std::size_t m_bodyPiece = 0;
     std::size_t m_bodyOffset = 0;
-    std::uint64_t m_sentReported = 0;
+    bool m_isGivenUp = false; ///< By who sent the request.
 
     long m_status = 0;
     bool m_hasFinalHeaders = false;

@@ -95,6 +95,7 @@ TEST_F(CurlHttpSessionTest, AnUploadOf3MebibytesIsNotHeldBackByExpectAndReportsI
     request.progress = [&](std::uint64_t sent, std::uint64_t total) {
         progress.emplace_back(sent, total);
         thread = std::this_thread::get_id();
+        return true;
     };
     const std::string bytes = wireBytes(request);
     EXPECT_THAT(bytes, ::testing::Not(HasSubstr("Expect")));
@@ -165,9 +166,41 @@ TEST_F(CurlHttpSessionTest, AnUploadIsHandedToTheSystemInPiecesOfMoreThan128KiB)
     std::uint64_t largest = 0;
     request.progress = [&](std::uint64_t sent, std::uint64_t) {
         largest = std::max(largest, sent - std::exchange(last, sent));
+        return true;
     };
     expectReply(reply(request), 200, "");
     EXPECT_GT(largest, 128u << 10);
+}
+
+TEST_F(CurlHttpSessionTest, ARequestThatIsGivenUpClosesItsConnectionThoughNothingMoves)
+{
+    std::atomic<bool> isGivenUp = false;
+    std::atomic<bool> isClosed = false;
+    RawServer server([&](RawConnection& connection) {
+        connection.readRequest();
+        isGivenUp = true;
+        isClosed = connection.waitForClose();
+    });
+    HttpRequest request = uploadTo(server.url());
+    request.timeout = 60s;
+    request.progress = [&](std::uint64_t, std::uint64_t) { return !isGivenUp; };
+    expectError(reply(request));
+    for (const auto end = SteadyClock::now() + 10s; !isClosed && SteadyClock::now() < end;)
+        std::this_thread::sleep_for(1ms);
+    EXPECT_TRUE(isClosed);
+}
+
+TEST_F(CurlHttpSessionTest, ARequestThatIsGivenUpFailsThoughItsReplyComesAtTheSameTime)
+{
+    std::atomic<bool> isGivenUp = false;
+    RawServer server([&](RawConnection& connection) {
+        connection.readRequest();
+        isGivenUp = true;
+        connection.write("HTTP/1.1 200 OK\r\nContent-Length: 2\r\n\r\nok");
+    });
+    HttpRequest request = uploadTo(server.url());
+    request.progress = [&](std::uint64_t, std::uint64_t) { return !isGivenUp; };
+    expectError(reply(request));
 }
 
 TEST_F(CurlHttpSessionTest, ProxiesOfTheEnvironmentAreNotUsed)

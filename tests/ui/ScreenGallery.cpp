@@ -123,8 +123,10 @@ public:
         m_dashboard.view->fileUploadView().draggingEntered();
         m_gallery.take("dropping");
         m_dashboard.view->fileUploadView().draggingExited();
-        const auto first = std::make_shared<UploadPercent>(62);
-        const auto second = std::make_shared<UploadPercent>(8);
+        const auto first = std::make_shared<UploadUnderWay>();
+        const auto second = std::make_shared<UploadUnderWay>();
+        first->percent = 62;
+        second->percent = 8;
         m_dashboard.view->showUpload("Field trip.mp4", first);
         m_dashboard.view->showUpload("Timetable.pdf", second);
         m_gallery.take("uploading");

@@ -1,12 +1,15 @@
 #include "ui/UploadProgressBars.h"
 #include "ui/Theme.h"
 
-#include <gtest/gtest.h>
+#include "tests/ui/EventCounter.h"
 
+#include <gtest/gtest.h>
 #include <QAccessible>
 #include <QApplication>
 #include <QImage>
+#include <QTest>
 #include <QTimer>
+#include <QToolButton>
 
 namespace companion::testing {
 namespace {
@@ -17,7 +20,7 @@ protected:
     {
         m_window.resize(600, 300);
         const QMargins margins = m_bars->contentsMargins();
-        m_bars->setGeometry(0, 0, 400 + margins.left() + margins.right(), 10);
+        m_bars->setGeometry(0, 0, 400 + besideTheBar + margins.left() + margins.right(), 10);
         m_window.show();
         QCoreApplication::processEvents();
     }
@@ -25,7 +28,8 @@ protected:
     /// Adds an upload, which lasts until `end`.
     void add(const std::string& fileName, int percent)
     {
-        m_uploads.push_back(std::make_shared<UploadPercent>(percent));
+        m_uploads.push_back(std::make_shared<UploadUnderWay>());
+        m_uploads.back()->percent = percent;
         m_bars->add(QString::fromStdString(fileName), m_uploads.back());
     }
 
@@ -41,7 +45,7 @@ protected:
             end(0);
     }
 
-    /// What is painted within the margins, which is 400 pixels wide.
+    /// The bars with what stands above them, 400 pixels wide.
     QImage shown(const std::vector<std::pair<std::string, int>>& uploads)
     {
         endAll();
@@ -56,7 +60,9 @@ protected:
         QImage image(m_bars->size(), QImage::Format_RGB32);
         image.fill(Qt::white);
         m_bars->render(&image);
-        return image.copy(m_bars->contentsRect());
+        const bool isFromRight = m_bars->layoutDirection() == Qt::RightToLeft;
+        return image.copy(m_bars->contentsRect().adjusted(
+            isFromRight ? besideTheBar : 0, 0, isFromRight ? 0 : -besideTheBar, 0));
     }
 
     /// How many pixels of the line's bar are filled, and where they begin.
@@ -111,9 +117,15 @@ protected:
         return heard;
     }
 
+    QToolButton& button(std::size_t upload) const
+    {
+        return *m_bars->findChildren<QToolButton*>().at(static_cast<qsizetype>(upload));
+    }
+
+    static constexpr int besideTheBar = 32; ///< The button and its gap.
     QWidget m_window;
     UploadProgressBars* m_bars = new UploadProgressBars(&m_window);
-    std::vector<std::shared_ptr<UploadPercent>> m_uploads;
+    std::vector<std::shared_ptr<UploadUnderWay>> m_uploads;
 };
 
 TEST_F(UploadProgressBarsTest, NothingShowsWhileNothingIsOnItsWay)
@@ -199,10 +211,15 @@ TEST_F(UploadProgressBarsTest, FromRightToLeftBarsGrowFromTheRightAndNamesStandT
     EXPECT_FALSE(hasInk(image, QRect(60, 0, 300, 20)));
 }
 
-TEST_F(UploadProgressBarsTest, ClicksGoThroughAndTheKeyboardPassesBy)
+TEST_F(UploadProgressBarsTest, ClicksOnABarGoThroughAndTheKeyboardPassesItBy)
 {
     add("a.png", 50);
-    EXPECT_EQ(m_window.childAt(5, 5), nullptr);
+    m_bars->resize(m_bars->width(), 24);
+    EventCounter clicks(m_window, QEvent::MouseButtonPress);
+    QTest::mouseClick(m_bars->childAt(m_bars->contentsRect().center()), Qt::LeftButton);
+    EXPECT_EQ(clicks.count, 1);
+    QTest::mouseClick(&button(0), Qt::LeftButton);
+    EXPECT_EQ(clicks.count, 1);
     EXPECT_EQ(m_bars->focusPolicy(), Qt::NoFocus);
     EXPECT_FALSE(m_bars->acceptDrops());
 }
@@ -215,7 +232,7 @@ TEST_F(UploadProgressBarsTest, AScreenReaderHearsOfTheStartAndOfEveryQuarterOnce
     add("a.png", 0);
     std::string said;
     for (const int percent : {0, 1, 24, 25, 26, 49, 60, 74, 75, 99, 100}) {
-        *m_uploads[0] = percent;
+        m_uploads[0]->percent = percent;
         m_bars->refresh();
         const std::string name = accessible->text(QAccessible::Name).toStdString();
         if (!said.ends_with(name + "; "))
@@ -230,7 +247,7 @@ TEST_F(UploadProgressBarsTest, EveryUploadIsAProgressBarToAScreenReader)
     add("a.png", 25);
     add("b.png", 75);
     EXPECT_EQ(heard(), "a.png 25 of 0 to 100; b.png 75 of 0 to 100");
-    *m_uploads[1] = 80;
+    m_uploads[1]->percent = 80;
     end(0);
     EXPECT_EQ(heard(), "b.png 80 of 0 to 100");
     EXPECT_EQ(QAccessible::queryAccessibleInterface(m_bars)->role(), QAccessible::Grouping);
@@ -244,6 +261,52 @@ TEST_F(UploadProgressBarsTest, AnUploadKeepsItsProgressBarWhenAnotherEnds)
     end(0);
     add("c.png", 0);
     EXPECT_EQ(QAccessible::queryAccessibleInterface(m_bars)->child(0)->object(), bar);
+}
+
+TEST_F(UploadProgressBarsTest, EveryBarHasAButtonThatGivesUpItsOwnUpload)
+{
+    add("a.png", 25);
+    add("b.png", 75);
+    EXPECT_EQ(button(0).accessibleName(), "Stop uploading a.png");
+    EXPECT_EQ(button(1).accessibleName(), "Stop uploading b.png");
+    button(1).click();
+    EXPECT_FALSE(m_uploads[0]->isGivenUp);
+    EXPECT_TRUE(m_uploads[1]->isGivenUp);
+}
+
+TEST_F(UploadProgressBarsTest, AnUploadThatIsGivenUpLosesItsBarBeforeItsRequestHasEnded)
+{
+    m_bars->resize(m_bars->width(), 200);
+    add("a.png", 25);
+    add("b.png", 75);
+    button(0).click();
+    m_bars->refresh();
+    EXPECT_EQ(heard(), "b.png 75 of 0 to 100");
+    button(0).click();
+    m_bars->refresh();
+    EXPECT_FALSE(m_bars->isVisible());
+}
+
+TEST_F(UploadProgressBarsTest, TheButtonStandsAtTheEndOfItsLineAndIsLargeEnough)
+{
+    m_bars->resize(m_bars->width(), 24);
+    for (const Qt::LayoutDirection direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        m_bars->setLayoutDirection(direction);
+        endAll();
+        add("a.png", 50);
+        const QRect place(button(0).mapTo(m_bars, QPoint()), button(0).size());
+        EXPECT_EQ(place.size(), QSize(24, 24));
+        EXPECT_TRUE(m_bars->contentsRect().contains(place));
+        EXPECT_EQ(place.center().x() > m_bars->width() / 2, direction == Qt::LeftToRight);
+    }
+}
+
+TEST_F(UploadProgressBarsTest, TheKeyboardReachesTheButtonAndPressesIt)
+{
+    add("a.png", 50);
+    EXPECT_TRUE(button(0).focusPolicy() & Qt::TabFocus);
+    QTest::keyClick(&button(0), Qt::Key_Space);
+    EXPECT_TRUE(m_uploads[0]->isGivenUp);
 }
 
 TEST_F(UploadProgressBarsTest, BarsAreRefreshedTenTimesASecondWhileThereAreAny)

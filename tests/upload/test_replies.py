@@ -45,6 +45,24 @@ def test_a_panel_may_answer_late(stage):
     stage.progress_gone()
 
 
+def read_to_its_end(connection):
+    while connection.recv(1 << 20):
+        pass
+
+
+def test_an_upload_that_is_given_up_ends_without_a_word(stage):
+    stage.start_at_raw_panel()
+    server = RawPanel(RAW_ADDRESS, read_to_its_end)
+    stage.drop(stage.file("unwanted.mov", 2 * MIB))
+    stage.wait_for_progress()
+    window = stage.companion.window
+    window.find(window.BUTTON, "Stop uploading unwanted.mov").press()
+    stage.progress_gone()
+    server.wait()
+    stage.no_alert("about an upload that was given up")
+    stage.end_programs()
+
+
 def test_ten_uploads_at_once_show_ten_progress_bars(stage):
     stage.paired()
     stage.answer("silence")
