@@ -2,6 +2,7 @@
 
 #include "ui/ImageView.h"
 #include "ui/ITSwitchWidget.h"
+#include "ui/Popover.h"
 #include "ui/RoundButton.h"
 #include "ui/UploadProgressBars.h"
 
@@ -179,6 +180,8 @@ QAccessibleInterface* makeInterface(const QString&, QObject* object)
         return new AccessibleRoundButton(*button);
     if (auto* button = qobject_cast<QComboBox*>(object))
         return new AccessiblePopUpButton(*button);
+    if (auto* popover = qobject_cast<Popover*>(object))
+        return new QAccessibleWidget(popover, QAccessible::Dialog);
     if (auto* bars = qobject_cast<UploadProgressBars*>(object))
         return new QAccessibleWidget(bars, QAccessible::Grouping);
     if (auto* view = qobject_cast<ImageView*>(object)) {

@@ -7,8 +7,7 @@
 #include <QAbstractButton>
 #include <QApplication>
 #include <QComboBox>
-#include <QDialog>
-#include <QFocusEvent>
+#include <QEvent>
 #include <QFocusFrame>
 #include <QPainter>
 #include <QPointer>
@@ -57,10 +56,11 @@ protected:
     {
         QPainter painter(this);
         painter.setRenderHint(QPainter::Antialiasing);
-        // White keeps the ring visible on dark colours and on its own.
-        if (m_control.property("focusRingOnDark").toBool())
+        // White sets the ring off from a control of any colour, the ring's own included.
+        const bool isOnDark = m_control.property("focusRingOnDark").toBool();
+        if (isOnDark)
             paintRing(painter, ringWidth * 3 / 2, Qt::white);
-        paintRing(painter, ringWidth / 2, QColor(Theme::accent));
+        paintRing(painter, ringWidth / 2, QColor(isOnDark ? Theme::text : Theme::accent));
     }
 
 private:
@@ -94,22 +94,18 @@ public:
         switch (event->type()) {
         case QEvent::MouseButtonPress:
             m_isKeyLast = false;
-            m_isByKeyboard = false;
             delete m_ring;
             break;
         case QEvent::KeyPress:
             m_isKeyLast = true;
             if (qobject_cast<DevicesTableView*>(watched)) { // which row the keys have reached has to be seen
-                m_isByKeyboard = true;
                 if (!m_ring)
                     showRing(*widget);
             }
             break;
         case QEvent::FocusIn:
-            if (widget) {
-                m_isByKeyboard |= comesByKeyboard(*widget, static_cast<QFocusEvent*>(event)->reason());
+            if (widget)
                 showRing(*widget);
-            }
             break;
         case QEvent::FocusOut:
             delete m_ring;
@@ -121,24 +117,17 @@ public:
     }
 
 private:
-    /// A dialog claims when it opens that its button was reached by Tab.
-    bool comesByKeyboard(const QWidget& control, Qt::FocusReason reason) const
-    {
-        const bool isKeyboardReason = reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason
-            || reason == Qt::ShortcutFocusReason;
-        return isKeyboardReason && (m_isKeyLast || !qobject_cast<const QDialog*>(control.window()));
-    }
-
     void showRing(QWidget& control)
     {
         delete m_ring;
-        if (m_isByKeyboard && isRinged(control))
+        if (m_isKeyLast && isRinged(control))
             m_ring = new FocusRing(control);
     }
 
     QPointer<FocusRing> m_ring; ///< Goes with its control.
-    bool m_isByKeyboard = false;
-    bool m_isKeyLast = false; ///< Rather than a mouse button.
+    bool m_isKeyLast =
+        false; ///< Rather than a mouse button. Focus reasons do not tell: when what has the focus is hidden,
+               ///< the toolkit moves on "by Tab".
 };
 
 } // namespace

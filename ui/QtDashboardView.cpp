@@ -30,8 +30,6 @@ QtDashboardView::~QtDashboardView()
 {
     // The switch's widget still draws the model, which goes before the base class deletes its children.
     delete m_scene->wirelessTouchSwitch;
-    delete m_devicesPopover; // the window owns them, and may live longer
-    delete m_settingsPopover;
 }
 
 void QtDashboardView::style()
@@ -87,7 +85,7 @@ bool QtDashboardView::closeIfOpen(Popover* popover)
 {
     const bool isOpen = popover && popover->isVisible();
     if (isOpen)
-        popover->hide();
+        popover->dismiss();
     return isOpen;
 }
 
@@ -155,13 +153,11 @@ void QtDashboardView::showUpload(const std::string& fileName, std::weak_ptr<Uplo
     m_scene->uploadProgressBars->add(QString::fromStdString(fileName), std::move(upload));
 }
 
-void QtDashboardView::presentDevicesList(DevicesListViewController& controller)
+void QtDashboardView::presentDevicesList(DevicesListViewController&)
 {
-    if (!m_devicesPopover) {
-        m_devicesPopover = new Popover(*m_scene->devicesListIcon, *m_devicesListView);
-        m_devicesPopover->setWindowTitle(QString::fromStdString(controller.title()));
-        m_devicesListView->show();
-    }
+    if (!m_devicesPopover)
+        m_devicesPopover =
+            new Popover(*this, *m_scene->devicesListIcon, *m_devicesListView, m_devicesListView->heading());
     m_devicesPopover->present();
 }
 
@@ -170,8 +166,8 @@ void QtDashboardView::presentSettings(RelaySettingsViewController& controller)
     if (!m_settingsPopover) {
         m_settingsView = new QtSettingsView(this);
         m_settingsView->showItems(controller);
-        m_settingsPopover = new Popover(*m_scene->settingsIcon, *m_settingsView);
-        m_settingsPopover->setWindowTitle(tr("Settings"));
+        m_settingsPopover =
+            new Popover(*this, *m_scene->settingsIcon, *m_settingsView, m_settingsView->heading());
     }
     m_settingsPopover->present();
 }

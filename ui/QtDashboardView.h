@@ -59,8 +59,8 @@ private:
     DragDropView m_fileUploadView;
     QtDevicesListView* m_devicesListView = nullptr;
     QtSettingsView* m_settingsView = nullptr;
-    QPointer<Popover> m_devicesPopover;
-    QPointer<Popover> m_settingsPopover;
+    Popover* m_devicesPopover = nullptr;
+    Popover* m_settingsPopover = nullptr;
 };
 
 } // namespace companion

@@ -44,6 +44,11 @@ void QtDevicesListView::style()
         "“panelctl doctor”, typed into a terminal, tells what else may be in the way."));
 }
 
+QString QtDevicesListView::heading() const
+{
+    return m_scene->headerMainLabel->text();
+}
+
 void QtDevicesListView::setController(DevicesListViewController* controller)
 {
     m_controller = controller;

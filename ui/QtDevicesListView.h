@@ -21,6 +21,8 @@ public:
     explicit QtDevicesListView(QWidget* parent = nullptr);
     ~QtDevicesListView() override;
 
+    QString heading() const;
+
     /// Whom clicks are told to and where rows come from; it is replaced by null before it goes, unless the view is neither
     /// shown nor clicked any more.
     void setController(DevicesListViewController* controller);

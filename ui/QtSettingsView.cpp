@@ -33,6 +33,11 @@ QtSettingsView::QtSettingsView(QWidget* parent)
 
 QtSettingsView::~QtSettingsView() = default;
 
+QString QtSettingsView::heading() const
+{
+    return m_scene->settingsHeaderLabel->text();
+}
+
 void QtSettingsView::showItems(RelaySettingsViewController& controller)
 {
     connectPopUp(*m_scene->fpsButton, controller.fpsButton());

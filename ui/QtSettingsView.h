@@ -23,6 +23,8 @@ public:
     explicit QtSettingsView(QWidget* parent = nullptr);
     ~QtSettingsView() override;
 
+    QString heading() const;
+
     /// Shows the controller's items; what the user chooses is stored there, so it must outlive the view.
     void showItems(RelaySettingsViewController& controller);
 

@@ -73,11 +73,6 @@ class Screens:
         xdotool("windowfocus", "--sync", self.main_windows()[0])
         keys("alt+F4")
 
-    def title_bar(self):
-        """A point of the window's title bar, above its contents."""
-        x, y, width, _ = self.app.window.find("frame", WINDOW).area()
-        return x + width // 2, y - 10
-
     def focused(self):
         """The name of what the keyboard works; a row counts as its list, as it says so in a closed popover, too."""
         time.sleep(0.15)
@@ -202,13 +197,6 @@ def test_a_click_into_the_window_closes_the_popover(screens):
     screens.open_list()
     x, y, width, height = screens.app.window.find("frame", WINDOW).area()
     screens.desktop.click(x + width - 40, y + height - 40)
-    screens.expect_list_closed()
-
-
-def test_a_click_on_the_title_bar_closes_the_popover(screens):
-    screens.start()
-    screens.open_list()
-    screens.desktop.click(*screens.title_bar())
     screens.expect_list_closed()
 
 

@@ -37,7 +37,7 @@ protected:
         control.clearFocus();
         const QRect place(control.mapTo(control.window(), QPoint()), control.size());
         const QImage without = control.window()->grab(place).toImage();
-        control.setFocus(Qt::TabFocusReason);
+        reachByKeyboard(control);
         const QImage with = control.window()->grab(place).toImage();
         int changed = 0;
         for (int y = 0; y < with.height(); ++y) {
@@ -51,11 +51,19 @@ protected:
     std::vector<Popover*> openPopovers()
     {
         std::vector<Popover*> open;
-        for (QWidget* window : QApplication::topLevelWidgets()) {
-            if (auto* popover = qobject_cast<Popover*>(window); popover && popover->isVisible())
+        for (auto* popover : m_dashboard.view->findChildren<Popover*>()) {
+            if (popover->isVisible())
                 open.push_back(popover);
         }
         return open;
+    }
+
+    int rings() const
+    {
+        int count = 0;
+        for (const QWidget* widget : QApplication::allWidgets())
+            count += qobject_cast<const QFocusFrame*>(widget) && widget->isVisible();
+        return count;
     }
 };
 
@@ -191,39 +199,60 @@ TEST_F(DashboardScreenTest, TheSettingsOpenBelowTheirIcon)
     ASSERT_EQ(openPopovers().size(), 1U);
     auto& icon = outlet("settingsIcon");
     EXPECT_EQ(openPopovers().front()->arrowTip(), icon.mapToGlobal(QPoint(icon.width() / 2, icon.height())));
-    EXPECT_LE(openPopovers().front()->geometry().right(), m_window.geometry().right());
+    EXPECT_LE(find(m_window, "settingsView").mapTo(&m_window, QPoint(360, 0)).x(), m_window.width() - 8);
 }
 
-TEST_F(DashboardScreenTest, ThePopoverHasRoundCornersAndAnOutlineAroundItsArrow)
+TEST_F(DashboardScreenTest, ThePopoverHasASmoothOutlineAndAShadowThatFadesOut)
 {
     openList();
     ASSERT_EQ(openPopovers().size(), 1U);
     Popover& popover = *openPopovers().front();
-    const QRegion shape = popover.mask();
-    EXPECT_FALSE(shape.contains(QPoint(0, 10)));
-    EXPECT_FALSE(shape.contains(QPoint(popover.width() - 1, popover.height() - 1)));
-    EXPECT_TRUE(shape.contains(QPoint(16, 10)));
-    EXPECT_FALSE(shape.contains(QPoint(popover.width() / 2, 9))); // above the body
-
-    const QImage image = popover.grab().toImage();
-    const auto lightness = [&](int x, int y) {
-        return image.pixelColor(QPoint(x, y) * image.devicePixelRatio()).lightness();
+    const QRect body = QRect(list().mapTo(&m_window, QPoint()), list().size()).adjusted(0, -12, 0, 12);
+    const QImage image = m_window.grab().toImage();
+    const auto lightness = [&](QPoint at) {
+        return image.pixelColor(at * image.devicePixelRatio()).lightness();
     };
-    const int tip = popover.mapFromGlobal(popover.arrowTip()).x();
-    for (int y = 3; y < 9; ++y) { // below the tip the slopes go down by 45 degrees
-        EXPECT_LT(std::min(lightness(tip - y - 1, y), lightness(tip - y, y)), 200) << y;
-        EXPECT_LT(std::min(lightness(tip + y, y), lightness(tip + y - 1, y)), 200) << y;
-        EXPECT_EQ(lightness(tip, y), 255) << y;
-    }
-    EXPECT_EQ(lightness(tip, 10), 255); // no line between the arrow and the body
-    EXPECT_EQ(lightness(popover.width() / 2, 10), QColor(Theme::outline).lightness());
+    const QPoint edge(body.left() + 40, body.bottom());
+    EXPECT_EQ(lightness(edge - QPoint(0, 2)), 255);
+    EXPECT_LT(lightness(edge + QPoint(0, 4)), 250); // nothing but the white dashboard lies there
+    for (int y = 4; y < 24; ++y)
+        EXPECT_LE(lightness(edge + QPoint(0, y)), lightness(edge + QPoint(0, y + 1))) << y;
+    EXPECT_EQ(lightness(edge + QPoint(0, 26)), 255);
+
+    const QPoint tip = m_window.mapFromGlobal(popover.arrowTip());
+    EXPECT_EQ(lightness(tip + QPoint(0, 6)), 255);
+    EXPECT_EQ(lightness(tip + QPoint(0, 11)), 255); // no line between the arrow and the body
+    EXPECT_LT(lightness(tip + QPoint(12, 4)), 230); // the toolbar, beside the arrow
+}
+
+TEST_F(DashboardScreenTest, APopoverIsNoWindowOfItsOwn)
+{
+    const auto before = QApplication::topLevelWidgets().size();
+    openList();
+    click(outlet("settingsIcon"));
+    EXPECT_EQ(QApplication::topLevelWidgets().size(), before + 4); // the lists of the four pop-up buttons
+    for (const QWidget* window : QApplication::topLevelWidgets())
+        EXPECT_TRUE(window == &m_window || !window->isVisible());
+}
+
+TEST_F(DashboardScreenTest, ScreenReadersFindThePopoversAsDialogsNamedByTheirHeadings)
+{
+    openList();
+    const QAccessibleInterface* const opened = QAccessible::queryAccessibleInterface(openPopovers().front());
+    EXPECT_EQ(opened->role(), QAccessible::Dialog);
+    EXPECT_EQ(opened->text(QAccessible::Name), outlet<QLabel>("headerMainLabel").text());
+    click(outlet("settingsIcon"));
+    ASSERT_EQ(openPopovers().size(), 1U);
+    const QAccessibleInterface* const other = QAccessible::queryAccessibleInterface(openPopovers().front());
+    EXPECT_EQ(other->role(), QAccessible::Dialog);
+    EXPECT_EQ(other->text(QAccessible::Name), "Settings");
 }
 
 TEST_F(DashboardScreenTest, TheConnectButtonOpensTheListToo)
 {
     click(outlet("connectButton"));
-    ASSERT_EQ(openPopovers().size(), 1U);
-    EXPECT_EQ(openPopovers().front()->windowTitle(), "Homepage");
+    EXPECT_EQ(openPopovers().size(), 1U);
+    EXPECT_TRUE(table().isVisible());
 }
 
 TEST_F(DashboardScreenTest, OpeningTheListTwiceKeepsItsRowsItsPickAndItsOneSearch)
@@ -260,31 +289,51 @@ TEST_F(DashboardScreenTest, EscapeClosesThePopover)
     EXPECT_TRUE(openPopovers().empty());
 }
 
-TEST_F(DashboardScreenTest, AWindowThatBecomesActiveByItsTitleBarClosesThePopover)
+TEST_F(DashboardScreenTest, APressOnTheLowerEdgesShadowClosesThePopoverAndOneInsideDoesNot)
 {
     openList();
-    QCursor::setPos(m_window.mapToGlobal(QPoint(500, 300)));
-    QEvent activation(QEvent::WindowActivate);
-    QCoreApplication::sendEvent(&m_window, &activation);
+    Popover& popover = *openPopovers().front();
+    QTest::mouseClick(&outlet("headerMainLabel"), Qt::LeftButton);
+    QTest::keyClick(&table(), Qt::Key_F9);
+    EXPECT_EQ(openPopovers().size(), 1U);
+    QTest::mouseClick(&popover, Qt::LeftButton, {}, {popover.width() / 2, popover.height() - 4});
     EXPECT_TRUE(openPopovers().empty());
 }
 
-TEST_F(DashboardScreenTest, AnAlertThatIsClosedLeavesThePopoverOpen)
+TEST_F(DashboardScreenTest, TheKeyboardGoesBackToWhereItWasWhenThePopoverCloses)
 {
+    outlet("connectButton").setFocus(Qt::TabFocusReason);
+    QTest::keyClick(&focused(), Qt::Key_Space);
+    EXPECT_EQ(&focused(), &table());
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_EQ(&focused(), &outlet("connectButton"));
+}
+
+TEST_F(DashboardScreenTest, TheKeyboardGoesToTheIconWhenWhatItCameFromHasGone)
+{
+    outlet("connectButton").setFocus(Qt::TabFocusReason);
+    QTest::keyClick(&focused(), Qt::Key_Space);
+    announce("Meridian 65|Room 204|0A00020F");
+    QTest::keyClick(&focused(), Qt::Key_Down);
+    QTest::keyClick(&focused(), Qt::Key_Return);
+    QTest::keyClick(&focused(), Qt::Key_Escape);
+    EXPECT_EQ(&focused(), &outlet("devicesListIcon"));
+}
+
+TEST_F(DashboardScreenTest, APressOnAnotherControlClosesThePopoverAndWorksThatControl)
+{
+    pair();
     openList();
-    QCursor::setPos(m_window.mapToGlobal(QPoint(500, 300)));
-    QEvent blocked(QEvent::WindowBlocked);
-    QCoreApplication::sendEvent(openPopovers().front(), &blocked);
-    QEvent activation(QEvent::WindowActivate);
-    QCoreApplication::sendEvent(&m_window, &activation);
-    EXPECT_EQ(openPopovers().size(), 1U);
+    click(outlet("castButtonView"));
+    EXPECT_TRUE(openPopovers().empty());
+    EXPECT_TRUE(m_dashboard.controller->isCastingInProgress());
 }
 
 TEST_F(DashboardScreenTest, ThePopoverStaysWhenTheProgramIsLeft)
 {
     openList();
     QEvent left(QEvent::WindowDeactivate);
-    QCoreApplication::sendEvent(openPopovers().front(), &left);
+    QCoreApplication::sendEvent(&m_window, &left);
     QEvent inactive(QEvent::ApplicationDeactivate);
     QCoreApplication::sendEvent(qApp, &inactive);
     EXPECT_EQ(openPopovers().size(), 1U);
@@ -404,31 +453,41 @@ TEST_F(DashboardScreenTest, EveryControlOfThePopoversLooksDifferentWithTheKeyboa
 
 TEST_F(DashboardScreenTest, NoControlHasARingAfterAMouseClick)
 {
-    const auto rings = [] {
-        int count = 0;
-        for (const QWidget* widget : QApplication::allWidgets())
-            count += qobject_cast<const QFocusFrame*>(widget) && widget->isVisible();
-        return count;
-    };
     pair();
     for (const char* name : {"fileUploadButton", "castButtonView", "wirelessTouchSwitch", "settingsIcon"}) {
         auto& control = outlet(name);
-        control.setFocus(Qt::TabFocusReason);
+        reachByKeyboard(control);
         EXPECT_EQ(rings(), 1) << name;
         QTest::mousePress(&control, Qt::LeftButton);
         EXPECT_EQ(rings(), 0) << name;
-        control.clearFocus();
-        control.setFocus(Qt::MouseFocusReason);
-        EXPECT_EQ(rings(), 0) << name;
+        for (const auto reason :
+            {Qt::MouseFocusReason, Qt::TabFocusReason}) { // by which a hidden control passes on
+            control.clearFocus();
+            control.setFocus(reason);
+            EXPECT_EQ(rings(), 0) << name;
+        }
         QTest::mouseRelease(&control, Qt::LeftButton, {}, {-9, -9});
     }
-    auto& button = outlet("settingsIcon");
-    for (const auto reason : {Qt::TabFocusReason, Qt::BacktabFocusReason, Qt::ShortcutFocusReason}) {
-        QTest::mouseClick(&outlet("toolbarView"), Qt::LeftButton);
-        button.clearFocus();
-        button.setFocus(reason);
-        EXPECT_EQ(rings(), 1) << reason;
-    }
+}
+
+TEST_F(DashboardScreenTest, NothingHasARingAfterAClickOpensAPopoverOrHidesWhatHasTheKeyboard)
+{
+    click(outlet("settingsIcon"));
+    EXPECT_EQ(focused().objectName(), "fpsButton");
+    EXPECT_EQ(rings(), 0);
+    openListOfThree();
+    clickRow(0);
+    click(find(list(), "disconnectButton"));
+    EXPECT_FALSE(find(list(), "disconnectButton").isVisible());
+    EXPECT_EQ(rings(), 0);
+}
+
+TEST_F(DashboardScreenTest, ThePopoverThatAKeyOpensShowsWhereTheKeyboardIs)
+{
+    reachByKeyboard(outlet("settingsIcon"));
+    QTest::keyClick(&focused(), Qt::Key_Space);
+    EXPECT_EQ(focused().objectName(), "fpsButton");
+    EXPECT_EQ(rings(), 1);
 }
 
 TEST_F(DashboardScreenTest, AnAlertThatAClickOpensHasNoRing)
@@ -442,9 +501,7 @@ TEST_F(DashboardScreenTest, AnAlertThatAClickOpensHasNoRing)
     alert.activateWindow();
     QCoreApplication::processEvents();
     EXPECT_EQ(button->findChild<QFocusFrame*>(), nullptr);
-    QTest::keyClick(button, Qt::Key_Tab);
-    button->clearFocus();
-    button->setFocus(Qt::TabFocusReason);
+    reachByKeyboard(*button);
     EXPECT_NE(button->findChild<QFocusFrame*>(), nullptr);
 }
 
@@ -452,7 +509,7 @@ TEST_F(DashboardScreenTest, TheRingIsNoPartOfTheAccessibilityTree)
 {
     pair();
     auto& button = outlet("fileUploadButton");
-    button.setFocus(Qt::TabFocusReason);
+    reachByKeyboard(button);
     EXPECT_EQ(QAccessible::queryAccessibleInterface(&button)->childCount(), 0);
 }
 

@@ -282,6 +282,7 @@ TEST_F(DevicesListScreenTest, ARowWithoutANameShowsItsAddressAndSurvives)
 TEST_F(DevicesListScreenTest, ThousandPanelsInOneTurnOfTheEventLoopAreOneReloadAndOnePaint)
 {
     openList();
+    QTest::qWait(1); // the list is painted
     const QSignalSpy insertions(table().model(), &QAbstractItemModel::rowsInserted);
     const EventCounter paints(*table().viewport(), QEvent::Paint);
     for (int i = 0; i < 1000; ++i) {

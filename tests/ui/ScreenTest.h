@@ -37,6 +37,14 @@ inline QWidget& focused()
     return *view;
 }
 
+/// As if Tab had led there.
+inline void reachByKeyboard(QWidget& control)
+{
+    QTest::keyClick(&control, Qt::Key_F9);
+    control.clearFocus();
+    control.setFocus(Qt::TabFocusReason);
+}
+
 /// The names of what Tab goes through in so many steps, from where the keyboard is.
 inline std::vector<std::string> tabOrder(int steps)
 {

@@ -17,7 +17,6 @@ protected:
         QCoreApplication::processEvents();
     }
 
-    /// The popover is a window of its own, a child of the main one.
     template <typename View = QWidget> View& setting(const char* name) { return find<View>(m_window, name); }
 
     std::vector<std::string> items(const char* popUp)
