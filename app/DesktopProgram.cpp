@@ -3,6 +3,7 @@
 #include "app/InputCandidates.h"
 #include "app/ListedPanels.h"
 #include "app/SplashScreenViewController.h"
+#include "app/StopReason.h"
 #include "dashboard/DashboardViewController.h"
 #include "platform/avahi/AvahiServiceBrowser.h"
 #include "platform/curl/CurlHttpSession.h"
@@ -51,10 +52,13 @@ std::string joined(const std::vector<std::string>& names)
 /// of it.
 class DesktopProgram::Backend {
 public:
-    Backend(const Options& options, WidgetMainQueue& mainQueue, MainWindow& window);
+    /// `restart` is called at the end of a fatal error, on the thread that fails.
+    Backend(const Options& options, WidgetMainQueue& mainQueue, MainWindow& window,
+        std::function<void(std::string_view)> restart);
     ~Backend();
 
     void showDashboard();
+    void showStopReason(const std::string& fatalError);
     void programEnds() { m_alerts.programEnds(); }
 
 private:
@@ -88,7 +92,8 @@ private:
     std::shared_ptr<DashboardViewController> m_dashboard;
 };
 
-DesktopProgram::Backend::Backend(const Options& options, WidgetMainQueue& mainQueue, MainWindow& window)
+DesktopProgram::Backend::Backend(const Options& options, WidgetMainQueue& mainQueue, MainWindow& window,
+    std::function<void(std::string_view)> restart)
     : m_options(options)
     , m_mainQueue(mainQueue)
     , m_window(window)
@@ -98,9 +103,10 @@ DesktopProgram::Backend::Backend(const Options& options, WidgetMainQueue& mainQu
     , m_sockets(m_mainQueue, m_log, [this] { m_poster.flush(); })
 {
     logUnknownScreen();
-    setFatalErrorHandler([this](std::string_view what) {
+    setFatalErrorHandler([this, restart = std::move(restart)](std::string_view what) {
         logTheFatalError(what);
         m_poster.releaseHeldButton();
+        restart(what);
     });
     // The "UP" of a finger that is down has to wait until an alert is closed, and X accepts no click of the real mouse
     // while the button is held.
@@ -132,6 +138,12 @@ void DesktopProgram::Backend::showDashboard()
     m_dashboard->viewDidLoad();
     connectView();
     m_window.setContentView(m_view);
+}
+
+void DesktopProgram::Backend::showStopReason(const std::string& fatalError)
+{
+    m_mainQueue.async(
+        [this, fatalError] { m_alerts.runModal("Panel Companion had to stop", stopReason(fatalError)); });
 }
 
 void DesktopProgram::Backend::connectView()
@@ -167,14 +179,20 @@ DashboardDependencies DesktopProgram::Backend::dashboardDependencies(QtDashboard
     };
 }
 
-DesktopProgram::DesktopProgram(const Options& options)
+DesktopProgram::DesktopProgram(const Options& options, char* const* arguments)
     : m_options(options)
+    , m_restart(arguments)
     , m_signalNotifier(m_signals.fd(), QSocketNotifier::Read)
 {
+    if (m_options.hasNoRestart)
+        m_restart.cancel();
     QObject::connect(&m_signalNotifier, &QSocketNotifier::activated, qApp, [this] { endOnSignal(); });
 }
 
-DesktopProgram::~DesktopProgram() = default;
+DesktopProgram::~DesktopProgram()
+{
+    m_restart.cancel();
+}
 
 void DesktopProgram::start()
 {
@@ -186,12 +204,23 @@ void DesktopProgram::start()
 void DesktopProgram::showDashboard()
 {
     Theme::applyBaseFont();
-    m_backend = std::make_unique<Backend>(m_options, m_mainQueue, m_window);
+    m_backend = std::make_unique<Backend>(
+        m_options, m_mainQueue, m_window, [this](std::string_view what) { restartAfter(what); });
     m_backend->showDashboard();
+    if (m_restart.reason())
+        m_backend->showStopReason(*m_restart.reason());
+}
+
+/// A signal may have asked for the end while the main thread was busy with what failed.
+void DesktopProgram::restartAfter(std::string_view fatalError)
+{
+    if (!m_signals.isWaiting())
+        m_restart.start(fatalError);
 }
 
 void DesktopProgram::endOnSignal()
 {
+    m_restart.cancel();
     while (m_signals.take()) {
         if (m_backend)
             m_backend->programEnds();

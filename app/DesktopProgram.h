@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/Options.h"
+#include "platform/posix/ProgramRestart.h"
 #include "platform/posix/SignalDescriptor.h"
 #include "platform/qt/WidgetMainQueue.h"
 #include "ui/MainWindow.h"
@@ -14,7 +15,8 @@ namespace companion {
 /// Made after the QApplication and destroyed before it; main thread only.
 class DesktopProgram {
 public:
-    explicit DesktopProgram(const Options& options);
+    /// `arguments` are those of main, for a fresh run after a fatal error.
+    DesktopProgram(const Options& options, char* const* arguments);
     ~DesktopProgram();
     DesktopProgram(const DesktopProgram&) = delete;
     DesktopProgram& operator=(const DesktopProgram&) = delete;
@@ -26,9 +28,11 @@ private:
     class Backend;
 
     void showDashboard();
+    void restartAfter(std::string_view fatalError);
     void endOnSignal();
 
     const Options m_options;
+    ProgramRestart m_restart;
     WidgetMainQueue m_mainQueue;
     MainWindow m_window;
 

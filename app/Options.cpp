@@ -52,6 +52,7 @@ std::vector<CommandLineOption> optionTable(Options& options)
             "take touches from anywhere (default), or only from the\n"
             "address of the paired panel",
             [&](const std::string& value) { return acceptTouchSource(options, value); }},
+        flagOption("--no-restart", "do not start again by itself after a fatal error", options.hasNoRestart),
     };
 }
 

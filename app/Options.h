@@ -16,6 +16,8 @@ struct Options {
     /// Each "model|name|hexaddress", to be listed as if it had been announced.
     std::vector<std::string> panels;
     TouchSource touchFrom = TouchSource::any;
+    /// Whether a fatal error is followed by a fresh run only if the user starts one.
+    bool hasNoRestart = false;
 };
 
 struct HelpWanted { };

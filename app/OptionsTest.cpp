@@ -30,6 +30,7 @@ TEST(OptionsTest, NoArgumentsLeaveEverythingToTheRules)
     EXPECT_FALSE(none.screenName);
     EXPECT_TRUE(none.panels.empty());
     EXPECT_EQ(none.touchFrom, TouchSource::any);
+    EXPECT_FALSE(none.hasNoRestart);
 }
 
 TEST(OptionsTest, ValuesComeBehindABlankOrAnEqualsSign)
@@ -38,6 +39,11 @@ TEST(OptionsTest, ValuesComeBehindABlankOrAnEqualsSign)
     EXPECT_EQ(both.interfaceName, "en0");
     EXPECT_EQ(both.screenName, "HDMI-1");
     EXPECT_EQ(both.touchFrom, TouchSource::panel);
+}
+
+TEST(OptionsTest, NoRestartIsAFlag)
+{
+    EXPECT_TRUE(options({"--no-restart"}).hasNoRestart);
 }
 
 TEST(OptionsTest, SeveralPanelsAreKeptInOrder)

@@ -55,7 +55,7 @@ int main(int argc, char** argv)
     installAccessibility();
     installFocusRing();
 
-    DesktopProgram program(std::get<Options>(parsed));
+    DesktopProgram program(std::get<Options>(parsed), argv);
     program.start();
     delegate.applicationDidFinishLaunching();
     const int status = QApplication::exec();

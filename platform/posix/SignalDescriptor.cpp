@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cerrno>
 #include <fcntl.h>
+#include <poll.h>
 #include <stdexcept>
 #include <system_error>
 #include <unistd.h>
@@ -66,6 +67,12 @@ void SignalDescriptor::handle(int signal)
     action.sa_flags = SA_RESTART;
     sigaction(signal, &action, nullptr);
     m_before[signal] = before;
+}
+
+bool SignalDescriptor::isWaiting() const
+{
+    pollfd waiting{m_readFd, POLLIN, 0};
+    return poll(&waiting, 1, 0) == 1;
 }
 
 std::optional<int> SignalDescriptor::take()

@@ -23,6 +23,9 @@ public:
     /// Readable when a signal has arrived. To be waited on, not read from.
     int fd() const { return m_readFd; }
 
+    /// Whether a signal has arrived that has not been taken. Any thread in any state.
+    bool isWaiting() const;
+
     /// The next signal, in order of arrival; nothing if there is none. Never blocks.
     std::optional<int> take();
 

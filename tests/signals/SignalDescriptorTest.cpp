@@ -39,6 +39,16 @@ TEST(SignalDescriptorTest, ASignalMakesTheDescriptorReadableAndIsTakenOnce)
     EXPECT_FALSE(isReadable(signals.fd()));
 }
 
+TEST(SignalDescriptorTest, ASignalIsWaitingUntilItIsTaken)
+{
+    SignalDescriptor signals;
+    EXPECT_FALSE(signals.isWaiting());
+    raise(SIGTERM);
+    EXPECT_TRUE(signals.isWaiting());
+    signals.take();
+    EXPECT_FALSE(signals.isWaiting());
+}
+
 TEST(SignalDescriptorTest, SignalsAreTakenInOrderOfArrival)
 {
     SignalDescriptor signals;

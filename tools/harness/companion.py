@@ -1,5 +1,6 @@
 """The application as a user works it."""
 
+import copy
 import os
 
 from .processes import Failure, wait_until
@@ -10,17 +11,28 @@ UPLOADED = "File Uploaded successfully."
 
 
 class Companion:
-    """panel-companion on `desktop`, with its dashboard showing."""
+    """panel-companion on `desktop`, with its dashboard showing. With `restarts` it may start again by itself."""
 
-    def __init__(self, processes, desktop, program, options=(), environment=None, timeout=20.0):
+    def __init__(self, processes, desktop, program, options=(), environment=None, timeout=20.0, restarts=False):
         self._desktop = desktop
-        self.process = processes.start([program, *options], name="panel-companion", environment=environment)
-        from .accessibility import Program  # only where there is a desktop there is a bus for it
-        self.window = Program("Panel Companion", timeout)
-        self.window.find(name="Devices", timeout=timeout)
+        switch = [] if restarts else ["--no-restart"]
+        self.process = processes.start([program, *options, *switch], name="panel-companion", environment=environment)
+        self._wait_for_window(timeout)
         # The list closes when the window behind it becomes active, and a new window becomes so a little later.
         frame = self.window.find("frame", "Panel Companion")
         wait_until(lambda: frame.has("active"), "the window is the active one", timeout)
+
+    def of_fresh_run(self, timeout=20.0):
+        """What follows this one, whose process has ended: the process is not known, an alert is open."""
+        fresh = copy.copy(self)
+        fresh.process = None
+        fresh._wait_for_window(timeout)
+        return fresh
+
+    def _wait_for_window(self, timeout):
+        from .accessibility import Program  # only where there is a desktop there is a bus for it
+        self.window = Program("Panel Companion", timeout)
+        self.window.find(name="Devices", timeout=timeout)
 
     def open_list(self):
         if not self.window.is_showing("list|table", "Panels"):
