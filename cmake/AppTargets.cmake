@@ -18,7 +18,6 @@ function(app_test name)
         return()
     endif()
     add_executable(${name}_test ${ARG_SOURCES})
-    set_target_properties(${name}_test PROPERTIES UNITY_BUILD OFF) # each test file has helpers of its own, under like names
     target_include_directories(${name}_test PRIVATE ${PROJECT_SOURCE_DIR})
     target_link_libraries(${name}_test PRIVATE ${ARG_LINKS} GTest::gmock GTest::gtest_main)
     if(NOT TARGET test_programs)
