@@ -15,6 +15,17 @@ class RelaySettingsViewController;
 /// The parts of the dashboard that come and go as a whole.
 enum class Pane { fileUpload, castButton, hdmiToggle, hdmiMessage, emptyStateImage };
 
+/// What is known of touches while they are expected.
+enum class TouchState {
+    notExpected,
+    noPort, ///< The touch port cannot be opened.
+    awaited,
+    missing, ///< None came for a while.
+    ignored, ///< Some came, from a sender whose touches are dropped.
+    works,
+    worksFromElsewhere, ///< The first one came from another address than the panel's.
+};
+
 /// An upload as the view and the request share it. The delivery thread writes the one and reads the other.
 struct UploadUnderWay {
     std::atomic<int> percent = 0; ///< How much has been sent, 0 to 100.
@@ -32,6 +43,9 @@ public:
 
     /// The text of `deviceStatusLabel`.
     virtual void setDeviceStatus(const std::string& text) = 0;
+
+    /// `sender` is an address, for `ignored` and `worksFromElsewhere`.
+    virtual void setTouchState(TouchState state, const std::string& sender) = 0;
 
     /// "castingActive" or "castingInactive".
     virtual void setCastButtonImage(const std::string& imageName) = 0;

@@ -40,8 +40,8 @@ std::shared_ptr<DashboardViewController> DashboardViewController::make(Dashboard
 DashboardViewController::DashboardViewController(DashboardDependencies dependencies)
     : m_dependencies(std::move(dependencies))
     , m_view(m_dependencies.view)
-    , m_touchReception(
-          m_dependencies.touch, m_dependencies.log, m_dependencies.panelRequestHost.console, *m_panel)
+    , m_touchReception(m_dependencies.touch, m_view, m_dependencies.mainQueue, m_dependencies.log,
+          m_dependencies.panelRequestHost.console, *m_panel)
     , m_fileUploads(std::make_shared<FileUploads>(m_dependencies.upload,
           UploadHost{m_dependencies.panelRequestHost.httpSession, m_dependencies.panelRequestHost.console,
               m_dependencies.mainQueue, m_dependencies.alerts},
@@ -305,7 +305,7 @@ void DashboardViewController::initiateHDMITouchbackEnabled(bool enabled, bool is
     if (enabled)
         initiateTouchBack();
     else
-        m_touchReception.releaseHeldButton();
+        m_touchReception.touchesEnd();
     m_hdmiTouchback->enableHDMITouchback(enabled, isHDMI, m_panel->ipAddress);
 }
 

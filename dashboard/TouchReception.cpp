@@ -10,19 +10,29 @@ constexpr double secondsBetweenShortRecordLines = 1;
 
 } // namespace
 
-TouchReception::TouchReception(
-    const TouchDependencies& dependencies, SystemLog& log, Console& console, const PairedPanel& panel)
+TouchReception::TouchReception(const TouchDependencies& dependencies, DashboardView& view,
+    MainQueue& mainQueue, SystemLog& log, Console& console, const PairedPanel& panel)
     : m_dependencies(dependencies)
     , m_log(log)
     , m_console(console)
     , m_panel(panel)
+    , m_arrival(view, mainQueue, panel)
 {
 }
 
 bool TouchReception::open()
 {
+    m_dependencies.mouseEventPoster.touchesEnd();
+    const bool isOpen = receive();
+    if (isOpen)
+        m_dependencies.mouseEventPoster.touchesBegin();
+    m_arrival.begin(isOpen);
+    return isOpen;
+}
+
+bool TouchReception::receive()
+{
     // The port is never shared: the old socket has to release it before the new one binds.
-    releaseHeldButton();
     m_socket.reset();
     m_socket = m_dependencies.sockets.makeSocket(*this, "client udp socket");
     if (const auto error = m_socket->enableBroadcast(true)) {
@@ -40,7 +50,6 @@ bool TouchReception::open()
         return false;
     }
     m_log.log("Socket Ready");
-    m_dependencies.mouseEventPoster.touchesBegin();
     return true;
 }
 
@@ -48,7 +57,13 @@ void TouchReception::close()
 {
     if (m_socket)
         m_socket->close();
-    releaseHeldButton();
+    touchesEnd();
+}
+
+void TouchReception::touchesEnd()
+{
+    m_dependencies.mouseEventPoster.touchesEnd();
+    m_arrival.end();
 }
 
 void TouchReception::udpSocketDidReceiveData(
@@ -58,11 +73,15 @@ void TouchReception::udpSocketDidReceiveData(
         if (!m_mouseSimulator)
             m_mouseSimulator.emplace(m_dependencies.clock, m_dependencies.screen, m_dependencies.pause,
                 m_dependencies.mouseEventPoster, m_console);
-        if (const std::optional<TouchMessage> touch = parseTouchMessage(data))
+        if (const std::optional<TouchMessage> touch = parseTouchMessage(data)) {
             m_mouseSimulator->initiateMouseEventWithEvent(
                 touch->event, touch->xCoordinate, touch->yCoordinate, touch->timeStamp);
-        else
+            m_arrival.touchArrived(from);
+        } else {
             logShortRecord();
+        }
+    } else {
+        m_arrival.touchIgnored(from);
     }
     socket.receiveOnce();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dashboard/PairedPanel.h"
+#include "dashboard/TouchArrival.h"
 #include "dashboard/TouchSource.h"
 #include "platform/AsyncUdpSocket.h"
 #include "platform/Clock.h"
@@ -32,16 +33,15 @@ public:
     static constexpr std::uint16_t port = 41863;
 
     /// All arguments outlive this object; the panel is the one whose touches `TouchSource::panel` accepts.
-    TouchReception(
-        const TouchDependencies& dependencies, SystemLog& log, Console& console, const PairedPanel& panel);
+    TouchReception(const TouchDependencies& dependencies, DashboardView& view, MainQueue& mainQueue,
+        SystemLog& log, Console& console, const PairedPanel& panel);
 
     /// Replaces the socket by a new one. False, with a line in the log, when it cannot receive.
     bool open();
     void close();
 
-    /// For when the panel is told to send no more touches, or they have to wait: the finger's "UP" may never arrive. The
-    /// socket stays open.
-    void releaseHeldButton() { m_dependencies.mouseEventPoster.touchesEnd(); }
+    /// For when the panel is told to send no more touches: the finger's "UP" may never arrive. The socket stays open.
+    void touchesEnd();
     bool isOpen() const { return m_socket && !m_socket->isClosed(); }
 
     /// Injects one touch; drops one from another source, and a record with fewer than four fields.
@@ -49,6 +49,7 @@ public:
         AsyncUdpSocket& socket, std::string_view data, const UdpSender& from) override;
 
 private:
+    bool receive();
     bool isAccepted(const UdpSender& sender) const;
     void logShortRecord();
 
@@ -56,6 +57,7 @@ private:
     SystemLog& m_log;
     Console& m_console;
     const PairedPanel& m_panel;
+    TouchArrival m_arrival;
 
     std::unique_ptr<AsyncUdpSocket> m_socket;
     std::optional<MouseSimulate>

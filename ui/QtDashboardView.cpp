@@ -19,6 +19,7 @@ QtDashboardView::QtDashboardView(Alerts& alerts, SystemLog& log, MainQueue& main
     m_scene->wirelessTouchSwitch->setModel(m_wirelessTouchSwitch);
     m_scene->maskView->setLog(log);
     m_scene->maskView->hide();
+    m_scene->touchStateLabel->hide();
     m_devicesListView = new QtDevicesListView(this);
     m_devicesListView->hide();
     style();
@@ -49,13 +50,15 @@ void QtDashboardView::style()
     for (QLabel* label : {m_scene->dragAndDropLabel, m_scene->emptyStateLabel})
         label->setFont(Theme::font(FontFace::regular, 12));
     for (QLabel* label : {m_scene->deviceStatusLabel, m_scene->facingProblemLabel, m_scene->enableHDMILabel,
-             m_scene->deviceHDMISubLabel, m_scene->wirelessTouchStatusLabel, m_scene->castCaptionLabel})
+             m_scene->deviceHDMISubLabel, m_scene->wirelessTouchStatusLabel, m_scene->castCaptionLabel,
+             m_scene->touchStateLabel})
         label->setFont(Theme::font(FontFace::regular, 16));
     m_scene->deviceHDMIMainLabel->setFont(Theme::font(FontFace::semiBold, 32));
 
     QPalette help = m_scene->facingProblemLabel->palette();
     help.setColor(QPalette::WindowText, QColor(Theme::secondaryText));
     m_scene->facingProblemLabel->setPalette(help);
+    m_scene->touchStateLabel->setPalette(help);
 }
 
 void QtDashboardView::connectControls()
@@ -126,6 +129,34 @@ void QtDashboardView::setDeviceStatus(const std::string& text)
 {
     m_scene->deviceStatusLabel->setText(
         QString::fromStdString(text)); // which screen readers are told of by itself
+}
+
+QString QtDashboardView::touchText(TouchState state, const QString& sender)
+{
+    switch (state) {
+    case TouchState::notExpected:
+        return {};
+    case TouchState::noPort:
+        return tr("No touch: UDP port 41863 cannot be opened (panelctl doctor says why)");
+    case TouchState::awaited:
+        return tr("Waiting for the first touch");
+    case TouchState::missing:
+        return tr("No touch yet: a firewall may block UDP port 41863 (see panelctl doctor)");
+    case TouchState::ignored:
+        return tr("Touches from %1 are ignored, as that is not the panel").arg(sender);
+    case TouchState::works:
+        return tr("Touch works");
+    case TouchState::worksFromElsewhere:
+        return tr("Touch works, but from %1, which is not the panel's address").arg(sender);
+    }
+    fatalError("no such touch state");
+}
+
+/// A label that is showing announces its new text to screen readers by itself.
+void QtDashboardView::setTouchState(TouchState state, const std::string& sender)
+{
+    m_scene->touchStateLabel->setVisible(state != TouchState::notExpected);
+    m_scene->touchStateLabel->setText(touchText(state, QString::fromStdString(sender)));
 }
 
 void QtDashboardView::setCastButtonImage(const std::string& imageName)

@@ -31,6 +31,7 @@ public:
 
     void setHidden(Pane pane, bool hidden) override;
     void setDeviceStatus(const std::string& text) override;
+    void setTouchState(TouchState state, const std::string& sender) override;
     void setCastButtonImage(const std::string& imageName) override;
     void setFileUploadViewImage(const std::string& imageName) override;
     void setUploadArrowImage(const std::string& imageName) override;
@@ -53,6 +54,7 @@ private:
     static bool closeIfOpen(Popover* popover);
     void keepPlaceOfHdmiPane(bool isKept);
     QWidget& paneView(Pane pane) const;
+    static QString touchText(TouchState state, const QString& sender);
 
     std::unique_ptr<Ui::DashboardScene> m_scene;
     ITSwitch m_wirelessTouchSwitch;

@@ -32,6 +32,12 @@ public:
     }
 
     void setDeviceStatus(const std::string& text) override { m_transcript.add("status " + text); }
+    void setTouchState(TouchState state, const std::string& sender) override
+    {
+        static constexpr const char* names[] = {
+            "not expected", "no port", "awaited", "missing", "ignored", "works", "works from elsewhere"};
+        touchStates.add(names[static_cast<std::size_t>(state)] + (sender.empty() ? "" : " " + sender));
+    }
     void setCastButtonImage(const std::string& name) override { m_transcript.add("cast image " + name); }
     void setFileUploadViewImage(const std::string& name) override { m_transcript.add("drop image " + name); }
     void setUploadArrowImage(const std::string& name) override { m_transcript.add("arrow image " + name); }
@@ -81,6 +87,7 @@ public:
     DevicesListViewController* devicesList = nullptr;
     RelaySettingsViewController* settings = nullptr;
     std::vector<std::weak_ptr<UploadUnderWay>> uploads;
+    Transcript touchStates; ///< "awaited", "works from elsewhere 10.0.2.99"
 
 private:
     static std::string nameOf(Pane pane)

@@ -321,12 +321,45 @@ def test_touch_from_panel_drops_touches_of_other_senders(lab):
     companion.start_casting()
     wait_until(lambda: panel.touch_enabled_at() == lab.computer_address, "the panel is asked for touches")
     expect_touches_work(lab, panel, 83, 731)
+    send_from_another_address(lab, b"MOVE,16383,16383,0;")
+    time.sleep(0.5)
+    assert lab.desktop.pointer() == (83, 731), "a touch that is not the panel's moved the pointer"
+    expect_touches_work(lab, panel, 1187, 109)
+    companion.expect_alive()
+
+
+def send_from_another_address(lab, *datagrams):
     with socket.socket(socket.AF_INET, socket.SOCK_DGRAM) as sender:
         sender.bind((lab.computer_address if lab.has_two_hosts else "127.0.0.2", 0))
-        sender.sendto(b"MOVE,16383,16383,0;", (lab.computer_address, 41863))
-        time.sleep(0.5)
-        assert lab.desktop.pointer() == (83, 731), "a touch that is not the panel's moved the pointer"
-    expect_touches_work(lab, panel, 1187, 109)
+        for datagram in datagrams:
+            sender.sendto(datagram, (lab.computer_address, 41863))
+        return sender.getsockname()[0]
+
+
+def test_the_dashboard_says_whether_touches_arrive(lab):
+    from harness.accessibility import Announcements
+    panel = lab.start_panel()
+    companion = lab.start_companion(panel)
+    companion.pair(panel)
+    lines = ["Waiting for the first touch",
+             "No touch yet: a firewall may block UDP port 41863 (see panelctl doctor)",
+             "Touch works"]
+    with Announcements() as announcements:
+        companion.start_casting()
+        companion.window.find("label", lines[0])
+        companion.window.find("label", lines[1], timeout=25)
+        touch(lab, panel, "MOVE", 83, 731)
+        companion.window.find("label", lines[2])
+        touch(lab, panel, "MOVE", 85, 731)
+        expect_pointer(lab, 85, 731)
+        assert [name for role, name in announcements.take() if role == "label" and name in lines] == lines
+    companion.stop_casting()
+    companion.window.gone("label", lines[2])
+
+    companion.window.press("Wireless touch")
+    companion.window.find("label", lines[0])
+    sender = send_from_another_address(lab, b"MOVE,16383,16383,0;")
+    companion.window.find("label", f"Touch works, but from {sender}, which is not the panel's address")
     companion.expect_alive()
 
 

@@ -505,6 +505,19 @@ TEST_F(DashboardScreenTest, AnAlertThatAClickOpensHasNoRing)
     EXPECT_NE(button->findChild<QFocusFrame*>(), nullptr);
 }
 
+TEST_F(DashboardScreenTest, TheLineAboutTouchesShowsWhileTheyAreExpected)
+{
+    auto& label = outlet<QLabel>("touchStateLabel");
+    EXPECT_FALSE(label.isVisible());
+    m_dashboard.view->setTouchState(TouchState::awaited, "");
+    EXPECT_TRUE(label.isVisible());
+    EXPECT_EQ(label.text(), "Waiting for the first touch");
+    m_dashboard.view->setTouchState(TouchState::worksFromElsewhere, "10.0.2.99");
+    EXPECT_EQ(label.text(), "Touch works, but from 10.0.2.99, which is not the panel's address");
+    m_dashboard.view->setTouchState(TouchState::notExpected, "");
+    EXPECT_FALSE(label.isVisible());
+}
+
 TEST_F(DashboardScreenTest, TheRingIsNoPartOfTheAccessibilityTree)
 {
     pair();

@@ -74,6 +74,8 @@ TEST_F(LayoutTest, TextsStandOutFromWhatTheyStandOn)
     for (const char* name : {"dragAndDropLabel", "fileUploadButton", "castCaptionLabel", "enableHDMILabel",
              "wirelessTouchStatusLabel"})
         EXPECT_GE(contrastOf(outlet(name)), enoughForText) << name;
+    m_dashboard.view->setTouchState(TouchState::missing, "");
+    EXPECT_GE(contrastOf(outlet("touchStateLabel")), enoughForText);
     m_dashboard.view->setHidden(Pane::hdmiMessage, false);
     for (const char* name : {"deviceHDMIMainLabel", "deviceHDMISubLabel", "facingProblemLabel"})
         EXPECT_GE(contrastOf(outlet(name)), enoughForText) << name;
@@ -119,6 +121,19 @@ TEST_F(LayoutTest, At800By560NothingIsCutOffOrOverlaps)
     m_dashboard.view->wirelessTouchSwitch().accessibilityPerformPress();
     expectNothingCutOff();
     expectNoOverlap({"deviceHDMIMainLabel", "deviceHDMISubLabel", "facingProblemLabel", "hdmiToggleView"});
+}
+
+TEST_F(LayoutTest, At800By560TheLineAboutTouchesFitsBelowThePanes)
+{
+    m_window.resize(800, 560);
+    pair();
+    m_dashboard.view->wirelessTouchSwitch().accessibilityPerformPress();
+    for (const TouchState state : {TouchState::noPort, TouchState::awaited, TouchState::missing,
+             TouchState::ignored, TouchState::works, TouchState::worksFromElsewhere}) {
+        m_dashboard.view->setTouchState(state, "192.168.100.200");
+        expectNothingCutOff();
+        expectNoOverlap({"facingProblemLabel", "touchStateLabel", "hdmiToggleView"});
+    }
 }
 
 TEST_F(LayoutTest, At2560By1440NothingIsCutOffAndTheDropAreaTakesTheRoom)

@@ -78,6 +78,30 @@ class Element:
         return self._press_action is not None and bool(self._ask(lambda a: a.do_action(self._press_action)))
 
 
+class Announcements:
+    """What screen readers are told of changed names, in the `with` block."""
+
+    EVENT = "object:property-change:accessible-name"
+
+    def __init__(self):
+        self._heard = []
+        self._listener = Atspi.EventListener.new(
+            lambda event, *_: self._heard.append((event.source.get_role_name(), event.source.get_name())))
+
+    def __enter__(self):
+        self._listener.register(self.EVENT)
+        return self
+
+    def __exit__(self, *_):
+        self._listener.deregister(self.EVENT)
+
+    def take(self):
+        """(role, name) of every change so far."""
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return self._heard
+
+
 class Program:
     """A running program that is found by the name of its main window."""
 
