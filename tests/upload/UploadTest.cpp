@@ -82,7 +82,7 @@ protected:
         upload.initWith("image/png", sharedBytes(content), name, "127.0.0.1");
         // Dropped with the request, which is on the delivery thread.
         const std::shared_ptr<void> underWay(nullptr, [this](void*) { queue.async([this] { ++ended; }); });
-        upload.upload([underWay](std::uint64_t, std::uint64_t) {});
+        upload.upload([underWay](std::uint64_t, std::uint64_t) { return true; });
         ++started;
     }
 
