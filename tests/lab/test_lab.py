@@ -384,6 +384,21 @@ def test_panels_come_and_go_while_the_mdns_daemon_restarts(lab):
     companion.expect_alive()
 
 
+def test_a_listed_panel_keeps_its_row_when_it_announces_itself_by_another_name(lab):
+    needs_mdns(lab)
+    companion = lab.start_companion(options=["--panel", "Meridian|Foyer|0A00020F"])
+    companion.wait_for_row("Foyer")
+    with Announcer(lab.panel_bus) as announcer:
+        announcer.announce("Meridian 65|Room|0A00020F", "Tandem|Beside it|0A000211")
+        companion.wait_for_row("Beside it")
+    wait_until(lambda: companion.row("Beside it") is None, "the announcements are withdrawn", 20)
+    with Announcer(lab.panel_bus) as announcer:
+        announcer.announce("Tandem|Hall|0A000210")
+        companion.wait_for_row("Hall")
+        rows = [row.name for row in companion.window.find_all("list item|table cell")]
+    assert rows == ["Foyer, 0A00020F", "Hall, 0A000210"], f"the rows are {rows}"
+
+
 def test_a_session_survives_a_pulled_cable(lab):
     needs_two_hosts(lab)
     panel = lab.start_panel()
