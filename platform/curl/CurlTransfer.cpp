@@ -1,6 +1,7 @@
 #include "platform/curl/CurlTransfer.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <linux/tcp.h> // the C library's own tcp_info ends before the byte counts
 #include <netinet/in.h>
@@ -23,6 +24,18 @@ std::uint64_t sizeOf(const std::optional<HttpBody>& body)
             size += piece->size();
     }
     return size;
+}
+
+/// The three digits behind the version; 0 if there are none. libcurl's own reading takes "http/1.1 404" for 200.
+int statusOf(std::string_view statusLine)
+{
+    constexpr std::string_view blanks = " \t";
+    const std::size_t blank = std::min(statusLine.find_first_of(blanks), statusLine.size());
+    const std::size_t digits = std::min(statusLine.find_first_not_of(blanks, blank), statusLine.size());
+    const std::string_view text = statusLine.substr(digits, 3);
+    int status = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), status);
+    return error == std::errc() && end == text.data() + 3 && status >= 100 ? status : 0;
 }
 
 /// False if libcurl has picked one of several lengths, or the digits at the start of a text (RFC 9112, section 6.3).
@@ -197,7 +210,7 @@ void CurlTransfer::finish(CURLcode result)
         fail(errorText(result));
         return;
     }
-    UrlResponse response{m_request.url, static_cast<int>(m_status), replyHeaders()};
+    UrlResponse response{m_request.url, m_status, replyHeaders()};
     if (!hasOneLength(response.headers)) {
         fail("The reply's length is ambiguous");
         return;
@@ -238,6 +251,8 @@ std::string CurlTransfer::errorText(CURLcode result) const
 {
     if (result == CURLE_FILESIZE_EXCEEDED || m_replySize > maximumReply)
         return "The reply is too long";
+    if (m_status == 0)
+        return "The reply has no status";
     if (result == CURLE_OK)
         return "The reply was cut off";
     if (result == CURLE_OPERATION_TIMEDOUT)
@@ -255,11 +270,15 @@ bool CurlTransfer::makeRoom(std::size_t bytes)
 /// protocol (RFC 9110, section 15.2.2). Trailer fields follow it.
 void CurlTransfer::takeHeaderLine(std::string_view line)
 {
-    const bool isEnd = line == "\r\n" || line == "\n";
-    if (!isEnd || m_hasFinalHeaders)
+    if (m_hasFinalHeaders)
         return;
-    m_status = info<long>(CURLINFO_RESPONSE_CODE);
+    if (!m_status)
+        m_status = statusOf(line);
+    if (line != "\r\n" && line != "\n")
+        return;
     m_hasFinalHeaders = m_status >= 200 || m_status == 101;
+    if (!m_hasFinalHeaders)
+        m_status.reset();
 }
 
 std::size_t CurlTransfer::readBody(char* target, std::size_t size, std::size_t count, void* transfer)
@@ -287,7 +306,9 @@ std::size_t CurlTransfer::onHeaderLine(char* data, std::size_t size, std::size_t
     if (!self.makeRoom(size * count + headerLineOverhead))
         return 0;
     self.takeHeaderLine({data, size * count});
-    return self.m_status == 101 ? 0 : size * count; // what follows a switch of protocols is not HTTP
+    // What follows a switch of protocols is not HTTP.
+    const bool isEnd = self.m_status == 0 || (self.m_status == 101 && self.m_hasFinalHeaders);
+    return isEnd ? 0 : size * count;
 }
 
 std::size_t CurlTransfer::onBody(char* data, std::size_t size, std::size_t count, void* transfer)

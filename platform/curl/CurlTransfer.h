@@ -90,7 +90,7 @@ private:
     std::size_t m_bodyOffset = 0;
     bool m_isGivenUp = false; ///< By who sent the request.
 
-    long m_status = 0;
+    std::optional<int> m_status; ///< Of the header section that is read at present, then of the reply.
     bool m_hasFinalHeaders = false;
     std::size_t m_replySize = 0;
     std::string m_body;

@@ -277,6 +277,20 @@ TEST_F(CurlHttpSessionTest, StatusLinesThatLibcurlToleratesAreReplies)
         HasSubstr("response code"));
 }
 
+TEST_F(CurlHttpSessionTest, AStatusLineThatLibcurlTakesForSuccessIsToldByItsOwnStatus)
+{
+    for (const std::string line : {"http/1.1 404 None", "hTTP/1.0 404 None", "http/1.1\t404", "HTTP/.1 404",
+             "HTTP/1.1 404None", "HTTP/1.1  404 None", "HTTP/2 404", "HTTP/1.1 404.1"}) {
+        SCOPED_TRACE(line);
+        expectReply(replyTo(line + "\r\nContent-Length: 2\r\n\r\nno"), 404, "no");
+    }
+    for (const std::string line : {"http/1.1", "http/1.1 ", "http/1.1 None", "http/1.1 2", "http/1.1 -20",
+             "http/1.1 099", "HTTP/.1 2x0", "http/1.1 100 Continue"}) {
+        SCOPED_TRACE(line);
+        expectError(replyTo(line + "\r\nContent-Length: 2\r\n\r\nok"));
+    }
+}
+
 TEST_F(CurlHttpSessionTest, AReplyWhoseLengthIsNotOneNumberIsAnError)
 {
     for (const std::string length : {"99999999999999999999999", "9223372036854775808", "-1", "x", "2x",
