@@ -46,7 +46,7 @@ void PanelRequestCommand::sendTo(const std::string& address)
         return;
     }
     if (m_tools.httpSession.sentRequests() == 0)
-        finish(networkFailure("its address makes no URL"));
+        finish(networkFailure("its address cannot stand in a URL"));
     else if (isShort())
         setDeadline();
 }

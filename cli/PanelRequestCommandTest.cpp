@@ -37,14 +37,14 @@ protected:
 
 TEST_F(PingCommandTest, AnswerOfStatus200IsDone)
 {
-    EXPECT_EQ(pingAnsweredBy(200, "OK"), "0 192.168.1.20 is there: OK");
+    EXPECT_EQ(pingAnsweredBy(200, "OK"), "0 192.168.1.20 answered: OK");
     EXPECT_EQ(inner.request(0).url.text, "http://192.168.1.20:5000/pingServerWithIP?ip=192.168.1.5&msg=ping");
     EXPECT_EQ(jsonText(result->json), R"({"address":"192.168.1.20","status":200,"answer":"OK"})");
 }
 
 TEST_F(PingCommandTest, EmptyAnswerIsDone)
 {
-    EXPECT_EQ(pingAnsweredBy(200, ""), "0 192.168.1.20 is there");
+    EXPECT_EQ(pingAnsweredBy(200, ""), "0 192.168.1.20 answered");
 }
 
 TEST_F(PingCommandTest, BusyPanelHasSaidNo)
@@ -130,7 +130,7 @@ TEST_F(PingCommandTest, PanelIsFoundByName)
     browsers.findAndResolve("Meridian 65|Room|C0A80114");
     queue.advance(300ms);
     answer(200, "OK");
-    EXPECT_EQ(resultText(), "0 192.168.1.20 is there: OK");
+    EXPECT_EQ(resultText(), "0 192.168.1.20 answered: OK");
 }
 
 TEST_F(PingCommandTest, PanelThatIsNotFoundIsStatus3After5Seconds)
@@ -145,7 +145,7 @@ TEST_F(PingCommandTest, AddressThatMakesNoUrlIsStatus4)
 {
     PingCommand command(tools(), {{"1 2", std::nullopt}, std::nullopt}, host());
     start(command);
-    EXPECT_EQ(resultText(), "4 1 2: its address makes no URL");
+    EXPECT_EQ(resultText(), "4 1 2: its address cannot stand in a URL");
 }
 
 class TouchbackCommandTest : public PanelRequestCommandTest { };

@@ -51,7 +51,7 @@ Result PingCommand::resultOfAnswer(int status, const std::string& body)
         return {ExitStatus::refused, address() + " says that casting is off", {}};
     if (m_reading->reply == "DEVICE_BUSY")
         return {ExitStatus::refused, address() + " says that it is busy", {}};
-    return {ExitStatus::done, address() + " is there" + (body.empty() ? "" : ": " + excerpt(body)), {}};
+    return {ExitStatus::done, address() + " answered" + (body.empty() ? "" : ": " + excerpt(body)), {}};
 }
 
 TouchbackCommand::TouchbackCommand(

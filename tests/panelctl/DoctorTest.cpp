@@ -252,7 +252,7 @@ TEST_F(PanelctlDiscoveryTest, PanelsAreListed)
 TEST_F(PanelctlDiscoveryTest, NameLeadsToThePanelAndEndsTheSearch)
 {
     startAnnouncedPanel();
-    EXPECT_EQ(run({"ping", "--panel", "Room 204"}).output, "127.0.0.1 is there: OK\n");
+    EXPECT_EQ(run({"ping", "--panel", "Room 204"}).output, "127.0.0.1 answered: OK\n");
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(run({"discover", "--seconds", "60", "--panel", "Room 204"}).status, 0);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 30s);

@@ -26,7 +26,7 @@ protected:
 TEST_F(PanelctlRequestsTest, PingOfAPanelThatIsThereIsStatus0)
 {
     const Ending ending = runAtPanel({"ping"});
-    EXPECT_EQ(ending.output, "127.0.0.1 is there: OK\n");
+    EXPECT_EQ(ending.output, "127.0.0.1 answered: OK\n");
     EXPECT_EQ(ending.status, 0);
     EXPECT_EQ(panel->state()["pings"].toObject()["lastIp"].toString(), "127.0.0.1");
 }
@@ -224,14 +224,14 @@ TEST_F(PanelctlRequestsTest, ConsoleLinesComeWithVerboseOnly)
     const Ending ending = runAtPanel({"ping", "--verbose"});
     EXPECT_THAT(ending.output, StartsWith("<Response http://127.0.0.1:5000/pingServerWithIP"));
     EXPECT_THAT(ending.output, HasSubstr("statusCode: 200\nPing succeeded..OK\n"));
-    EXPECT_THAT(ending.output, EndsWith("127.0.0.1 is there: OK\n"));
+    EXPECT_THAT(ending.output, EndsWith("127.0.0.1 answered: OK\n"));
 }
 
 TEST_F(PanelctlRequestsTest, WhatAPanelSaysDoesNothingToTheTerminal)
 {
     panelAnswers("text \x1b[31mred\x07");
     const Ending ending = runAtPanel({"ping"});
-    EXPECT_EQ(ending.output, "127.0.0.1 is there: \\x1b[31mred\\x07\n");
+    EXPECT_EQ(ending.output, "127.0.0.1 answered: \\x1b[31mred\\x07\n");
 }
 
 TEST_F(PanelctlRequestsTest, SignalEndsARequest)
