@@ -4,6 +4,7 @@
 #include "platform/FatalError.h"
 #include "platform/posix/FatalErrorLog.h"
 #include "platform/posix/StandardDescriptors.h"
+#include "platform/Version.h"
 #include "ui/Accessibility.h"
 #include "ui/FocusRing.h"
 #include "ui/Theme.h"
@@ -23,7 +24,7 @@ std::optional<int> answerWithoutWindow(const ParsedOptions& parsed)
         return 0;
     }
     if (std::holds_alternative<VersionWanted>(parsed)) {
-        std::puts("panel-companion " PANEL_COMPANION_VERSION);
+        std::puts(("panel-companion " + versionText()).c_str());
         return 0;
     }
     if (const auto* badUsage = std::get_if<BadUsage>(&parsed)) {

@@ -17,6 +17,7 @@
 #include "platform/posix/RoutedInterfaceName.h"
 #include "platform/posix/SignalDescriptor.h"
 #include "platform/qt/QtMainQueue.h"
+#include "platform/Version.h"
 
 #include <csignal>
 #include <QCoreApplication>
@@ -27,7 +28,11 @@ namespace companion::cli {
 
 namespace {
 
-constexpr auto programName = "panelctl " PANEL_COMPANION_VERSION;
+/// The name and version that go into recordings and the report of `doctor`.
+std::string programName()
+{
+    return "panelctl " + versionText();
+}
 
 } // namespace
 
@@ -164,8 +169,7 @@ std::unique_ptr<Command> Panelctl::Parts::makeTouches()
     return std::make_unique<TouchesCommand>(
         TouchesCommand::Tools{search(), m_sockets, m_portHolder, m_output},
         TouchesCommand::Request{choice(), m_options.timeout, m_options.recording,
-            std::string(programName) + ", " + currentTimeText(), m_options.mostRecordedBytes,
-            m_options.isJson});
+            programName() + ", " + currentTimeText(), m_options.mostRecordedBytes, m_options.isJson});
 }
 
 std::unique_ptr<Command> Panelctl::Parts::makeDoctor()
@@ -174,7 +178,7 @@ std::unique_ptr<Command> Panelctl::Parts::makeDoctor()
         DoctorCommand::Tools{search(), m_sockets, m_portHolder, m_tcpProbe, m_displayProbe, m_observedSession,
             host(), m_output, std::chrono::steady_clock::now},
         DoctorCommand::Request{choice(), m_options.interfaceName, m_options.timeout, m_options.awaitsTouches,
-            m_options.isJson, programName,
+            m_options.isJson, programName(),
             QSysInfo::prettyProductName().toStdString() + ", Linux "
                 + QSysInfo::kernelVersion().toStdString()});
 }

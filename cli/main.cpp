@@ -3,6 +3,7 @@
 #include "cli/Panelctl.h"
 #include "cli/StdioOutput.h"
 #include "platform/posix/StandardDescriptors.h"
+#include "platform/Version.h"
 
 #include <cstdio>
 #include <fcntl.h>
@@ -41,7 +42,7 @@ std::optional<int> answerAtOnce(const ParsedOptions& parsed)
     if (const auto* help = std::get_if<HelpWanted>(&parsed))
         return print(helpText(help->command));
     if (std::holds_alternative<VersionWanted>(parsed))
-        return print("panelctl " PANEL_COMPANION_VERSION "\n");
+        return print("panelctl " + companion::versionText() + "\n");
     if (const auto* badUsage = std::get_if<BadUsage>(&parsed)) {
         std::fprintf(stderr, "panelctl: %s (see --help)\n", badUsage->message.c_str());
         return static_cast<int>(ExitStatus::badUsage);

@@ -2,6 +2,7 @@
 #include "platform/posix/SignalDescriptor.h"
 #include "platform/posix/StandardDescriptors.h"
 #include "platform/Text.h"
+#include "platform/Version.h"
 #include "simulator/NetworkAddress.h"
 #include "simulator/Options.h"
 #include "simulator/Panel.h"
@@ -61,7 +62,7 @@ try {
     if (options.wantsHelp)
         return std::fputs(helpText().c_str(), stdout) < 0;
     if (options.wantsVersion)
-        return std::puts("panel-simulator " PANEL_COMPANION_VERSION) < 0;
+        return std::puts(("panel-simulator " + versionText()).c_str()) < 0;
     if (options.replay.empty())
         return run(application, options, std::nullopt);
     auto recording = readRecording(options.replay);

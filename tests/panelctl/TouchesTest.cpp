@@ -126,7 +126,7 @@ TEST_F(PanelctlTouchesTest, RecordingHoldsEveryDatagram)
     std::ostringstream text;
     text << std::ifstream(file).rdbuf();
     EXPECT_THAT(text.str(),
-        MatchesRegex("panel-touches 1\n# panelctl [0-9.]+, [0-9: -]+ UTC\n0 DOWN,1,2,3;\n"
+        MatchesRegex("panel-touches 1\n# panelctl [0-9a-f.() ]+, [0-9: -]+ UTC\n0 DOWN,1,2,3;\n"
                      "[0-9]+ A\\\\x0a\\\\xff\\\\\\\\\n[0-9]+ \n[0-9]+ end\n"));
 }
 
