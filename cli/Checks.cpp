@@ -18,9 +18,15 @@ std::size_t countOf(const std::vector<Check>& checks, Mark mark)
 
 constexpr auto portName = "UDP port 41863";
 
-constexpr auto firewallAdvice =
-    "a firewall is the usual reason: \"sudo ufw allow 41863/udp\", or \"sudo firewall-cmd --permanent "
-    "--add-port=41863/udp && sudo firewall-cmd --reload\"; otherwise check that the panel was touched and that touchback is on";
+std::string firewallAdvice(FirewallProfiles profiles)
+{
+    const bool areInstalled = profiles == FirewallProfiles::installed;
+    const std::string ufw = areInstalled ? "panel-companion" : "41863/udp";
+    const std::string firewalld = areInstalled ? "--add-service=panel-companion" : "--add-port=41863/udp";
+    return "a firewall is the usual reason: \"sudo ufw allow " + ufw
+        + "\", or \"sudo firewall-cmd --permanent " + firewalld
+        + " && sudo firewall-cmd --reload\"; otherwise check that the panel was touched and that touchback is on";
+}
 
 bool isCompanion(const std::vector<PortHolder>& holders)
 {
@@ -114,12 +120,12 @@ Check touchPortCheck(const std::optional<std::string>& error, const std::vector<
 }
 
 Check touchesCheck(const std::optional<std::chrono::milliseconds>& after, const std::string& sender,
-    std::chrono::milliseconds waited)
+    std::chrono::milliseconds waited, FirewallProfiles profiles)
 {
     if (after)
         return {
             "touches", Mark::ok, "arrive from " + sender + ", the first after " + secondsText(*after), ""};
-    return {"touches", Mark::fail, "none within " + secondsText(waited), firewallAdvice};
+    return {"touches", Mark::fail, "none within " + secondsText(waited), firewallAdvice(profiles)};
 }
 
 Check noTouchesCheck(const std::string& error)

@@ -35,9 +35,12 @@ std::string summaryText(const std::vector<Check>& checks);
 /// Whether the port for touches can be bound; `error` is the system's message if not.
 Check touchPortCheck(const std::optional<std::string>& error, const std::vector<PortHolder>& holders);
 
+/// Whether this computer's firewalls know the port for touches by the name of the program, as packages arrange.
+enum class FirewallProfiles { none, installed };
+
 /// Whether touches arrived: the first one `after` the start of the wait, from `sender`.
 Check touchesCheck(const std::optional<std::chrono::milliseconds>& after, const std::string& sender,
-    std::chrono::milliseconds waited);
+    std::chrono::milliseconds waited, FirewallProfiles profiles);
 
 /// Replaces `touchesCheck` when the port could not be bound; `error` is the socket's.
 Check noTouchesCheck(const std::string& error);

@@ -131,12 +131,15 @@ TEST(TouchPortCheckTest, HolderIsNamedAndOursIsFine)
 
 TEST(TouchesCheckTest, FirewallCommandsAreNamed)
 {
-    EXPECT_EQ(told(touchesCheck(697ms, "10.0.0.1", 15s)),
+    EXPECT_EQ(told(touchesCheck(697ms, "10.0.0.1", 15s, FirewallProfiles::none)),
         "ok touches: arrive from 10.0.0.1, the first after 0.697 s");
-    const std::string none = told(touchesCheck(std::nullopt, "", 15s));
+    const std::string none = told(touchesCheck(std::nullopt, "", 15s, FirewallProfiles::none));
     EXPECT_THAT(none, StartsWith("fail touches: none within 15 s - a firewall is the usual reason: "));
     EXPECT_THAT(none, HasSubstr("sudo ufw allow 41863/udp"));
     EXPECT_THAT(none, HasSubstr("sudo firewall-cmd --permanent --add-port=41863/udp"));
+    const std::string named = told(touchesCheck(std::nullopt, "", 15s, FirewallProfiles::installed));
+    EXPECT_THAT(named, HasSubstr("\"sudo ufw allow panel-companion\""));
+    EXPECT_THAT(named, HasSubstr("\"sudo firewall-cmd --permanent --add-service=panel-companion && sudo"));
     EXPECT_EQ(told(noTouchesCheck("Address already in use")),
         "warn touches: not checked, since another program has the port");
     EXPECT_EQ(told(noTouchesCheck("Permission denied")), "warn touches: not checked: Permission denied");

@@ -122,7 +122,7 @@ void DoctorCommand::finishTouches(
         return;
     m_socket->close();
     switchTouchback(/*isOn=*/false);
-    report(touchesCheck(after, sender, touchTime()));
+    report(touchesCheck(after, sender, touchTime(), m_request.firewallProfiles));
     checkDisplay();
 }
 

@@ -38,6 +38,7 @@ public:
         std::optional<std::chrono::milliseconds> timeout; ///< Of each step.
         bool awaitsTouches = false;
         bool isJson = false;
+        FirewallProfiles firewallProfiles = FirewallProfiles::none;
         std::string version;
         std::string system;
     };

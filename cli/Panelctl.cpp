@@ -178,7 +178,7 @@ std::unique_ptr<Command> Panelctl::Parts::makeDoctor()
         DoctorCommand::Tools{search(), m_sockets, m_portHolder, m_tcpProbe, m_displayProbe, m_observedSession,
             host(), m_output, std::chrono::steady_clock::now},
         DoctorCommand::Request{choice(), m_options.interfaceName, m_options.timeout, m_options.awaitsTouches,
-            m_options.isJson, programName(),
+            m_options.isJson, firewallProfiles(), programName(),
             QSysInfo::prettyProductName().toStdString() + ", Linux "
                 + QSysInfo::kernelVersion().toStdString()});
 }

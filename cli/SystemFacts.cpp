@@ -23,6 +23,15 @@ std::string whyNotReadable(const std::string& path)
     return "it cannot be read whole into memory";
 }
 
+FirewallProfiles firewallProfiles()
+{
+    // Packages install it together with firewalld's.
+    std::error_code ignored;
+    return std::filesystem::exists("/etc/ufw/applications.d/panel-companion", ignored)
+        ? FirewallProfiles::installed
+        : FirewallProfiles::none;
+}
+
 std::string currentTimeText()
 {
     const std::time_t now = std::time(nullptr);
