@@ -1,0 +1,148 @@
+"""What packages and desktops read: the version, the desktop entry, icons, firewall profiles, the Debian package's lists."""
+
+import configparser
+import os
+import pathlib
+import re
+import shutil
+import struct
+import subprocess
+import xml.etree.ElementTree as xml
+
+import pytest
+
+ROOT = pathlib.Path(__file__).parents[2]
+PACKAGING = ROOT / "packaging"
+PROGRAMS = pathlib.Path(os.environ["PANEL_COMPANION_PROGRAMS"])
+REMEDY = "is not installed (./test --with-optional installs it)"
+
+
+def need(tool):
+    if not shutil.which(tool):
+        pytest.skip(f"{tool} {REMEDY}")
+
+
+def output(*command):
+    done = subprocess.run(command, text=True, check=False, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                          stderr=subprocess.STDOUT, timeout=60)
+    assert done.returncode == 0, done.stdout
+    return done.stdout
+
+
+def test_all_programs_tell_the_projects_version_and_the_same_commit():
+    told = {output(PROGRAMS / name, "--version").removeprefix(f"{name} ")
+            for name in ("panel-companion", "panelctl", "panel-simulator")}
+    assert len(told) == 1
+    version = re.escape(os.environ["PANEL_COMPANION_VERSION"])
+    assert re.fullmatch(rf"{version}( \([0-9a-f]{{12}}\))?\n", told.pop())
+
+
+@pytest.fixture
+def repository(tmp_path):
+    """A repository of what tells the version."""
+    need("git")
+    folder = tmp_path / "repository"
+    for name in (".gitattributes", "cmake/WriteVersion.cmake", "platform/Version.cpp.in"):
+        (folder / name).parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy(ROOT / name, folder / name)
+    output("git", "-C", folder, "init", "-q")
+    output("git", "-C", folder, "add", ".")
+    output("git", "-C", folder, "-c", "user.name=T", "-c", "user.email=t@localhost", "commit", "-q", "-m", "all")
+    return folder
+
+
+def written_version(folder, target):
+    output("cmake", "-D", f"SOURCE={folder}", "-D", "VERSION=1.2.3", "-D", f"OUTPUT={target}",
+           "-P", folder / "cmake/WriteVersion.cmake")
+    return re.search(r'return "(.*)"', target.read_text(encoding="utf-8"))[1]
+
+
+def test_version_names_the_commit_of_a_checkout_and_of_an_archive(repository, tmp_path):
+    commit = output("git", "-C", repository, "rev-parse", "HEAD")[:12]
+    assert written_version(repository, tmp_path / "Version.cpp") == f"1.2.3 ({commit})"
+    archive, unpacked = tmp_path / "sources.tar", tmp_path / "unpacked"
+    output("git", "-C", repository, "archive", "-o", archive, "HEAD")
+    shutil.unpack_archive(archive, unpacked)
+    assert written_version(unpacked, tmp_path / "Version.cpp") == f"1.2.3 ({commit})"
+
+
+def test_version_names_no_commit_of_a_repository_around_the_sources(repository, tmp_path):
+    inside = repository / "vendor"
+    shutil.copytree(repository, inside, ignore=shutil.ignore_patterns(".git", "vendor"))
+    assert written_version(inside, tmp_path / "Version.cpp") == "1.2.3"
+
+
+def test_desktop_entry_is_valid():
+    need("desktop-file-validate")
+    assert output("desktop-file-validate", PACKAGING / "panel-companion.desktop") == ""
+
+
+def test_metainfo_is_valid():
+    need("appstreamcli")
+    output("appstreamcli", "validate", "--no-net", PACKAGING / "panel-companion.metainfo.xml")
+
+
+def test_firewall_profiles_open_the_port_for_touches():
+    ufw = configparser.ConfigParser()
+    ufw.read(PACKAGING / "firewall/ufw/panel-companion")
+    assert ufw["panel-companion"]["ports"] == "41863/udp"
+    ports = xml.parse(PACKAGING / "firewall/firewalld/panel-companion.xml").getroot().findall("port")
+    assert [port.attrib for port in ports] == [{"protocol": "udp", "port": "41863"}]
+
+
+@pytest.fixture(scope="module")
+def installed(tmp_path_factory):
+    prefix = tmp_path_factory.mktemp("installed")
+    output("cmake", "--install", os.environ["PANEL_COMPANION_BUILD"], "--prefix", prefix)
+    return prefix
+
+
+def test_icon_is_installed_as_svg_as_symbol_and_in_the_sizes_that_desktops_ask_for(installed):
+    icons = installed / "share/icons/hicolor"
+    assert (icons / "scalable/apps/panel-companion.svg").is_file()
+    symbol = (icons / "symbolic/apps/panel-companion-symbolic.svg").read_text(encoding="utf-8")
+    assert set(re.findall(r'(?:fill|stroke)="([^"]+)"', symbol)) == {"#2e3436"}, "desktops replace one colour"
+    if not list(icons.glob("*x*")):
+        pytest.skip(f"rsvg-convert, which draws the sizes, {REMEDY} before the build")
+    sizes = {}
+    for picture in icons.glob("*x*/apps/panel-companion.png"):
+        sizes[picture.parts[-3]] = struct.unpack(">II", picture.read_bytes()[16:24])
+    assert sizes == {f"{size}x{size}": (size, size) for size in (16, 22, 24, 32, 48, 64, 128, 256)}
+
+
+def fields(stanza):
+    """The fields of one stanza of debian/control."""
+    return dict(re.findall(r"^(\S+): ?((?:.*)(?:\n .*)*)", stanza, re.MULTILINE))
+
+
+def names(relation):
+    """A list of dependencies: sets of alternatives, without versions."""
+    return {frozenset(re.findall(r"(?:^|\| )([^\s|(]+)", entry.strip())) for entry in relation.split(",") if entry.strip()}
+
+
+def test_debian_package_is_built_from_the_packages_that_dependencies_txt_lists():
+    control = (PACKAGING / "debian/control").read_text(encoding="utf-8").split("\n\n")
+    listed = {frozenset(line.split()[1].split("|"))
+              for line in (ROOT / "tools/dependencies.txt").read_text(encoding="utf-8").splitlines()
+              if line.startswith("build ")}
+    essential = {frozenset({"g++"})}
+    of_packaging = {frozenset({"debhelper-compat"}), frozenset({"librsvg2-bin"})}
+    assert names(fields(control[0])["Build-Depends"]) - of_packaging == listed - essential
+
+
+def test_every_installed_file_is_in_a_debian_package(installed):
+    lists = [line.split()[0] for name in ("panel-companion.install", "panel-simulator.install", "not-installed")
+             for line in (PACKAGING / "debian" / name).read_text(encoding="utf-8").splitlines()]
+    for file in installed.rglob("*"):
+        if file.is_file():
+            path = f"usr/{file.relative_to(installed)}"
+            assert any(path == entry or path.startswith(f"{entry}/") for entry in lists), path
+
+
+def test_continuous_integration_calls_the_test_script_on_every_combination():
+    yaml = pytest.importorskip("yaml", reason=f"python3-yaml {REMEDY}")
+    description = yaml.safe_load((ROOT / ".github/workflows/test.yml").read_text(encoding="utf-8"))
+    job = description["jobs"]["test"]
+    assert job["strategy"]["matrix"]["system"] == ["debian:12", "debian:13", "ubuntu:24.04"]
+    assert job["strategy"]["matrix"]["compiler"] == ["gcc", "clang"]
+    assert any("./test" in step.get("run", "") for step in job["steps"])
