@@ -24,6 +24,8 @@ std::optional<std::string_view> takeComponent(std::optional<std::string_view>& r
     return component;
 }
 
+constexpr std::string_view halfAPair = "\xEF\xBF\xBD"; // the replacement character
+
 /// The length in bytes that this first byte of a UTF-8 sequence promises (RFC 3629).
 std::size_t promisedLength(unsigned char first)
 {
@@ -79,15 +81,18 @@ bool namesSupportedModelInAnyCase(std::string_view model)
 
 std::optional<std::array<std::string, 4>> hexArrayFromString(std::string_view address)
 {
-    std::array<std::string, 4> pieces;
-    for (std::size_t character = 0; character < 8; ++character) {
+    std::array<std::string, 8> units;
+    for (std::size_t unit = 0; unit < units.size(); ++unit) {
         if (address.empty())
             return std::nullopt;
         const std::size_t length = characterLength(address);
-        pieces[character / 2] += address.substr(0, length);
+        units[unit] = address.substr(0, length);
+        const bool isPair = length == 4;
+        if (isPair && ++unit < units.size() && unit % 2 == 0)
+            units[unit] = halfAPair; // the other half is in the piece before
         address.remove_prefix(length);
     }
-    return pieces;
+    return std::array{units[0] + units[1], units[2] + units[3], units[4] + units[5], units[6] + units[7]};
 }
 
 std::string formattedStringFromAddressComponents(const std::array<std::string, 4>& components)

@@ -29,8 +29,8 @@ bool namesSupportedModel(std::string_view model);
 bool namesSupportedModelInAnyCase(std::string_view model);
 
 /// hexArrayFromString:
-/// Characters 1 and 2, 3 and 4, 5 and 6, 7 and 8; nothing when there are fewer than eight. A character is a Unicode
-/// code point, or a byte that belongs to none.
+/// Characters 1 and 2, 3 and 4, 5 and 6, 7 and 8; nothing when there are fewer than eight. A character is a UTF-16 unit,
+/// so that an emoji is two, or a byte that belongs to none.
 std::optional<std::array<std::string, 4>> hexArrayFromString(std::string_view address);
 
 /// formattedStringFromAddressComponents:

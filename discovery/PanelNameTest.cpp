@@ -53,8 +53,18 @@ TEST(PanelName, AnAddressIsFourPiecesOfTwoCharacters)
 
 TEST(PanelName, CharactersAreCountedNotBytes)
 {
-    EXPECT_THAT(hexArrayFromString("äö0A😀€02"), Optional(ElementsAre("äö", "0A", "😀€", "02")));
+    EXPECT_THAT(hexArrayFromString("äö0Aß€02"), Optional(ElementsAre("äö", "0A", "ß€", "02")));
     EXPECT_EQ(hexArrayFromString("ääää"), std::nullopt) << "8 bytes, 4 characters";
+}
+
+TEST(PanelName, ACharacterBeyondTheBasicPlaneCountsTwo)
+{
+    EXPECT_THAT(hexArrayFromString("0A😀020F"), Optional(ElementsAre("0A", "😀", "02", "0F")));
+    EXPECT_THAT(hexArrayFromString("0😀A020F"), Optional(ElementsAre("0😀", "\uFFFDA", "02", "0F")));
+    EXPECT_THAT(hexArrayFromString("0A00020😀"), Optional(ElementsAre("0A", "00", "02", "0😀")));
+    EXPECT_THAT(hexArrayFromString("😀😀😀😀"), Optional(ElementsAre("😀", "😀", "😀", "😀")));
+    EXPECT_EQ(hexArrayFromString("0A000😀"), std::nullopt) << "7 characters";
+    EXPECT_EQ(addressOf("0😀A020F"), "0.0.2.15");
 }
 
 TEST(PanelName, BytesThatAreNotUtf8CountOneEach)
@@ -66,13 +76,18 @@ TEST(PanelName, BytesThatAreNotUtf8CountOneEach)
     EXPECT_THAT(hexArrayFromString("0A0002\x80\xF0"), Optional(ElementsAre("0A", "00", "02", "\x80\xF0")));
 }
 
-TEST(PanelName, TheFirstAndLastCharactersOfEachLengthCountOne)
+TEST(PanelName, TheFirstAndLastCharactersOfEachLengthAreWhole)
 {
-    for (const std::string character :
-        {"\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xEF\xBF\xBD", "\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
+    for (const std::string character : {"\xC2\x80", "\xDF\xBF", "\xE0\xA0\x80", "\xEF\xBF\xBD"}) {
         EXPECT_EQ(hexArrayFromString("0A0002" + character), std::nullopt) << character;
         EXPECT_THAT(hexArrayFromString(character + "A0002FF"),
             Optional(ElementsAre(character + "A", "00", "02", "FF")))
+            << character;
+    }
+    for (const std::string character : {"\xF0\x90\x80\x80", "\xF4\x8F\xBF\xBF"}) {
+        EXPECT_EQ(hexArrayFromString("0A000" + character), std::nullopt) << character;
+        EXPECT_THAT(
+            hexArrayFromString(character + "0002FF"), Optional(ElementsAre(character, "00", "02", "FF")))
             << character;
     }
     EXPECT_THAT(hexArrayFromString("0A0002\xC3\xC3"), Optional(ElementsAre("0A", "00", "02", "\xC3\xC3")));
