@@ -235,6 +235,33 @@ TEST_F(DevicesListScreenTest, ARowThatWasLeftWhileItWasGoneComesBackWithoutTheCh
     EXPECT_EQ(icons(), "connectedChain radioIcon radioIcon");
 }
 
+TEST_F(DevicesListScreenTest, TheChainIsWithItsRowWhereverTheListIsScrolled)
+{
+    openList();
+    for (int number = 10; number < 30; ++number)
+        announce("Meridian 65|Room " + std::to_string(number) + "|0A0002" + std::to_string(number));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return table().model()->rowCount() == 20; }));
+    const auto iconOnScreen = [this](int row) {
+        const QRect cell = table().visualRect(table().model()->index(row, 0));
+        return table().viewport()->grab(QRect(cell.left() + 16, cell.top() + 18, 24, 24)).toImage();
+    };
+    const QImage unpicked = iconOnScreen(0);
+    clickRow(0);
+    const QImage picked = iconOnScreen(0);
+    ASSERT_NE(picked, unpicked);
+
+    table().scrollToBottom();
+    ASSERT_FALSE(table().viewport()->rect().intersects(table().visualRect(table().model()->index(0, 0))));
+    EXPECT_EQ(iconOnScreen(19), unpicked);
+    table().scrollToTop();
+    EXPECT_EQ(iconOnScreen(0), picked);
+
+    table().scrollToBottom();
+    click(find(list(), "disconnectButton"));
+    table().scrollToTop();
+    EXPECT_EQ(iconOnScreen(0), unpicked);
+}
+
 TEST_F(DevicesListScreenTest, OnlyAPressAndAReleaseOnOneRowPickIt)
 {
     openListOfThree();
@@ -308,6 +335,24 @@ TEST_F(DevicesListScreenTest, PaintingAsksOnlyForTheRowsOnScreen)
     asked = 0;
     view.grab();
     EXPECT_GE(asked, 5);
+    EXPECT_LE(asked, 6);
+}
+
+TEST_F(DevicesListScreenTest, OneMoreRowThan1000AsksOnlyForTheRowsOnScreen)
+{
+    DevicesTableView view;
+    view.resize(360, 300);
+    view.show();
+    int rows = 1000;
+    int asked = 0;
+    view.setDataSource([&rows] { return rows; }, [&asked](int, DeviceTableCellView&) { ++asked; });
+    ASSERT_TRUE(QTest::qWaitFor([&] { return view.model()->rowCount() == 1000 && asked > 0; }));
+    QTest::qWait(50);
+    asked = 0;
+    rows = 1001;
+    view.reloadData();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return view.model()->rowCount() == 1001; }));
+    QTest::qWait(50);
     EXPECT_LE(asked, 6);
 }
 
