@@ -63,6 +63,7 @@ public:
 
 private:
     void logUnknownScreen();
+    void tellTouchStatus(const std::string& sentence);
     void connectView();
     DashboardDependencies dashboardDependencies(QtDashboardView& view);
 
@@ -76,7 +77,7 @@ private:
     ThreadPause m_threadPause;
     QtAlerts m_alerts{m_mainQueue, m_window};
     QtScreen m_screen;
-    InputInjection m_poster{isWaylandSession(), inputCandidates(m_screen, m_log), m_log};
+    InputInjection m_poster;
     FlushingPause m_pause{m_threadPause, m_poster};
 
     PosixInterfaceAddresses m_interfaceAddresses;
@@ -98,6 +99,10 @@ DesktopProgram::Backend::Backend(const Options& options, WidgetMainQueue& mainQu
     , m_mainQueue(mainQueue)
     , m_window(window)
     , m_screen(options.screenName)
+    , m_poster(isWaylandSession(),
+          inputCandidates(m_screen, m_log, options.remembersScreenAccess,
+              [this](const std::string& sentence) { tellTouchStatus(sentence); }),
+          m_log, [this](const std::string& sentence) { tellTouchStatus(sentence); })
     , m_interfaceName(options.interfaceName)
     , m_panels(options.panels, m_announcedPanels, m_mainQueue)
     , m_sockets(m_mainQueue, m_log, [this] { m_poster.flush(); })
@@ -129,6 +134,11 @@ void DesktopProgram::Backend::logUnknownScreen()
     if (!m_screen.isFound())
         m_log.log("There is no screen \"" + *m_options.screenName + "\" among " + joined(QtScreen::names())
             + "; until it is there touches go to the primary one");
+}
+
+void DesktopProgram::Backend::tellTouchStatus(const std::string& sentence)
+{
+    m_log.log(sentence.empty() ? "The desktop lets touches control the pointer" : sentence);
 }
 
 void DesktopProgram::Backend::showDashboard()

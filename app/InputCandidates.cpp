@@ -1,5 +1,8 @@
 #include "app/InputCandidates.h"
 
+#include "platform/PointerEventPoster.h"
+#include "platform/portal/DBusRemoteDesktopPortal.h"
+#include "platform/portal/RemoteDesktopPointer.h"
 #include "platform/qt/QtScreen.h"
 #include "platform/x11/XTestMouseEventPoster.h"
 
@@ -30,6 +33,38 @@ void openXTest(const QtScreen& screen, SystemLog& log, const InputCandidate::Ope
     opened(std::move(poster), whyNot);
 }
 
+/// Whether there is a portal is known only when the bus has answered.
+class PortalOpening {
+public:
+    PortalOpening(const QtScreen& screen, RestoreToken token, InputInjection::StatusChanged statusChanged)
+        : m_screen(screen)
+        , m_token(std::move(token))
+        , m_statusChanged(std::move(statusChanged))
+    {
+    }
+
+    void open(InputCandidate::Opened opened)
+    {
+        m_portal = std::make_unique<DBusRemoteDesktopPortal>();
+        m_portal->readVersion([this, opened = std::move(opened)](unsigned version, const std::string& error) {
+            opened(version > 0 ? makePoster() : nullptr, "no RemoteDesktop portal: " + error);
+        });
+    }
+
+private:
+    std::unique_ptr<MouseEventPoster> makePoster()
+    {
+        auto pointer =
+            std::make_unique<RemoteDesktopPointer>(std::move(m_portal), m_screen, m_token, m_statusChanged);
+        return std::make_unique<PointerEventPoster>(std::move(pointer), m_screen, desktopClickRules);
+    }
+
+    const QtScreen& m_screen;
+    const RestoreToken m_token;
+    const InputInjection::StatusChanged m_statusChanged;
+    std::unique_ptr<DBusRemoteDesktopPortal> m_portal;
+};
+
 } // namespace
 
 bool isWaylandSession()
@@ -38,14 +73,21 @@ bool isWaylandSession()
         || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
 }
 
-std::vector<InputCandidate> inputCandidates(const QtScreen& screen, SystemLog& log)
+std::vector<InputCandidate> inputCandidates(const QtScreen& screen, SystemLog& log,
+    bool remembersScreenAccess, const InputInjection::StatusChanged& statusChanged)
 {
     std::vector<InputCandidate> candidates;
     for (const InputWay way : inputWays(isWaylandSession())) {
         switch (way) {
         case InputWay::virtualPointer:
-        case InputWay::portal:
             break;
+        case InputWay::portal: {
+            RestoreToken token =
+                remembersScreenAccess ? RestoreToken(RestoreToken::defaultFile()) : RestoreToken();
+            auto opening = std::make_shared<PortalOpening>(screen, std::move(token), statusChanged);
+            candidates.push_back({way, [opening](const auto& opened) { opening->open(opened); }});
+            break;
+        }
         case InputWay::xtest:
             candidates.push_back({way, [&](const auto& opened) { openXTest(screen, log, opened); }});
             break;

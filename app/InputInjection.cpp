@@ -4,50 +4,68 @@
 
 namespace companion {
 
-InputInjection::InputInjection(bool isWaylandSession, std::vector<InputCandidate> candidates, SystemLog& log)
+InputInjection::InputInjection(bool isWaylandSession, std::vector<InputCandidate> candidates, SystemLog& log,
+    StatusChanged statusChanged)
     : m_isWaylandSession(isWaylandSession)
     , m_candidates(std::move(candidates))
     , m_log(log)
+    , m_statusChanged(std::move(statusChanged))
 {
-    tryCandidate(0);
+    choose();
 }
 
 InputInjection::~InputInjection() = default;
 
+void InputInjection::choose()
+{
+    m_isChoosing = true;
+    m_refused.clear();
+    tryCandidate(0);
+}
+
 void InputInjection::tryCandidate(std::size_t index)
 {
-    if (index == m_candidates.size())
+    if (index == m_candidates.size()) {
+        m_isChoosing = false;
+        if (m_areTouchesExpected)
+            m_statusChanged(noInputWayText(m_refused));
         return;
+    }
     m_candidates[index].open([weak = std::weak_ptr(m_self), index](
                                  std::unique_ptr<MouseEventPoster> poster, const std::string& whyNot) {
-        const auto self = weak.lock();
-        if (!self)
-            return;
-        const InputWay way = (*self)->m_candidates[index].way;
-        if (poster) {
-            (*self)->pick(way, std::move(poster));
-            return;
-        }
-        (*self)->m_refused.push_back({way, whyNot});
-        (*self)->tryCandidate(index + 1);
+        if (const auto self = weak.lock())
+            (*self)->takeAnswer(index, std::move(poster), whyNot);
     });
+}
+
+void InputInjection::takeAnswer(
+    std::size_t index, std::unique_ptr<MouseEventPoster> poster, const std::string& whyNot)
+{
+    const InputWay way = m_candidates[index].way;
+    if (poster) {
+        pick(way, std::move(poster));
+        return;
+    }
+    m_refused.push_back({way, whyNot});
+    tryCandidate(index + 1);
 }
 
 void InputInjection::pick(InputWay way, std::unique_ptr<MouseEventPoster> poster)
 {
+    m_isChoosing = false;
+    m_way = way;
+    m_posterOfAnyThread = poster.get();
     m_poster = std::move(poster);
-    m_posterOfAnyThread = m_poster.get();
     m_log.log(inputChoiceText(m_isWaylandSession, way, m_refused));
     if (m_areTouchesExpected)
         m_poster->touchesBegin();
 }
 
-/// Nothing is logged while a candidate has not answered.
-void InputInjection::logNoWayOnce()
+/// A portal may have been installed, or have crashed at the last try.
+bool InputInjection::canChooseBetter() const
 {
-    const bool isDecided = m_refused.size() == m_candidates.size();
-    if (isDecided && !std::exchange(m_isNoWayLogged, true))
-        m_log.log(noInputWayText(m_refused));
+    const bool reachesX11ProgramsOnly = m_isWaylandSession && m_way == InputWay::xtest;
+    return !m_isChoosing && (!m_poster || reachesX11ProgramsOnly);
 }
 
 std::optional<MouseEvent> InputInjection::makeMouseEvent(MouseEventType type, Point at)
@@ -64,8 +82,6 @@ void InputInjection::post(const MouseEvent& event)
 {
     if (m_poster)
         m_poster->post(event);
-    else
-        logNoWayOnce();
 }
 
 void InputInjection::post(const KeyEvent& event)
@@ -89,7 +105,9 @@ void InputInjection::sync()
 void InputInjection::touchesBegin()
 {
     m_areTouchesExpected = true;
-    if (m_poster)
+    if (canChooseBetter())
+        choose();
+    else if (m_poster)
         m_poster->touchesBegin();
 }
 

@@ -23,12 +23,16 @@ struct InputCandidate {
 /// Picks the first way of injecting input that can be opened, logs the choice with its reason in one line, and posts that
 /// way. Main thread only, but for `releaseHeldButton`.
 ///
-/// Everything of the program but touches works without a way: touches are dropped, which is logged at the first one.
-/// They are dropped, too, while the choice is being made.
+/// Touches are dropped while the choice is being made, and where there is no way. Then, and where only X11 programs of a
+/// Wayland session are reached, the choice is made anew whenever touches begin.
 class InputInjection : public MouseEventPoster {
 public:
+    /// One sentence on why no touch arrives.
+    using StatusChanged = std::function<void(const std::string& sentence)>;
+
     /// `log` must outlive this object. The candidates come best first.
-    InputInjection(bool isWaylandSession, std::vector<InputCandidate> candidates, SystemLog& log);
+    InputInjection(bool isWaylandSession, std::vector<InputCandidate> candidates, SystemLog& log,
+        StatusChanged statusChanged);
     ~InputInjection() override;
 
     std::optional<MouseEvent> makeMouseEvent(MouseEventType type, Point at) override;
@@ -42,18 +46,22 @@ public:
     void releaseHeldButton() override;
 
 private:
+    void choose();
     void tryCandidate(std::size_t index);
+    void takeAnswer(std::size_t index, std::unique_ptr<MouseEventPoster> poster, const std::string& whyNot);
     void pick(InputWay way, std::unique_ptr<MouseEventPoster> poster);
-    void logNoWayOnce();
+    bool canChooseBetter() const;
 
     const bool m_isWaylandSession;
     const std::vector<InputCandidate> m_candidates;
     SystemLog& m_log;
+    const StatusChanged m_statusChanged;
+    bool m_isChoosing = false;
     std::vector<RefusedInputWay> m_refused;
+    InputWay m_way = InputWay::xtest; ///< Of the poster.
     std::unique_ptr<MouseEventPoster> m_poster;
     std::atomic<MouseEventPoster*> m_posterOfAnyThread = nullptr;
     bool m_areTouchesExpected = false;
-    bool m_isNoWayLogged = false;
     const std::shared_ptr<InputInjection*> m_self = std::make_shared<InputInjection*>(this);
 };
 

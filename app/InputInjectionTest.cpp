@@ -39,7 +39,8 @@ protected:
 
     InputInjection& inject(std::vector<InputCandidate> candidates)
     {
-        return injection.emplace(/*isWaylandSession=*/true, std::move(candidates), log);
+        return injection.emplace(/*isWaylandSession=*/true, std::move(candidates), log,
+            [this](const std::string& sentence) { transcript.add("status " + sentence); });
     }
 
     Transcript transcript;
@@ -88,14 +89,37 @@ TEST_F(InputInjectionTest, AnAnswerAfterTheEndIsIgnored)
     EXPECT_EQ(transcript.take(), "");
 }
 
-TEST_F(InputInjectionTest, WithoutAWayTheFirstTouchLogsTheReasonsOnce)
+TEST_F(InputInjectionTest, WithoutAWayTheReasonsAreToldAndTriedAgainWheneverTouchesBegin)
 {
-    InputInjection& injecting = inject({refused(InputWay::xtest, "no X display")});
+    bool isThere = false;
+    InputInjection& injecting = inject({{InputWay::portal,
+        [&](const auto& opened) { isThere ? opened(makePoster(), "") : opened(nullptr, "no portal"); }}});
+    injecting.post(press);
     EXPECT_EQ(transcript.take(), "");
     ASSERT_TRUE(injecting.makeMouseEvent(MouseEventType::leftDown, {1, 2}));
+    injecting.touchesBegin();
+    EXPECT_EQ(transcript.take(),
+        "status Cannot inject input: no portal; install xdg-desktop-portal and its backend for this desktop");
+    isThere = true;
+    injecting.touchesBegin();
+    ASSERT_TRUE(poster);
+    EXPECT_EQ(poster->touchesBegan, 1);
+}
+
+TEST_F(InputInjectionTest, WhereOnlyX11ProgramsAreReachedTheNextTouchOnTriesThePortalAgain)
+{
+    InputInjection& injecting = inject({late(InputWay::portal), working(InputWay::xtest)});
+    answer(nullptr, "no portal");
+    transcript.clear();
+    injecting.touchesBegin();
     injecting.post(press);
-    injecting.post(press);
-    EXPECT_EQ(transcript.take(), "log Cannot inject input: no X display");
+    EXPECT_EQ(transcript.take(), "down");
+    answer(makePoster(), "");
+    EXPECT_EQ(poster->touchesBegan, 1);
+    EXPECT_NE(transcript.take().find("RemoteDesktop portal"), std::string::npos);
+    answer = nullptr;
+    injecting.touchesBegin();
+    EXPECT_FALSE(answer);
 }
 
 } // namespace companion::testing

@@ -53,6 +53,10 @@ std::vector<CommandLineOption> optionTable(Options& options)
             "address of the paired panel",
             [&](const std::string& value) { return acceptTouchSource(options, value); }},
         flagOption("--no-restart", "do not start again by itself after a fatal error", options.hasNoRestart),
+        flagOption("--remember-screen-access",
+            "on Wayland, let the desktop remember the permission for\n"
+            "touches, so that the next start does not ask again",
+            options.remembersScreenAccess),
     };
 }
 

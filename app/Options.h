@@ -18,6 +18,7 @@ struct Options {
     TouchSource touchFrom = TouchSource::any;
     /// Whether a fatal error is followed by a fresh run only if the user starts one.
     bool hasNoRestart = false;
+    bool remembersScreenAccess = false;
 };
 
 struct HelpWanted { };

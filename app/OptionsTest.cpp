@@ -31,6 +31,12 @@ TEST(OptionsTest, NoArgumentsLeaveEverythingToTheRules)
     EXPECT_TRUE(none.panels.empty());
     EXPECT_EQ(none.touchFrom, TouchSource::any);
     EXPECT_FALSE(none.hasNoRestart);
+    EXPECT_FALSE(none.remembersScreenAccess);
+}
+
+TEST(OptionsTest, ScreenAccessIsRememberedOnRequest)
+{
+    EXPECT_TRUE(options({"--remember-screen-access"}).remembersScreenAccess);
 }
 
 TEST(OptionsTest, ValuesComeBehindABlankOrAnEqualsSign)

@@ -58,6 +58,7 @@ views            platform
 dashboard        platform panel touchback discovery views
 platform/avahi   platform
 platform/curl    platform platform/posix
+platform/portal  platform
 platform/posix   platform
 platform/qt      platform platform/posix
 platform/x11     platform

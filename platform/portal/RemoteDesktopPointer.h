@@ -1,0 +1,66 @@
+#pragma once
+
+#include "platform/PointerDevice.h"
+#include "platform/portal/PointerCallQueue.h"
+#include "platform/portal/RemoteDesktopPortal.h"
+#include "platform/portal/RestoreToken.h"
+#include "platform/Screen.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace companion {
+
+/// The pointer that the desktop's RemoteDesktop portal grants, on the screen that the person picks in its dialog. Main
+/// thread only.
+///
+/// It is asked for when touches begin, unless it is there or being asked for. The session stays open from then on; when
+/// the desktop ends it, the next touches ask again, by the token of the last consent if there is one.
+class RemoteDesktopPointer : public PointerDevice {
+public:
+    /// One sentence on why touches do not arrive, or "" when they do. It may be called within `touchesBegin`.
+    using StatusChanged = std::function<void(const std::string& sentence)>;
+
+    /// `screen`, which stands in where the portal does not tell the size of the picked one, must outlive this object.
+    RemoteDesktopPointer(std::unique_ptr<RemoteDesktopPortal> portal, const Screen& screen,
+        RestoreToken token, StatusChanged statusChanged);
+    ~RemoteDesktopPointer() override;
+
+    std::optional<Size> area() const override;
+    void moveTo(Point at) override;
+    void setLeftButtonDown(bool isDown) override;
+    void flush() override { }
+
+    /// The desktop stamps events as it receives them, and nothing tells when that was.
+    void sync() override { }
+    void touchesBegin() override;
+
+private:
+    enum class State { closed, asking, granted };
+    using Answered = RemoteDesktopPortal::Answered;
+
+    Answered then(void (RemoteDesktopPointer::*next)());
+    void create(unsigned version, const std::string& error);
+    void selectPointer();
+    void selectMonitor();
+    void start();
+    void finish(const PortalAnswer& answer);
+    void grant(const ScreenStream& stream);
+    void fail(const PortalAnswer& answer);
+    void close(const std::string& sentence);
+    PersistMode persistMode() const;
+    void send(const PointerCallQueue::Event& event);
+
+    const std::unique_ptr<RemoteDesktopPortal> m_portal;
+    const Screen& m_screen;
+    RestoreToken m_token;
+    StatusChanged m_statusChanged;
+    State m_state = State::closed;
+    unsigned m_version = 0;
+    ScreenStream m_stream;
+    std::optional<PointerCallQueue> m_calls; ///< Of the session.
+};
+
+} // namespace companion
