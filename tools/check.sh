@@ -169,7 +169,7 @@ own_header_not_first() {
 check_headers() {
     check "every source includes its own header first" own_header_not_first
     check "Qt's headers stay in adapters and widgets" \
-        foreign_headers 'Q[A-Z]|Qt' 'platform/(qt|avahi|x11)|ui|app|cli|simulator'
+        foreign_headers 'Q[A-Z]|Qt' 'platform/(qt|avahi|portal|x11)|ui|app|cli|simulator'
     check "X11's headers stay in their adapter" foreign_headers '(X11|xcb)/' 'platform/x11'
     check "libcurl's headers stay in their adapter" foreign_headers 'curl/' 'platform/curl'
     check "the command-line library's headers stay in one file" foreign_headers 'CLI/' 'platform'
