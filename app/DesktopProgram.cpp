@@ -86,7 +86,7 @@ private:
     ListedPanels m_panels;
     PosixAsyncUdpSocketFactory m_sockets;
     PosixFileReader m_fileReader;
-    QtFileChooser m_fileChooser{m_mainQueue, m_log, m_window};
+    QtFileChooser m_fileChooser{m_mainQueue, m_alerts, m_window};
     QtApplicationActivation m_application{m_window};
     std::unique_ptr<CurlHttpSession> m_httpSession = std::make_unique<CurlHttpSession>(m_log);
     QPointer<QtDashboardView> m_view;

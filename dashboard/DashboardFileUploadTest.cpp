@@ -106,9 +106,8 @@ TEST_F(DashboardFileUploadTest, ChosenFileIsReadAndSentHalfASecondLater)
     EXPECT_EQ(taken(), "");
     queue.advance(1ms);
     EXPECT_EQ(taken(),
-        "log File name my plan.pdf; log File extension pdf; log File type document/pdf; read /home/ada/my "
-        "plan.pdf; "
-        "send 10.0.2.15:5505/uploadfile; show upload my plan.pdf");
+        "log File name my plan.pdf; log File extension pdf; log File type document/pdf; show upload "
+        "my plan.pdf; read /home/ada/my plan.pdf; send 10.0.2.15:5505/uploadfile");
     const HttpRequest& request = http.request(0);
     EXPECT_EQ(request.headers.at(1).value, "4");
     EXPECT_EQ(request.headers.at(2).value, "my plan.pdf");
@@ -132,8 +131,42 @@ TEST_F(DashboardFileUploadTest, DroppedFileIsReadAndSentHalfASecondLaterWithoutA
     EXPECT_EQ(taken(), "");
     queue.advance(1ns);
     EXPECT_EQ(taken(),
-        "log File name a.png; log File extension png; log File type image/png; read /home/ada/a.png; "
-        "send 10.0.2.15:5505/uploadfile; show upload a.png");
+        "log File name a.png; log File extension png; log File type image/png; show upload a.png; "
+        "read /home/ada/a.png; send 10.0.2.15:5505/uploadfile");
+}
+
+TEST_F(DashboardFileUploadTest, FileThatCannotBeReadIsToldAndNothingIsScheduled)
+{
+    pair();
+    fileReader.problems["/home/ada/my plan.pdf"] = FileProblem::unreadable;
+    const FileUrl url = FileUrl::fromPath("/home/ada/my plan.pdf");
+    fileChooser.choice = url;
+    dashboard->uploadFileAction();
+    EXPECT_TRUE(taken().ends_with("; log file:///home/ada/my%20plan.pdf; alert Cannot upload"));
+    EXPECT_EQ(alerts.shown.back().informativeText, "\"my plan.pdf\" cannot be read.");
+    dashboard->uploadFileURL(url);
+    EXPECT_EQ(taken(), cannotUpload);
+    EXPECT_TRUE(queue.isIdle());
+}
+
+TEST_F(DashboardFileUploadTest, FileThatDoesNotFitIntoMemoryIsToldAndNothingIsScheduled)
+{
+    pair();
+    fileReader.problems["/home/ada/a.mov"] = FileProblem::tooLarge;
+    dashboard->uploadFileURL(FileUrl::fromPath("/home/ada/a.mov"));
+    EXPECT_EQ(taken(), cannotUpload);
+    EXPECT_EQ(
+        alerts.shown.back().informativeText, "\"a.mov\" does not fit into the free memory of this computer.");
+    EXPECT_TRUE(queue.isIdle());
+}
+
+TEST_F(DashboardFileUploadTest, PanelWithoutUploadsIsToldBeforeTheFileIsLookedAt)
+{
+    pair("Halcyon-X 75");
+    fileReader.problems["/home/ada/a.mov"] = FileProblem::tooLarge;
+    dashboard->uploadFileURL(FileUrl::fromPath("/home/ada/a.mov"));
+    EXPECT_EQ(alerts.shown.size(), 1u);
+    EXPECT_EQ(alerts.shown.back().informativeText, "File upload feature is not available for your device.");
 }
 
 TEST_F(DashboardFileUploadTest, DroppedFilesOfAnyTypeAreSent)
@@ -194,6 +227,17 @@ TEST_F(DashboardFileUploadTest, FileIsReadOnceAndOnlyWhenItIsSent)
     EXPECT_EQ(http.request(0).headers.at(1).value, "5");
 }
 
+TEST_F(DashboardFileUploadTest, FileThatIsBeingReadIsShownSo)
+{
+    pair();
+    dashboard->uploadFileURL(file("/home/ada/a.png"));
+    int whenShown = 0;
+    view.whenUploadIsShown = [&] { whenShown = view.uploads.back().lock()->percent; };
+    queue.advance(500ms);
+    EXPECT_EQ(whenShown, UploadUnderWay::fileIsBeingRead);
+    EXPECT_EQ(view.uploads.back().lock()->percent, 0);
+}
+
 TEST_F(DashboardFileUploadTest, ProgressIsShownInWholePercentNeverBeyond100)
 {
     pair();
@@ -248,14 +292,14 @@ TEST_F(DashboardFileUploadTest, AnUploadThatIsGivenUpEndsItsOwnRequestSilently)
     EXPECT_FALSE(view.uploads.at(1).expired());
 }
 
-TEST_F(DashboardFileUploadTest, UrlThatIsNoneShowsNoProgress)
+TEST_F(DashboardFileUploadTest, UrlThatIsNoneShowsNoProgressOnceTheFileIsRead)
 {
     dashboard->didPickCastingDeviceWithIP("10.0 .2.15", "0A00020F", "Room 204");
     dashboard->uploadFileURL(file("/home/ada/a.png"));
     queue.advance(500ms);
     EXPECT_TRUE(taken().ends_with("; read /home/ada/a.png"));
     EXPECT_TRUE(http.sent().empty());
-    EXPECT_TRUE(view.uploads.empty());
+    EXPECT_TRUE(view.uploads.at(0).expired());
 }
 
 TEST_F(DashboardFileUploadTest, TenUploadsRunAtOnceAndEndOnTheirOwn)
@@ -337,8 +381,8 @@ TEST_F(DashboardFileUploadTest, DropOnTheDropAreaUploadsTheFileAndBringsTheAppli
     queue.runPending();
     queue.advance(500ms);
     EXPECT_EQ(taken(),
-        "activate; log File name a.png; log File extension png; log File type image/png; read "
-        "/home/ada/a.png; send 10.0.2.15:5505/uploadfile; show upload a.png");
+        "activate; log File name a.png; log File extension png; log File type image/png; show "
+        "upload a.png; read /home/ada/a.png; send 10.0.2.15:5505/uploadfile");
 }
 
 TEST_F(DashboardFileUploadTest, DropWithTheGateClosedIsAcceptedAndRefusedByAnAlert)

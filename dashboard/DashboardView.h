@@ -28,7 +28,9 @@ enum class TouchState {
 
 /// An upload as the view and the request share it. The delivery thread writes the one and reads the other.
 struct UploadUnderWay {
-    std::atomic<int> percent = 0; ///< How much has been sent, 0 to 100.
+    static constexpr int fileIsBeingRead = -1;
+
+    std::atomic<int> percent = fileIsBeingRead; ///< How much has been sent, 0 to 100, or the above.
     std::atomic<bool> isGivenUp = false;
 };
 
@@ -56,7 +58,8 @@ public:
     /// "uploadArrow" at rest, which the view shows by itself at first, or "uploadArrowActive".
     virtual void setUploadArrowImage(const std::string& imageName) = 0;
 
-    /// Shows an upload until it has expired or the user gives it up, which ends it silently.
+    /// Shows an upload until it has expired or the user gives it up, which ends it silently. It is on the screen when this
+    /// returns, since the main thread may be busy with the file then.
     virtual void showUpload(const std::string& fileName, std::weak_ptr<UploadUnderWay> upload) = 0;
 
     /// The drop area lives as long as the view; the controller has it register its types and is its delegate.

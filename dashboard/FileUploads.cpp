@@ -45,13 +45,28 @@ void FileUploads::uploadFileAction()
     if (!url)
         return;
     m_log.log(url->text());
-    uploadFileWithURL(*url);
+    if (canBeRead(*url))
+        uploadFileWithURL(*url);
 }
 
 void FileUploads::uploadFileURL(const FileUrl& url)
 {
-    if (passesUploadGate())
+    if (passesUploadGate() && canBeRead(url))
         uploadFileWithURL(url);
+}
+
+/// Tells the user otherwise, who can do something about it now. A file that turns out to be unreadable half a second later
+/// is a fatal error.
+bool FileUploads::canBeRead(const FileUrl& url)
+{
+    const std::optional<FileProblem> problem = m_dependencies.fileReader.problemWith(url.path());
+    if (!problem)
+        return true;
+    m_host.alerts.runModal("Cannot upload",
+        "\"" + url.lastPathComponent()
+            + (*problem == FileProblem::tooLarge ? "\" does not fit into the free memory of this computer."
+                                                 : "\" cannot be read."));
+    return false;
 }
 
 void FileUploads::uploadFileWithURL(const FileUrl& url)
@@ -70,16 +85,15 @@ void FileUploads::classifyUploadFile(const FileUrl& url)
     m_log.log("File type " + fileType);
 
     m_dependencies.mouseEventPoster.touchesEnd(); // they wait while the main thread reads the file
+    auto upload = std::make_shared<UploadUnderWay>();
+    m_view.showUpload(fileName, upload);
     UploadDataToHost request(m_host);
     request.initWith(fileType, m_dependencies.fileReader.readFile(url.path()), fileName, m_panel->ipAddress);
-    auto upload = std::make_shared<UploadUnderWay>();
-    const std::weak_ptr<UploadUnderWay> whileUnderWay = upload;
+    upload->percent = 0;
     request.upload([upload = std::move(upload)](std::uint64_t sent, std::uint64_t total) {
         upload->percent = percentOf(sent, total);
         return !upload->isGivenUp;
     });
-    if (!whileUnderWay.expired()) // a text that is no URL sends nothing
-        m_view.showUpload(fileName, whileUnderWay);
 }
 
 void FileUploads::draggingBegin()

@@ -40,6 +40,7 @@ public:
 
 private:
     bool passesUploadGate();
+    bool canBeRead(const FileUrl& url);
     void classifyUploadFile(const FileUrl& url);
 
     const FileUploadDependencies m_dependencies;

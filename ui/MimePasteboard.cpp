@@ -8,7 +8,6 @@
 #include <QUrl>
 #include <QVariantMap>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace companion {
 
@@ -25,14 +24,12 @@ std::string bytes(const QByteArray& array)
     return array.toStdString();
 }
 
-/// Folders, devices, pipes and files that cannot be read are URLs and nothing more. The path is taken as bytes, since
-/// not every file name is text.
-bool namesReadableFile(const std::string& url)
+/// Folders, devices and pipes are URLs and nothing more. The path is taken as bytes, since not every file name is text.
+bool namesRegularFile(const std::string& url)
 {
     const std::optional<FileUrl> file = FileUrl::fromText(url);
     struct stat status = {};
-    return file && stat(file->path().c_str(), &status) == 0 && S_ISREG(status.st_mode)
-        && access(file->path().c_str(), R_OK) == 0;
+    return file && stat(file->path().c_str(), &status) == 0 && S_ISREG(status.st_mode);
 }
 
 /// Programs may name this computer in the URL of a file.
@@ -74,7 +71,7 @@ MimePasteboard::MimePasteboard(const QMimeData& mimeData, Stage stage)
     }
     const std::optional<std::string> portalUrl = hasPortalKey ? askPortal(mimeData) : std::nullopt;
     const std::optional<std::string>& file = portalUrl ? portalUrl : m_url;
-    if (file && namesReadableFile(*file))
+    if (file && namesRegularFile(*file))
         m_fileUrl = file;
     if (!m_url)
         m_url = portalUrl;

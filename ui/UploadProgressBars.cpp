@@ -5,6 +5,8 @@
 #include "ui/Theme.h"
 
 #include <algorithm>
+#include <QCoreApplication>
+#include <QEvent>
 #include <QPainter>
 #include <QProgressBar>
 #include <QStyle>
@@ -37,6 +39,9 @@ public:
     /// False when the upload is over or given up.
     bool refresh();
 
+    /// "Uploading photo.png" or, before that, "Reading photo.png".
+    QString activity() const;
+
     /// "photo.png 42 %"
     QString text() const override;
 
@@ -50,6 +55,7 @@ private:
     void drawText(QPainter& painter, const QRect& area, Qt::Alignment alignment, const QString& text) const;
 
     const std::weak_ptr<UploadUnderWay> m_upload;
+    bool m_isFileBeingRead = false;
     QToolButton m_giveUpButton{this};
 };
 
@@ -72,8 +78,11 @@ UploadProgressBars::UploadBar::UploadBar(
 bool UploadProgressBars::UploadBar::refresh()
 {
     const auto upload = m_upload.lock();
-    if (upload)
-        setValue(upload->percent);
+    if (upload) {
+        const int percent = upload->percent;
+        m_isFileBeingRead = percent == UploadUnderWay::fileIsBeingRead;
+        setValue(std::max(percent, 0));
+    }
     return upload && !upload->isGivenUp;
 }
 
@@ -90,6 +99,12 @@ void UploadProgressBars::UploadBar::resizeEvent(QResizeEvent*)
     m_giveUpButton.setGeometry(QStyle::visualRect(layoutDirection(), rect(), atTheEnd));
 }
 
+QString UploadProgressBars::UploadBar::activity() const
+{
+    return (m_isFileBeingRead ? UploadProgressBars::tr("Reading %1") : UploadProgressBars::tr("Uploading %1"))
+        .arg(accessibleName());
+}
+
 QString UploadProgressBars::UploadBar::text() const
 {
     return QStringLiteral("%1 %2 %").arg(accessibleName(), QString::number(value()));
@@ -102,9 +117,11 @@ void UploadProgressBars::UploadBar::paintEvent(QPaintEvent*)
     const int barWidth = width() - buttonSize - buttonGap;
     const QRect name(0, 0, barWidth - percentageWidth, textHeight);
     const QRect percentage(barWidth - percentageWidth, 0, percentageWidth, textHeight);
-    const QString elided = painter.fontMetrics().elidedText(accessibleName(), Qt::ElideMiddle, name.width());
+    const QString elided = painter.fontMetrics().elidedText(
+        m_isFileBeingRead ? activity() : accessibleName(), Qt::ElideMiddle, name.width());
     drawText(painter, name, Qt::AlignLeft, elided);
-    drawText(painter, percentage, Qt::AlignRight, QStringLiteral("%1 %").arg(value()));
+    if (!m_isFileBeingRead)
+        drawText(painter, percentage, Qt::AlignRight, QStringLiteral("%1 %").arg(value()));
 
     QRect bar(0, textHeight, barWidth, barHeight);
     drawBar(painter, bar, Theme::line);
@@ -146,7 +163,15 @@ void UploadProgressBars::add(const QString& fileName, std::weak_ptr<UploadUnderW
 {
     m_bars.push_back(std::make_unique<UploadBar>(fileName, std::move(upload), this));
     countHasChanged();
-    announce(tr("Uploading %1").arg(fileName));
+    announce(m_bars.back()->activity());
+    paintNow();
+}
+
+/// The main thread may be about to read the file, for seconds.
+void UploadProgressBars::paintNow()
+{
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::LayoutRequest);
+    parentWidget()->repaint();
 }
 
 void UploadProgressBars::refresh()
@@ -154,7 +179,12 @@ void UploadProgressBars::refresh()
     const int before = count();
     std::erase_if(m_bars, [this](const std::unique_ptr<UploadBar>& bar) {
         const int old = bar->value();
+        const QString activity = bar->activity();
         const bool isUnderWay = bar->refresh();
+        if (bar->activity() != activity) {
+            bar->update();
+            announce(bar->activity());
+        }
         if (bar->value() / percentBetweenAnnouncements > old / percentBetweenAnnouncements)
             announce(bar->text());
         return !isUnderWay;

@@ -17,7 +17,7 @@ public:
     explicit UploadProgressBars(QWidget* parent = nullptr);
     ~UploadProgressBars() override;
 
-    /// Adds a bar, which stays until `upload` expires or is given up.
+    /// Adds a bar, which stays until `upload` expires or is given up. It is painted before this returns.
     void add(const QString& fileName, std::weak_ptr<UploadUnderWay> upload);
 
     /// Shows how far uploads are; ten times a second while there are any.
@@ -36,6 +36,7 @@ private:
     int count() const { return static_cast<int>(m_bars.size()); }
     int shownCount() const;
     QRect place(int index) const;
+    void paintNow();
     void announce(const QString& text);
     void countHasChanged();
     void arrange();

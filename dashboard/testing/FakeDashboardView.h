@@ -5,6 +5,7 @@
 #include "platform/testing/FakeLog.h"
 #include "platform/testing/Transcript.h"
 
+#include <functional>
 #include <map>
 #include <vector>
 
@@ -48,6 +49,8 @@ public:
     {
         m_transcript.add("show upload " + fileName);
         uploads.push_back(std::move(upload));
+        if (whenUploadIsShown)
+            whenUploadIsShown();
     }
 
     void presentDevicesList(DevicesListViewController& controller) override
@@ -88,6 +91,7 @@ public:
     RelaySettingsViewController* settings = nullptr;
     std::vector<std::weak_ptr<UploadUnderWay>> uploads;
     Transcript touchStates; ///< "awaited", "works from elsewhere 10.0.2.99"
+    std::function<void()> whenUploadIsShown;
 
 private:
     static std::string nameOf(Pane pane)

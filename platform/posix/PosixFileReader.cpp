@@ -136,6 +136,17 @@ PosixFileReader::PosixFileReader(std::function<std::uint64_t()> memory)
 {
 }
 
+std::optional<FileProblem> PosixFileReader::problemWith(const std::string& path)
+{
+    const FileDescriptor found(path, O_PATH);
+    const std::optional<std::uint64_t> length = found.lengthOfRegularFile();
+    if (!length || access(found.path().c_str(), R_OK) != 0)
+        return FileProblem::unreadable;
+    if (*length > m_memory())
+        return FileProblem::tooLarge;
+    return std::nullopt;
+}
+
 FileBytes PosixFileReader::readFile(const std::string& path)
 {
     // O_PATH neither waits for the other end of a FIFO nor breaks a lease. The second open waits until another process gives

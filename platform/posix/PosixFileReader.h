@@ -20,6 +20,7 @@ class PosixFileReader : public FileReader {
 public:
     explicit PosixFileReader(std::function<std::uint64_t()> memory = availableMemory);
 
+    std::optional<FileProblem> problemWith(const std::string& path) override;
     FileBytes readFile(const std::string& path) override;
 
 private:

@@ -30,9 +30,13 @@ QStringList patternsFor(const std::vector<std::string>& fileTypes)
     return patterns;
 }
 
-bool canBeChosen(const QFileInfo& file, const QStringList& patterns)
+/// "png, jpg"
+std::string listed(const std::vector<std::string>& fileTypes)
 {
-    return file.isFile() && file.isReadable() && QDir::match(patterns, file.fileName());
+    std::string text;
+    for (const std::string& type : fileTypes)
+        text += (text.empty() ? "" : ", ") + type;
+    return text;
 }
 
 std::optional<QString> chosenFile(QFileDialog& dialog)
@@ -45,9 +49,9 @@ std::optional<QString> chosenFile(QFileDialog& dialog)
 
 } // namespace
 
-QtFileChooser::QtFileChooser(WidgetMainQueue& mainQueue, SystemLog& log, QWidget& mainWindow)
+QtFileChooser::QtFileChooser(WidgetMainQueue& mainQueue, Alerts& alerts, QWidget& mainWindow)
     : m_mainQueue(mainQueue)
-    , m_log(log)
+    , m_alerts(alerts)
     , m_mainWindow(mainWindow)
 {
 }
@@ -69,8 +73,10 @@ std::optional<FileUrl> QtFileChooser::runOpenPanel(
 
     if (!isConfirmed)
         return std::nullopt;
-    if (!path || !canBeChosen(QFileInfo(*path), patterns)) {
-        m_log.log("The chosen file cannot be read or is of another type");
+    if (!path || !QDir::match(patterns, QFileInfo(*path).fileName())) {
+        m_alerts.runModal("Cannot upload",
+            "Choose one file on this computer that is of one of these kinds: " + listed(allowedFileTypes)
+                + ".");
         return std::nullopt;
     }
     return FileUrl::fromPath(QFile::encodeName(*path).toStdString());

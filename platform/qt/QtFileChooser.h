@@ -1,7 +1,7 @@
 #pragma once
 
+#include "platform/Alerts.h"
 #include "platform/FileChooser.h"
-#include "platform/Log.h"
 #include "platform/qt/WidgetMainQueue.h"
 
 class QWidget;
@@ -12,15 +12,15 @@ namespace companion {
 class QtFileChooser : public FileChooser {
 public:
     /// All must outlive the chooser; `mainQueue` is blocked while the dialog is open.
-    QtFileChooser(WidgetMainQueue& mainQueue, SystemLog& log, QWidget& mainWindow);
+    QtFileChooser(WidgetMainQueue& mainQueue, Alerts& alerts, QWidget& mainWindow);
 
-    /// A choice that is no readable file, or that was typed in and is of another type, counts as none and is logged.
+    /// A name of another type that was typed in counts as no choice, and the user is told. The file may be unreadable.
     std::optional<FileUrl> runOpenPanel(
         const std::vector<std::string>& allowedFileTypes, UserFolder startingFolder) override;
 
 private:
     WidgetMainQueue& m_mainQueue;
-    SystemLog& m_log;
+    Alerts& m_alerts;
     QWidget& m_mainWindow;
 };
 

@@ -120,8 +120,10 @@ TEST_F(PosixFileReaderTest, WhatIsNoRegularFileIsRefusedWithoutWaiting)
 
     const auto start = std::chrono::steady_clock::now();
     for (const std::string& path : {fifo, (folder / "link to fifo").string(), socketPath, folder.string(),
-             "/dev/zero"s, "/dev/null"s, "/dev/tty"s, (folder / "missing").string(), ""s})
+             "/dev/zero"s, "/dev/null"s, "/dev/tty"s, (folder / "missing").string(), ""s}) {
         EXPECT_EQ(reader.readFile(path), nullptr) << path;
+        EXPECT_EQ(reader.problemWith(path), FileProblem::unreadable) << path;
+    }
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
     close(listener);
 }
@@ -136,15 +138,20 @@ TEST_F(PosixFileReaderTest, FileWithoutReadPermissionIsRefused)
         if (geteuid() == 0
             && (setuid(65534) != 0 || prctl(PR_SET_DUMPABLE, 1) != 0)) // for its own /proc/self/fd
             return false;
-        return reader.readFile(readable) && !reader.readFile(path);
+        return !reader.problemWith(readable) && reader.readFile(readable)
+            && reader.problemWith(path) == FileProblem::unreadable && !reader.readFile(path);
     }));
 }
 
 TEST_F(PosixFileReaderTest, FileThatFitsIntoMemoryIsReadAndOneOfAByteMoreIsRefused)
 {
     const std::string path = write("file", "1234567");
-    EXPECT_EQ(*PosixFileReader([] { return 7; }).readFile(path), "1234567");
-    EXPECT_EQ(PosixFileReader([] { return 6; }).readFile(path), nullptr);
+    PosixFileReader fitting([] { return 7; });
+    EXPECT_EQ(fitting.problemWith(path), std::nullopt);
+    EXPECT_EQ(*fitting.readFile(path), "1234567");
+    PosixFileReader tooSmall([] { return 6; });
+    EXPECT_EQ(tooSmall.problemWith(path), FileProblem::tooLarge);
+    EXPECT_EQ(tooSmall.readFile(path), nullptr);
 }
 
 TEST_F(PosixFileReaderTest, SparseFileOfATerabyteIsRefusedWhereMemoryIsShorter)
@@ -154,6 +161,7 @@ TEST_F(PosixFileReaderTest, SparseFileOfATerabyteIsRefusedWhereMemoryIsShorter)
         GTEST_SKIP() << "this file system holds no sparse file of 1 TiB";
     if (availableMemory() >= 1ULL << 40)
         GTEST_SKIP() << "this computer has as much memory";
+    EXPECT_EQ(reader.problemWith(path), FileProblem::tooLarge);
     EXPECT_EQ(reader.readFile(path), nullptr);
 }
 

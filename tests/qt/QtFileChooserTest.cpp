@@ -1,11 +1,10 @@
 #include "platform/qt/QtFileChooser.h"
 
 #include "platform/qt/WidgetMainQueue.h"
-#include "platform/testing/FakeLog.h"
+#include "platform/testing/FakeAlerts.h"
 #include "tests/qt/EventLoop.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <QApplication>
 #include <QDir>
@@ -73,9 +72,9 @@ protected:
     QTemporaryDir m_home;
     WidgetMainQueue m_queue;
     Transcript m_transcript;
-    FakeSystemLog m_log{m_transcript};
+    FakeAlerts m_alerts{m_transcript};
     std::unique_ptr<QWidget> m_window = std::make_unique<QWidget>();
-    QtFileChooser m_chooser{m_queue, m_log, *m_window};
+    QtFileChooser m_chooser{m_queue, m_alerts, *m_window};
     QTimer m_user;
     int m_shown = 0;
 };
@@ -118,31 +117,12 @@ TEST_F(QtFileChooserTest, ConfirmedChoiceIsTheFilesUrl)
     EXPECT_EQ(m_shown, 1);
 }
 
-TEST_F(QtFileChooserTest, FoldersFifosAndOtherTypesAreNoChoice)
+TEST_F(QtFileChooserTest, FoldersAreNoChoice)
 {
     QDir(downloads()).mkdir("folder.png");
-    const QString fifo = downloads() + "/fifo.png";
-    ASSERT_EQ(mkfifo(fifo.toUtf8().constData(), 0600), 0);
-    for (const QString& path : {downloads() + "/folder.png", fifo, makeFile("notes.txt")}) {
-        whenShownChoose(path);
-        EXPECT_EQ(run(), std::nullopt) << path.toStdString();
-    }
-    EXPECT_EQ(m_shown, 3);
-}
-
-TEST_F(QtFileChooserTest, FileThatBecomesAFifoAsItIsChosenIsNoChoice)
-{
-    const QString path = makeFile("plan.pdf");
-    whenShown([&](QFileDialog& dialog) {
-        dialog.selectFile(path);
-        QObject::connect(&dialog, &QDialog::finished, [&] {
-            QFile::remove(path);
-            mkfifo(path.toUtf8().constData(), 0600);
-        });
-        QMetaObject::invokeMethod(&dialog, "accept");
-    });
+    whenShownChoose(downloads() + "/folder.png");
     EXPECT_EQ(run(), std::nullopt);
-    EXPECT_EQ(m_transcript.take(), "log The chosen file cannot be read or is of another type");
+    EXPECT_EQ(m_transcript.take(), "");
 }
 
 TEST_F(QtFileChooserTest, FileOfAnotherTypeIsNoChoiceEvenWhenItsNameIsTypedIn)
@@ -154,7 +134,9 @@ TEST_F(QtFileChooserTest, FileOfAnotherTypeIsNoChoiceEvenWhenItsNameIsTypedIn)
         ASSERT_FALSE(dialog.isVisible()) << "the dialog itself lets it pass";
     });
     EXPECT_EQ(run(), std::nullopt);
-    EXPECT_EQ(m_transcript.take(), "log The chosen file cannot be read or is of another type");
+    EXPECT_EQ(m_transcript.take(), "alert Cannot upload");
+    EXPECT_EQ(m_alerts.shown.back().informativeText,
+        "Choose one file on this computer that is of one of these kinds: png, pdf.");
 }
 
 TEST_F(QtFileChooserTest, JobsWaitUntilTheDialogIsClosed)

@@ -241,6 +241,29 @@ TEST_F(UploadProgressBarsTest, AScreenReaderHearsOfTheStartAndOfEveryQuarterOnce
     EXPECT_EQ(said, "Uploading a.png; a.png 25 %; a.png 60 %; a.png 75 %; a.png 100 %; ");
 }
 
+TEST_F(UploadProgressBarsTest, AFileThatIsBeingReadIsShownSoBeforeAnythingElseHappens)
+{
+    EventCounter paints(*m_bars, QEvent::Paint);
+    add("a.png", UploadUnderWay::fileIsBeingRead);
+    EXPECT_EQ(paints.count, 1);
+    EXPECT_EQ(heard(), "a.png 0 of 0 to 100");
+    EXPECT_NE(shown({{"a.png", UploadUnderWay::fileIsBeingRead}}), shown({{"a.png", 0}}));
+    EXPECT_EQ(shown({{"Reading a.png", 0}}).copy(0, 0, 300, 20),
+        shown({{"a.png", UploadUnderWay::fileIsBeingRead}}).copy(0, 0, 300, 20));
+}
+
+TEST_F(UploadProgressBarsTest, AScreenReaderHearsWhenAFileIsReadAndWhenItIsSent)
+{
+    QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(m_bars);
+    add("a.png", UploadUnderWay::fileIsBeingRead);
+    EXPECT_EQ(accessible->text(QAccessible::Name), "Reading a.png");
+    m_bars->refresh();
+    EXPECT_EQ(accessible->text(QAccessible::Name), "Reading a.png");
+    m_uploads[0]->percent = 0;
+    m_bars->refresh();
+    EXPECT_EQ(accessible->text(QAccessible::Name), "Uploading a.png");
+}
+
 TEST_F(UploadProgressBarsTest, EveryUploadIsAProgressBarToAScreenReader)
 {
     m_bars->resize(400, 200);

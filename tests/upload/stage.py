@@ -56,14 +56,15 @@ class Stage:
         self.answer("ok")
         return self.panel
 
-    def start(self, name="Room 204", program=None):
+    def start(self, name="Room 204", program=None, wrapper=()):
+        """`wrapper` is what stands before the application on its command line."""
         self.end_programs()
         self.uploads = self.folder / f"uploads-{self._open_panels}"
         self._open_panels += 1
         self.uploads.mkdir()
         self.panel = Panel(self.processes, program or self.programs / "panel-simulator", name=name,
                            arguments=["--no-announce", "--uploads", self.uploads])
-        self._start_companion(self.panel.service_name, self.panel)
+        self._start_companion(self.panel.service_name, self.panel, wrapper)
 
     def start_at_raw_panel(self):
         """The application, paired with a panel that has no services of its own."""
@@ -72,8 +73,9 @@ class Stage:
             name, hex = "Raw", "7F000009"
         self._start_companion("Meridian 65|Raw|7F000009", Nobody)
 
-    def _start_companion(self, service, panel):
-        self.companion = Companion(self.processes, self.desktop, self.programs / "panel-companion", ["--panel", service])
+    def _start_companion(self, service, panel, wrapper=()):
+        program, *options = [*wrapper, self.programs / "panel-companion", "--panel", service]
+        self.companion = Companion(self.processes, self.desktop, program, options)
         self.companion.pair(panel)
         time.sleep(0.5)  # the list's popover has gone from the picture
 
@@ -157,9 +159,18 @@ class Stage:
     def pixels(self):
         """A strip at the upper edge of the drop area, away from the pointer and from what stands in it."""
         x, y, width, _ = self.area().area()
-        return subprocess.run(
-            ["import", "-window", "root", "-crop", f"{width - 40}x16+{x + 20}+{y + 12}", "-depth", "8", "rgb:-"],
-            check=True, timeout=20, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+        return pixels_of(x + 20, y + 12, width - 40, 16)
+
+    def place_of_names(self):
+        """Where the names of uploads begin, at the left of what stands in the drop area."""
+        x, y, _, height = self.area().area()
+        return x + 32, y + height // 2, 100, height // 2 - 20
+
+
+def pixels_of(x, y, width, height):
+    return subprocess.run(
+        ["import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "-depth", "8", "rgb:-"],
+        check=True, timeout=20, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
 
 
 def expect_same(stage, path, file_type, before):

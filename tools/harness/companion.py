@@ -80,12 +80,15 @@ class Companion:
         return self.window.find(name="Cast").has("pressed")
 
     def pick_file(self, name, button="Open"):
-        """Opens the file dialog, writes `name` into it and presses `button`."""
+        """Opens the file dialog, writes `name` into it and presses `button`, or Return when there is none."""
         self.window.press("Upload a file")
         dialog = self.window.find("dialog|file chooser", "Upload a file")
         field = next(part for part in dialog.everything() if part.role == "text" and part.has("editable"))
         field.write(str(name))
-        wait_until(lambda: self._button(dialog, button), f"a button {button!r}").press()
+        if button:
+            wait_until(lambda: self._button(dialog, button), f"a button {button!r}").press()
+        else:
+            self._desktop.key("Return")
         self.window.gone("dialog|file chooser", "Upload a file")
 
     def _button(self, dialog, name):
