@@ -27,6 +27,18 @@ in_private_home() {
     HOME=$scratch/home XDG_RUNTIME_DIR=$scratch/run XDG_CONFIG_HOME='' XDG_CACHE_HOME='' XDG_DATA_HOME='' "$@"
 }
 
+# The kernel gives nobody mounts of their own whose root folder is no mount point, as with chroot(8). So this starts the
+# script again in a root that is one, whose mounts stay its own; where that is not allowed, it returns.
+leave_bare_chroot() { # SCRIPT ARGUMENT...
+    ((EUID == 0)) && ! unshare --mount true 2>/dev/null || return 0
+    # shellcheck disable=SC2016 # expanded by the shell that is started
+    local -a own=(unshare --mount --propagation unchanged sh -c '
+        nsenter --mount=/proc/self/ns/mnt mount --make-rprivate / && mount --rbind / /mnt && exec chroot /mnt "$@"' sh)
+    if "${own[@]}" true 2>/dev/null; then
+        exec "${own[@]}" "$@"
+    fi
+}
+
 tell() {
     printf '\n== %s\n' "$*"
 }
