@@ -139,6 +139,8 @@ void DesktopProgram::Backend::logUnknownScreen()
 void DesktopProgram::Backend::tellTouchStatus(const std::string& sentence)
 {
     m_log.log(sentence.empty() ? "The desktop lets touches control the pointer" : sentence);
+    if (m_view)
+        m_view->setTouchObstacle(sentence);
 }
 
 void DesktopProgram::Backend::showDashboard()

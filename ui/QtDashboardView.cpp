@@ -152,11 +152,25 @@ QString QtDashboardView::touchText(TouchState state, const QString& sender)
     fatalError("no such touch state");
 }
 
-/// A label that is showing announces its new text to screen readers by itself.
 void QtDashboardView::setTouchState(TouchState state, const std::string& sender)
 {
-    m_scene->touchStateLabel->setVisible(state != TouchState::notExpected);
-    m_scene->touchStateLabel->setText(touchText(state, QString::fromStdString(sender)));
+    m_touchState = state;
+    m_touchSender = QString::fromStdString(sender);
+    showTouchText();
+}
+
+void QtDashboardView::setTouchObstacle(const std::string& sentence)
+{
+    m_touchObstacle = QString::fromStdString(sentence);
+    showTouchText();
+}
+
+/// A label that is showing announces its new text to screen readers by itself.
+void QtDashboardView::showTouchText()
+{
+    m_scene->touchStateLabel->setVisible(m_touchState != TouchState::notExpected);
+    m_scene->touchStateLabel->setText(
+        m_touchObstacle.isEmpty() ? touchText(m_touchState, m_touchSender) : m_touchObstacle);
 }
 
 void QtDashboardView::setCastButtonImage(const std::string& imageName)

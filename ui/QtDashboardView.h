@@ -32,6 +32,9 @@ public:
     void setHidden(Pane pane, bool hidden) override;
     void setDeviceStatus(const std::string& text) override;
     void setTouchState(TouchState state, const std::string& sender) override;
+
+    /// Why touches that arrive come to nothing, in one sentence, which is shown instead of their state; "" when they do not.
+    void setTouchObstacle(const std::string& sentence);
     void setCastButtonImage(const std::string& imageName) override;
     void setFileUploadViewImage(const std::string& imageName) override;
     void setUploadArrowImage(const std::string& imageName) override;
@@ -55,8 +58,12 @@ private:
     void keepPlaceOfHdmiPane(bool isKept);
     QWidget& paneView(Pane pane) const;
     static QString touchText(TouchState state, const QString& sender);
+    void showTouchText();
 
     std::unique_ptr<Ui::DashboardScene> m_scene;
+    TouchState m_touchState = TouchState::notExpected;
+    QString m_touchSender;
+    QString m_touchObstacle;
     ITSwitch m_wirelessTouchSwitch;
     DragDropView m_fileUploadView;
     QtDevicesListView* m_devicesListView = nullptr;

@@ -10,7 +10,7 @@ constexpr unsigned firstVersionWithTokens = 2;
 
 std::string dropped(const std::string& why)
 {
-    return "Touches are dropped, since " + why + "; turn touch on again to be asked again";
+    return "No touch: " + why + "; turn touch on again to be asked again";
 }
 
 } // namespace
@@ -24,7 +24,7 @@ RemoteDesktopPointer::RemoteDesktopPointer(std::unique_ptr<RemoteDesktopPortal> 
 {
     m_portal->setWhenLost([this](RemoteDesktopPortal::Loss loss) {
         const bool isClosed = loss == RemoteDesktopPortal::Loss::closed;
-        close(dropped(isClosed ? "the desktop ended the screen sharing"
+        close(dropped(isClosed ? "the desktop stopped sharing the screen"
                                : "the desktop's portal has gone or was restarted"));
     });
 }
@@ -90,7 +90,7 @@ void RemoteDesktopPointer::selectMonitor()
 void RemoteDesktopPointer::start()
 {
     m_statusChanged(
-        "Touches wait for the desktop's permission: pick a screen and allow remote interaction in its dialog");
+        "Waiting for permission: pick a screen and allow remote interaction in the desktop's dialog");
     m_portal->start([this](const PortalAnswer& answer) { finish(answer); });
 }
 
@@ -119,7 +119,7 @@ void RemoteDesktopPointer::grant(const ScreenStream& stream)
 void RemoteDesktopPointer::fail(const PortalAnswer& answer)
 {
     close(dropped(answer.kind == PortalAnswer::Kind::cancelled
-            ? "the permission was refused in the desktop's dialog"
+            ? "the desktop's dialog was cancelled"
             : "the desktop's portal failed (" + answer.error + ")"));
 }
 
@@ -150,7 +150,7 @@ void RemoteDesktopPointer::send(const PointerCallQueue::Event& event)
         if (error.empty())
             m_calls->answered();
         else
-            close(dropped("the desktop no longer takes them (" + error + ")"));
+            close(dropped("the desktop no longer takes touches (" + error + ")"));
     };
     if (const Point* const at = std::get_if<Point>(&event))
         m_portal->notifyMotion(m_stream.node, *at, answered);

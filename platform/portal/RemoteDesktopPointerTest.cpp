@@ -108,7 +108,7 @@ protected:
 
     void expectDropped(const std::string& why)
     {
-        EXPECT_EQ(status, "Touches are dropped, since " + why + "; turn touch on again to be asked again");
+        EXPECT_EQ(status, "No touch: " + why + "; turn touch on again to be asked again");
         EXPECT_EQ(pointer->area(), std::nullopt);
     }
 
@@ -134,8 +134,8 @@ TEST_F(RemoteDesktopPointerTest, ConsentIsAskedForInTheOrderOfThePortal)
 {
     ask();
     EXPECT_EQ(calls(), "version|create|pointer mode 1 token |monitor|start");
-    EXPECT_EQ(status,
-        "Touches wait for the desktop's permission: pick a screen and allow remote interaction in its dialog");
+    EXPECT_EQ(
+        status, "Waiting for permission: pick a screen and allow remote interaction in the desktop's dialog");
     EXPECT_EQ(pointer->area(), std::nullopt);
     answer(consent());
     EXPECT_EQ(status, "");
@@ -182,7 +182,7 @@ TEST_F(RemoteDesktopPointerTest, ARefusalIsToldAndTheNextTouchOnAsksAgain)
 {
     ask();
     answer(answerOfKind(Kind::cancelled));
-    expectDropped("the permission was refused in the desktop's dialog");
+    expectDropped("the desktop's dialog was cancelled");
     calls();
     ask();
     EXPECT_EQ(calls(), "version|create|pointer mode 1 token |monitor|start");
@@ -233,7 +233,7 @@ TEST_F(RemoteDesktopPointerTest, WhatTheDesktopClosesIsRestoredByTheNewestToken)
 {
     obtainConsent("a1");
     side.whenLost(RemoteDesktopPortal::Loss::closed);
-    expectDropped("the desktop ended the screen sharing");
+    expectDropped("the desktop stopped sharing the screen");
     pointer->setLeftButtonDown(true);
     EXPECT_EQ(calls(), "close");
 
@@ -253,7 +253,7 @@ TEST_F(RemoteDesktopPointerTest, ARefusedCallCountsAsClosed)
     pointer->moveTo({1, 2});
     pointer->setLeftButtonDown(true);
     side.notified.front()("Invalid session");
-    expectDropped("the desktop no longer takes them (Invalid session)");
+    expectDropped("the desktop no longer takes touches (Invalid session)");
     EXPECT_EQ(side.calls.lines().back(), "close");
 }
 

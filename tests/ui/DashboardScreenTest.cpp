@@ -518,6 +518,18 @@ TEST_F(DashboardScreenTest, TheLineAboutTouchesShowsWhileTheyAreExpected)
     EXPECT_FALSE(label.isVisible());
 }
 
+TEST_F(DashboardScreenTest, WhatKeepsTouchesFromTheDesktopIsShownInsteadOfTheirStateWhileTheyAreExpected)
+{
+    auto& label = outlet<QLabel>("touchStateLabel");
+    m_dashboard.view->setTouchObstacle("No touch: the desktop's dialog was cancelled");
+    EXPECT_FALSE(label.isVisible());
+    m_dashboard.view->setTouchState(TouchState::works, "");
+    EXPECT_TRUE(label.isVisible());
+    EXPECT_EQ(label.text(), "No touch: the desktop's dialog was cancelled");
+    m_dashboard.view->setTouchObstacle("");
+    EXPECT_EQ(label.text(), "Touch works");
+}
+
 TEST_F(DashboardScreenTest, TheRingIsNoPartOfTheAccessibilityTree)
 {
     pair();

@@ -136,6 +136,18 @@ TEST_F(LayoutTest, At800By560TheLineAboutTouchesFitsBelowThePanes)
     }
 }
 
+TEST_F(LayoutTest, At800By560ALongSentenceAboutTouchesIsWrapped)
+{
+    m_window.resize(800, 560);
+    pair();
+    m_dashboard.view->wirelessTouchSwitch().accessibilityPerformPress();
+    m_dashboard.view->setTouchState(TouchState::works, "");
+    m_dashboard.view->setTouchObstacle(
+        "No touch: remote interaction was not allowed in the desktop's dialog; turn touch on again to be asked again");
+    expectNothingCutOff();
+    expectNoOverlap({"facingProblemLabel", "touchStateLabel", "hdmiToggleView"});
+}
+
 TEST_F(LayoutTest, At2560By1440NothingIsCutOffAndTheDropAreaTakesTheRoom)
 {
     m_window.resize(2560, 1440);
