@@ -3,19 +3,12 @@
 #include "discovery/DevicesListViewController.h"
 #include "platform/testing/FakeLog.h"
 #include "platform/testing/FakeServiceBrowser.h"
-
-#include <cstdlib>
+#include "tests/fuzz/Require.h"
 
 using namespace companion;
 using namespace companion::testing;
 
 namespace {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 class ClickedView : public DevicesListView {
 public:

@@ -3,22 +3,16 @@
 #include "platform/testing/FakeLog.h"
 #include "platform/testing/FakeMouseEventPoster.h"
 #include "platform/testing/FakeScreen.h"
+#include "tests/fuzz/Require.h"
 #include "touchback/MouseSimulate.h"
 #include "touchback/TouchMessage.h"
 
 #include <cmath>
-#include <cstdlib>
 
 using namespace companion;
 using namespace companion::testing;
 
 namespace {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 /// A mouse whose events must be numbers; everything else of it is real.
 class Computer {
