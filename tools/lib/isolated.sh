@@ -9,6 +9,8 @@
 inside() {
     mkdir -p -m 1777 /tmp/.X11-unix
     mount -t tmpfs -o mode=1777 tmpfs /tmp/.X11-unix
+    # X servers name the keymap that they compile after their display, which is number 0 in every such namespace.
+    [[ ! -d /var/lib/xkb ]] || mount -t tmpfs tmpfs /var/lib/xkb
     [[ $PANEL_COMPANION_ISOLATION != user ]] || become_only_user
     mount -t tmpfs -o mode=755 tmpfs /run
     mkdir -m 700 /run/home /run/runtime
