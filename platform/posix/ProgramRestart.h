@@ -18,7 +18,7 @@ public:
     using Now = std::chrono::steady_clock::time_point (*)();
 
     /// `arguments` are those of main, the program's name included, and outlive this object. `executable` is this program's
-    /// own unless it is given. Main thread, before there are others: it takes the reason out of the environment.
+    /// own unless it is given. Main thread, before the program has others: it takes the reason out of the environment.
     explicit ProgramRestart(char* const* arguments, std::string executable = ownExecutable(),
         Now now = std::chrono::steady_clock::now);
     ~ProgramRestart();
