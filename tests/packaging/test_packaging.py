@@ -110,26 +110,6 @@ def test_icon_is_installed_as_svg_as_symbol_and_in_the_sizes_that_desktops_ask_f
     assert sizes == {f"{size}x{size}": (size, size) for size in (16, 22, 24, 32, 48, 64, 128, 256)}
 
 
-def fields(stanza):
-    """The fields of one stanza of debian/control."""
-    return dict(re.findall(r"^(\S+): ?((?:.*)(?:\n .*)*)", stanza, re.MULTILINE))
-
-
-def names(relation):
-    """A list of dependencies: sets of alternatives, without versions."""
-    return {frozenset(re.findall(r"(?:^|\| )([^\s|(]+)", entry.strip())) for entry in relation.split(",") if entry.strip()}
-
-
-def test_debian_package_is_built_from_the_packages_that_dependencies_txt_lists():
-    control = (PACKAGING / "debian/control").read_text(encoding="utf-8").split("\n\n")
-    listed = {frozenset(line.split()[1].split("|"))
-              for line in (ROOT / "tools/dependencies.txt").read_text(encoding="utf-8").splitlines()
-              if line.startswith("build ")}
-    essential = {frozenset({"g++"})}
-    of_packaging = {frozenset({"debhelper-compat"}), frozenset({"librsvg2-bin"})}
-    assert names(fields(control[0])["Build-Depends"]) - of_packaging == listed - essential
-
-
 def test_every_installed_file_is_in_a_debian_package(installed):
     lists = [line.split()[0] for name in ("panel-companion.install", "panel-simulator.install", "not-installed")
              for line in (PACKAGING / "debian" / name).read_text(encoding="utf-8").splitlines()]
