@@ -4,6 +4,7 @@
 #include "platform/portal/DBusRemoteDesktopPortal.h"
 #include "platform/portal/RemoteDesktopPointer.h"
 #include "platform/qt/QtScreen.h"
+#include "platform/wayland/VirtualPointerDevice.h"
 #include "platform/x11/XTestMouseEventPoster.h"
 
 #include <chrono>
@@ -65,6 +66,18 @@ private:
     std::unique_ptr<DBusRemoteDesktopPortal> m_portal;
 };
 
+void openVirtualPointer(const QtScreen& screen, SystemLog& log, const InputCandidate::Opened& opened)
+{
+    std::string whyNot;
+    auto device = VirtualPointerDevice::open(
+        "", [&screen] { return screen.mapping(); }, [&screen] { return screen.mainScreenName(); }, log,
+        whyNot);
+    if (device)
+        opened(std::make_unique<PointerEventPoster>(std::move(device), screen, desktopClickRules), whyNot);
+    else
+        opened(nullptr, whyNot);
+}
+
 } // namespace
 
 bool isWaylandSession()
@@ -80,6 +93,7 @@ std::vector<InputCandidate> inputCandidates(const QtScreen& screen, SystemLog& l
     for (const InputWay way : inputWays(isWaylandSession())) {
         switch (way) {
         case InputWay::virtualPointer:
+            candidates.push_back({way, [&](const auto& opened) { openVirtualPointer(screen, log, opened); }});
             break;
         case InputWay::portal: {
             RestoreToken token =

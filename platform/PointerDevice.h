@@ -6,9 +6,8 @@
 
 namespace companion {
 
-/// A pointer that the window server lets this program drive, and that reports nothing back. Main thread only.
-///
-/// The server releases the button when the connection to it is closed, for whatever reason.
+/// A pointer that the window server lets this program drive, and that reports nothing back. Main thread only, but for
+/// `releaseWhenProgramFails`.
 class PointerDevice {
 public:
     virtual ~PointerDevice() = default;
@@ -29,6 +28,10 @@ public:
 
     /// Touches are expected from now on: the time to ask for what the device needs.
     virtual void touchesBegin() = 0;
+
+    /// The program is about to end in an error with the button held: releases it, unless the server does so by itself when
+    /// the connection to it is closed. Any thread, also while the main thread is stuck. Takes a second at most.
+    virtual void releaseWhenProgramFails() { }
 };
 
 } // namespace companion

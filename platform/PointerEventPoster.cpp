@@ -128,8 +128,15 @@ void PointerEventPoster::touchesBegin()
 
 void PointerEventPoster::touchesEnd()
 {
-    if (std::exchange(m_isHeld, false) && m_device->area())
+    if (m_isHeld.exchange(false) && m_device->area())
         m_device->setLeftButtonDown(false);
+}
+
+void PointerEventPoster::releaseHeldButton()
+{
+    m_hasEnded = true;
+    if (m_isHeld)
+        m_device->releaseWhenProgramFails();
 }
 
 } // namespace companion

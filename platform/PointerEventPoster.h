@@ -37,8 +37,7 @@ public:
     void touchesBegin() override;
     void touchesEnd() override;
 
-    /// Only sees to it that nothing is pressed any more: the server releases the button with the process's end.
-    void releaseHeldButton() override { m_hasEnded = true; }
+    void releaseHeldButton() override;
 
 private:
     /// A position on the device, and the device's units for each point of the screen.
@@ -60,7 +59,7 @@ private:
     const Now m_now;
     ClickSeries m_clicks;
     std::optional<Point> m_lastMove;
-    bool m_isHeld = false;
+    std::atomic<bool> m_isHeld = false;
     bool m_leavesOutSecondClick = false;
     std::atomic<bool> m_hasEnded = false;
 };

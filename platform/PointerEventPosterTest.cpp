@@ -37,6 +37,7 @@ public:
     void flush() override { m_pointer.transcript.add("flush"); }
     void sync() override { m_pointer.transcript.add("sync"); }
     void touchesBegin() override { m_pointer.transcript.add("begin"); }
+    void releaseWhenProgramFails() override { m_pointer.transcript.add("up at failure"); }
 
 private:
     Pointer& m_pointer;
@@ -188,6 +189,21 @@ TEST_F(PointerEventPosterTest, NothingIsPressedAfterTheFinalRelease)
 {
     poster->releaseHeldButton();
     EXPECT_EQ(down({683, 384}), "");
+}
+
+TEST_F(PointerEventPosterTest, WhenTheProgramFailsAHeldButtonIsReleasedByTheDevice)
+{
+    down({683, 384});
+    poster->releaseHeldButton();
+    EXPECT_EQ(take(), "up at failure");
+}
+
+TEST_F(PointerEventPosterTest, WhenTheProgramFailsTheDeviceIsNotAskedToReleaseWhatIsNotHeld)
+{
+    down({683, 384});
+    up({683, 384});
+    poster->releaseHeldButton();
+    EXPECT_EQ(take(), "");
 }
 
 TEST_F(PointerEventPosterTest, ThereAreNoKeys)

@@ -61,6 +61,7 @@ platform/curl    platform platform/posix
 platform/portal  platform
 platform/posix   platform
 platform/qt      platform platform/posix
+platform/wayland platform
 platform/x11     platform
 ui               platform views discovery dashboard
 simulator        platform platform/avahi platform/posix
@@ -169,8 +170,9 @@ own_header_not_first() {
 check_headers() {
     check "every source includes its own header first" own_header_not_first
     check "Qt's headers stay in adapters and widgets" \
-        foreign_headers 'Q[A-Z]|Qt' 'platform/(qt|avahi|portal|x11)|ui|app|cli|simulator'
+        foreign_headers 'Q[A-Z]|Qt' 'platform/(qt|avahi|portal|wayland|x11)|ui|app|cli|simulator'
     check "X11's headers stay in their adapter" foreign_headers '(X11|xcb)/' 'platform/x11'
+    check "Wayland's headers stay in their adapter" foreign_headers 'wayland-' 'platform/wayland'
     check "libcurl's headers stay in their adapter" foreign_headers 'curl/' 'platform/curl'
     check "the command-line library's headers stay in one file" foreign_headers 'CLI/' 'platform'
     check "the JSON library's headers stay in the simulated panel and panelctl" foreign_headers 'nlohmann/' 'simulator|cli'

@@ -38,6 +38,12 @@ std::optional<ScreenMapping> QtScreen::mapping() const
         screen->devicePixelRatio(), sizeOf(*screen)};
 }
 
+std::string QtScreen::mainScreenName() const
+{
+    const QScreen* screen = mainScreen();
+    return screen ? screen->name().toStdString() : "";
+}
+
 bool QtScreen::isFound() const
 {
     return m_screenName.isEmpty() || namedScreen();

@@ -26,6 +26,9 @@ public:
 
     std::optional<Size> mainScreenSize() const override;
 
+    /// "" when there is no screen.
+    std::string mainScreenName() const;
+
     /// Where the screen lies in the window server's root window; nothing when there is no screen.
     std::optional<ScreenMapping> mapping() const;
 

@@ -14,7 +14,6 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr std::uint16_t leftShiftKeyCode = 56;
-constexpr auto reconnectInterval = 1s;
 constexpr auto longestWaitForPress = 100ms;
 constexpr auto longestWaitForRelease = 1s;
 
@@ -94,12 +93,8 @@ void XTestMouseEventPoster::post(const MouseEvent& event)
 
 void XTestMouseEventPoster::reconnectIfLost()
 {
-    if (!m_connection->isLost())
+    if (!m_connection->isLost() || !m_reconnects.isDue(m_now()))
         return;
-    const ClickSeries::TimePoint now = m_now();
-    if (m_lastReconnect && now - *m_lastReconnect < reconnectInterval)
-        return;
-    m_lastReconnect = now;
     std::string whyNot;
     std::unique_ptr<XTestConnection> connection = XTestConnection::open(m_displayName, whyNot);
     if (!connection)

@@ -2,6 +2,7 @@
 
 #include "platform/ClickSeries.h"
 #include "platform/MouseEventPoster.h"
+#include "platform/RetryLimit.h"
 #include "platform/ScreenMapping.h"
 #include "platform/x11/XTestConnection.h"
 
@@ -92,7 +93,7 @@ private:
     Rules m_rules;
     Now m_now;
     SystemLog* m_log = nullptr;
-    std::optional<ClickSeries::TimePoint> m_lastReconnect;
+    RetryLimit m_reconnects;
     ClickSeries m_clicks;
     unsigned m_foreignPresses = 0; ///< As of the last look.
     std::optional<RootPixel> m_lastMove;
