@@ -8,6 +8,15 @@ import subprocess
 from .processes import Failure, wait_until
 
 
+def start_session_bus(processes):
+    bus = processes.start(["dbus-daemon", "--session", "--nofork", "--print-address=1"], name="session-bus")
+    wait_until(lambda: "unix:" in bus.output() or not bus.running(), "the session bus's address")
+    address = re.search(r"^unix:.*$", bus.output(), re.MULTILINE)
+    if not address:
+        raise Failure(f"the session bus did not start: {bus.output()}")
+    os.environ["DBUS_SESSION_BUS_ADDRESS"] = address.group(0)
+
+
 class Desktop:
     """Its programs are ended with the `processes` that they belong to. DISPLAY and the like are set for this script
     too, so it must be made before the accessibility bindings are used."""
@@ -16,7 +25,7 @@ class Desktop:
         self.width, self.height = width, height
         self._processes = processes
         self._start_display()
-        self._start_session_bus()
+        start_session_bus(processes)
         os.environ.update({
             "QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "NO_AT_BRIDGE": "0",
             "GTK_USE_PORTAL": "0", "QT_QPA_PLATFORMTHEME": "", "LC_ALL": "C.UTF-8"})
@@ -37,14 +46,6 @@ class Desktop:
             number += piece
         os.close(reader)
         os.environ["DISPLAY"] = ":" + number.decode().strip()
-
-    def _start_session_bus(self):
-        bus = self._processes.start(["dbus-daemon", "--session", "--nofork", "--print-address=1"], name="session-bus")
-        wait_until(lambda: "unix:" in bus.output() or not bus.running(), "the session bus's address")
-        address = re.search(r"^unix:.*$", bus.output(), re.MULTILINE)
-        if not address:
-            raise Failure(f"the session bus did not start: {bus.output()}")
-        os.environ["DBUS_SESSION_BUS_ADDRESS"] = address.group(0)
 
     def _start_window_manager(self):
         """Waits until it is at work: what asks to be shown while it still starts may have to wait for its next event."""
