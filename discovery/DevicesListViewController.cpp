@@ -63,6 +63,12 @@ DeviceRow DevicesListViewController::viewForRow(std::int64_t row) const
     return {nameAt(row), panel ? std::optional(panel->hex) : std::nullopt};
 }
 
+std::optional<std::string> DevicesListViewController::addressForRow(std::int64_t row) const
+{
+    const PanelName* panel = panelAt(row);
+    return panel ? std::optional(panel->ip) : std::nullopt;
+}
+
 void DevicesListViewController::deviceClicked()
 {
     const std::int64_t clickedRow = m_view.clickedRow();

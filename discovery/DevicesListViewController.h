@@ -66,6 +66,9 @@ public:
     /// A text that is missing for the row is absent.
     DeviceRow viewForRow(std::int64_t row) const;
 
+    /// The dotted address of a row's panel.
+    std::optional<std::string> addressForRow(std::int64_t row) const;
+
     /// deviceClicked:
     /// A click in the table, at the view's clicked row and column.
     void deviceClicked();

@@ -15,10 +15,22 @@ void ColoredView::setBackgroundColor(const QColor& color)
     update();
 }
 
+void ColoredView::setHairline(Qt::Edge edge)
+{
+    m_hairline = edge;
+    update();
+}
+
 void ColoredView::paintEvent(QPaintEvent*)
 {
+    QPainter painter(this);
     if (m_backgroundColor.isValid())
-        QPainter(this).fillRect(rect(), m_backgroundColor);
+        painter.fillRect(rect(), m_backgroundColor);
+    const QColor line(52, 73, 94, 56);
+    if (m_hairline == Qt::TopEdge)
+        painter.fillRect(0, 0, width(), 1, line);
+    if (m_hairline == Qt::BottomEdge)
+        painter.fillRect(0, height() - 1, width(), 1, line);
 }
 
 } // namespace companion

@@ -45,23 +45,23 @@ QFont DeviceTableCellView::addressFont()
 
 void DeviceTableCellView::paint(QPainter& painter, const QRect& bounds, bool isHovered) const
 {
-    if (isHovered)
-        painter.fillRect(bounds, QColor(0xf0, 0xf3, 0xf6));
+    const bool isPicked = conectedImageView == QStringLiteral("connectedChain");
+    if (isPicked || isHovered)
+        painter.fillRect(bounds, QColor(isPicked ? Theme::pickedRow : Theme::hoveredRow));
     const bool isRightToLeft = painter.layoutDirection() == Qt::RightToLeft;
     QRect icon(0, 0, iconSize, iconSize);
     icon.moveCenter(bounds.center());
     isRightToLeft ? icon.moveRight(bounds.right() - margin) : icon.moveLeft(bounds.left() + margin);
     image(conectedImageView).paint(painter, icon);
 
-    const int textInset = margin + iconSize + margin;
     const QRect text = isRightToLeft ? bounds.adjusted(margin, 8, -textInset, -8)
                                      : bounds.adjusted(textInset, 8, -margin, -8);
     drawLine(painter, QRect(text.topLeft(), QSize(text.width(), 24)), nameFont(), QColor(Theme::text),
         deviceNameLabel);
+    const QString address =
+        dottedAddress.isEmpty() ? deviceIPLabel : deviceIPLabel + QStringLiteral("   ") + dottedAddress;
     drawLine(painter, QRect(text.left(), text.top() + 25, text.width(), 19), addressFont(),
-        QColor(Theme::secondaryText), deviceIPLabel);
-    painter.setPen(QColor(Theme::line));
-    painter.drawLine(bounds.bottomLeft(), bounds.bottomRight());
+        QColor(Theme::secondaryText), address);
 }
 
 } // namespace companion

@@ -8,11 +8,15 @@ class QRect;
 
 namespace companion {
 
-/// What one row of the list shows: the row's icon, the panel's name above its hexadecimal address.
+/// What one row of the list shows: the row's icon, the panel's name above its address, in hexadecimal and as people
+/// know it.
 struct DeviceTableCellView {
     QString conectedImageView; ///< The image's name: "radioIcon" or "connectedChain".
     QString deviceNameLabel;
     QString deviceIPLabel;
+    QString dottedAddress;
+
+    static constexpr int textInset = 56; ///< From the row's start.
 
     static QFont nameFont();
     static QFont addressFont();

@@ -108,10 +108,19 @@ public:
         painter->save();
         painter->setLayoutDirection(option.direction);
         m_model.cellAt(index.row()).paint(*painter, option.rect, option.state & QStyle::State_MouseOver);
+        if (index.row() + 1 < m_model.rowCount())
+            painter->fillRect(QStyle::visualRect(option.direction, option.rect, separatorIn(option.rect)),
+                QColor(Theme::line));
         painter->restore();
     }
 
 private:
+    static QRect separatorIn(const QRect& row)
+    {
+        return {row.left() + DeviceTableCellView::textInset, row.bottom(),
+            row.width() - DeviceTableCellView::textInset, 1};
+    }
+
     const DevicesTableModel& m_model;
 };
 

@@ -22,15 +22,7 @@ bool mayBeCopied(const QDropEvent& event)
     return event.possibleActions().testFlag(Qt::CopyAction);
 }
 
-constexpr int tileSize = 40;
 constexpr double cornerRadius = 14;
-
-QPixmap tile(const SvgImage& image, double ratio)
-{
-    QPixmap tile = image.pixmap(QSize(tileSize, tileSize) * ratio);
-    tile.setDevicePixelRatio(ratio);
-    return tile;
-}
 
 /// As many of ten points and gaps of ten as go around the area without a rest.
 QPen dashes(const QSize& area, const QColor& color)
@@ -59,27 +51,14 @@ DragDropViewWidget::DragDropViewWidget(QWidget* parent)
     setAcceptDrops(true);
 }
 
-/// Tiles that the children touch have no pattern, only the colour of its corner.
 void DragDropViewWidget::paintEvent(QPaintEvent*)
 {
-    const QRect inner = rect().adjusted(tileSize, tileSize, -tileSize, -tileSize);
-    const QPixmap pattern = tile(image(), devicePixelRatioF());
+    const bool isActive = image().name() == QLatin1String("fileUploadGridActive");
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(dashes(size(),
-        image().name() == QLatin1String("fileUploadGridActive") ? QColor(Theme::accent)
-                                                                : QColor(Theme::outline)));
-    painter.setBrush(pattern.toImage().pixelColor(0, 0));
+    painter.setPen(isActive ? QPen(QColor(Theme::accent), 2) : dashes(size(), QColor(Theme::outline)));
+    painter.setBrush(image().pixmap({1, 1}).toImage().pixelColor(0, 0));
     painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), cornerRadius, cornerRadius);
-
-    const QPoint origin = inner.topLeft() + QPoint(inner.width() % tileSize, inner.height() % tileSize) / 2;
-    const QRect covered = childrenRegion().boundingRect();
-    for (int y = origin.y(); y + tileSize <= inner.bottom() + 1; y += tileSize) {
-        for (int x = origin.x(); x + tileSize <= inner.right() + 1; x += tileSize) {
-            if (!covered.intersects(QRect(x, y, tileSize, tileSize)))
-                painter.drawPixmap(x, y, pattern);
-        }
-    }
 }
 
 void DragDropViewWidget::dragEnterEvent(QDragEnterEvent* event)
@@ -126,8 +105,6 @@ bool DragDropViewWidget::event(QEvent* event)
 {
     if (event->type() == QEvent::WindowBlocked)
         endDrag();
-    if (event->type() == QEvent::LayoutRequest)
-        update(); // the pattern gives way to the children
     return ImageView::event(event);
 }
 

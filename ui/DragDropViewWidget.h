@@ -16,7 +16,7 @@ public:
     void setModel(DragDropView& model) { m_model = &model; }
 
 protected:
-    /// Tiles the image.
+    /// In the image's colour, within a dashed border, which closes while a drag is inside.
     void paintEvent(QPaintEvent* event) override;
     bool event(QEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;

@@ -26,7 +26,7 @@ void paintShadow(QPainter& painter, const QRectF& body)
     constexpr int step = 2;
     const QRectF cast = body.translated(0, shadowOffset);
     for (int spread = shadowMargin - shadowOffset; spread > 0; spread -= step) {
-        painter.setBrush(QColor(16, 32, 48, 5));
+        painter.setBrush(QColor(0, 0, 0, 5));
         painter.drawRoundedRect(
             cast.adjusted(-spread, -spread, spread, spread), cornerRadius + spread, cornerRadius + spread);
     }

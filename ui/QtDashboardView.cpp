@@ -7,7 +7,18 @@
 #include "ui/Theme.h"
 #include "ui_Dashboard.h"
 
+#include <algorithm>
+
 namespace companion {
+
+namespace {
+
+constexpr int widestContent = 1100;
+constexpr int smallestSideMargin = 32;
+constexpr Color switchTint{
+    11 / 255.0, 122 / 255.0, 101 / 255.0, 1}; // Theme::accent: 5.3 to 1 on the white plate
+
+} // namespace
 
 QtDashboardView::QtDashboardView(Alerts& alerts, SystemLog& log, MainQueue& mainQueue, QWidget* parent)
     : ColoredView(parent)
@@ -44,21 +55,28 @@ void QtDashboardView::style()
     m_scene->uploadArrowImage->setImageName("uploadArrow");
     m_scene->emptyStateImage->setImageName("emptyState");
     m_scene->hdmiMessageImage->setImageName("touchOn");
+    m_scene->toolbarView->setHairline(Qt::BottomEdge);
+    m_scene->hdmiToggleView->setHairline(Qt::TopEdge);
+    m_wirelessTouchSwitch.setTintColor(switchTint);
     m_scene->devicesListIcon->setIcon(SvgImage::icon("devices"));
     m_scene->settingsIcon->setIcon(SvgImage::icon("settings"));
 
-    for (QLabel* label : {m_scene->dragAndDropLabel, m_scene->emptyStateLabel})
+    for (QLabel* label : {m_scene->emptyStateHeading, m_scene->fileUploadHeading})
+        label->setFont(Theme::font(FontFace::semiBold, 22));
+    for (QLabel* label : {m_scene->dragAndDropLabel, m_scene->emptyStateLabel, m_scene->castHintLabel})
         label->setFont(Theme::font(FontFace::regular, 12));
-    for (QLabel* label : {m_scene->deviceStatusLabel, m_scene->facingProblemLabel, m_scene->enableHDMILabel,
-             m_scene->deviceHDMISubLabel, m_scene->wirelessTouchStatusLabel, m_scene->castCaptionLabel,
-             m_scene->touchStateLabel})
+    m_scene->deviceStatusLabel->setFont(Theme::font(FontFace::regular, 16));
+    for (QLabel* label : {m_scene->facingProblemLabel, m_scene->enableHDMILabel, m_scene->deviceHDMISubLabel,
+             m_scene->wirelessTouchStatusLabel, m_scene->touchStateLabel})
         label->setFont(Theme::font(FontFace::regular, 16));
+    m_scene->castCaptionLabel->setFont(Theme::font(FontFace::medium, 16));
     m_scene->deviceHDMIMainLabel->setFont(Theme::font(FontFace::semiBold, 32));
 
-    QPalette help = m_scene->facingProblemLabel->palette();
-    help.setColor(QPalette::WindowText, QColor(Theme::secondaryText));
-    m_scene->facingProblemLabel->setPalette(help);
-    m_scene->touchStateLabel->setPalette(help);
+    for (QLabel* label : {m_scene->facingProblemLabel, m_scene->castHintLabel, m_scene->touchStateLabel}) {
+        QPalette quiet = label->palette();
+        quiet.setColor(QPalette::WindowText, QColor(Theme::secondaryText));
+        label->setPalette(quiet);
+    }
 }
 
 void QtDashboardView::connectControls()
@@ -113,7 +131,9 @@ void QtDashboardView::setHidden(Pane pane, bool hidden)
 {
     paneView(pane).setHidden(hidden);
     if (pane == Pane::castButton)
-        m_scene->castCaptionLabel->setHidden(hidden);
+        m_scene->castCardView->setHidden(hidden);
+    // Beside the drop area there is no room for the message's picture.
+    m_scene->hdmiMessageImage->setVisible(m_scene->fileUploadView->isHidden());
     keepPlaceOfHdmiPane(m_scene->emptyStateImageView->isHidden());
 }
 
@@ -123,6 +143,16 @@ void QtDashboardView::keepPlaceOfHdmiPane(bool isKept)
     QSizePolicy policy = m_scene->hdmiToggleView->sizePolicy();
     policy.setRetainSizeWhenHidden(isKept);
     m_scene->hdmiToggleView->setSizePolicy(policy);
+}
+
+/// In a wide window what belongs together stays together.
+void QtDashboardView::resizeEvent(QResizeEvent*)
+{
+    const int side = std::max(smallestSideMargin, (width() - widestContent) / 2);
+    for (QLayout* layout : {m_scene->panesLayout, m_scene->hdmiToggleLayout}) {
+        const QMargins margins = layout->contentsMargins();
+        layout->setContentsMargins(side, margins.top(), side, margins.bottom());
+    }
 }
 
 void QtDashboardView::setDeviceStatus(const std::string& text)
@@ -179,6 +209,8 @@ void QtDashboardView::setCastButtonImage(const std::string& imageName)
     const bool isCasting = imageName == "castingActive";
     m_scene->castButtonView->setActive(isCasting);
     m_scene->castCaptionLabel->setText(isCasting ? tr("Stop casting") : tr("Start casting"));
+    m_scene->castHintLabel->setText(isCasting ? tr("Touches on the panel work this computer")
+                                              : tr("Show this screen on the panel and work it by touch"));
     m_scene->castButtonView->setToolTip(
         isCasting ? tr("Stop casting to the panel") : tr("Cast the screen to the panel"));
 }
@@ -186,6 +218,8 @@ void QtDashboardView::setCastButtonImage(const std::string& imageName)
 void QtDashboardView::setFileUploadViewImage(const std::string& imageName)
 {
     m_scene->fileUploadView->setImageName(QString::fromStdString(imageName));
+    m_scene->fileUploadHeading->setText(
+        imageName == "fileUploadGridActive" ? tr("Drop it to send it") : tr("Send a file"));
 }
 
 void QtDashboardView::setUploadArrowImage(const std::string& imageName)

@@ -44,6 +44,9 @@ public:
     void presentSettings(RelaySettingsViewController& controller) override;
     void showUpload(const std::string& fileName, std::weak_ptr<UploadUnderWay> upload) override;
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 Q_SIGNALS:
     void devicesListIconClicked();
     void settingsIconClicked();

@@ -5,7 +5,19 @@
 #include "ui/Theme.h"
 #include "ui_DevicesList.h"
 
+#include <algorithm>
+#include <QTimer>
+#include <utility>
+
 namespace companion {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto timeToFindPanels = 4s;
+
+} // namespace
 
 QtDevicesListView::QtDevicesListView(QWidget* parent)
     : QWidget(parent)
@@ -13,7 +25,9 @@ QtDevicesListView::QtDevicesListView(QWidget* parent)
 {
     m_scene->setupUi(this);
     style();
-    setFixedSize(size());
+    fitRows();
+    for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
+        connect(m_scene->devicesTableView->model(), signal, this, &QtDevicesListView::fitRows);
     setFocusProxy(m_scene->devicesTableView);
     connect(m_scene->devicesTableView, &DevicesTableView::rowClicked, this, [this](int row, int column) {
         if (isUnderAlert(*this))
@@ -39,9 +53,28 @@ void QtDevicesListView::style()
     m_scene->headerSubLabel->setFont(Theme::font(FontFace::regular, 12));
     m_scene->disconnectButton->setProperty("focusRingOnDark", true);
     m_scene->disconnectButton->setFont(Theme::font(FontFace::regular, 16));
-    m_scene->devicesTableView->setPlaceholder(tr(
-        "No panel found yet.\n\nCheck that the panel is switched on and on the same network as this computer. "
-        "“panelctl doctor”, typed into a terminal, tells what else may be in the way."));
+    m_scene->devicesTableView->setPlaceholder(tr("Looking for panels…"));
+}
+
+/// Below the last row there is always a place to click.
+void QtDevicesListView::fitRows()
+{
+    constexpr int fewRows = 3;
+    constexpr int manyRows = 5;
+    const int rows = std::clamp(m_scene->devicesTableView->model()->rowCount(), fewRows, manyRows);
+    m_scene->devicesTableView->setFixedHeight(rows * DevicesTableView::rowHeight + 16);
+}
+
+/// The search begins when the list is opened for the first time.
+void QtDevicesListView::showEvent(QShowEvent*)
+{
+    if (std::exchange(m_hasBeenShown, true))
+        return;
+    QTimer::singleShot(timeToFindPanels, this, [this] {
+        m_scene->devicesTableView->setPlaceholder(tr(
+            "No panel found yet.\n\nCheck that the panel is switched on and on the same network as this computer. "
+            "“panelctl doctor”, typed into a terminal, shows what else may be wrong."));
+    });
 }
 
 QString QtDevicesListView::heading() const
@@ -62,6 +95,7 @@ void QtDevicesListView::setController(DevicesListViewController* controller)
             const DeviceRow texts = controller->viewForRow(row);
             cell.deviceNameLabel = QString::fromStdString(texts.deviceNameLabel.value_or(""));
             cell.deviceIPLabel = QString::fromStdString(texts.deviceIPLabel.value_or(""));
+            cell.dottedAddress = QString::fromStdString(controller->addressForRow(row).value_or(""));
         });
 }
 

@@ -33,11 +33,16 @@ public:
     std::int64_t clickedRow() const override { return m_clickedRow; }
     std::int64_t clickedColumn() const override { return m_clickedColumn; }
 
+protected:
+    void showEvent(QShowEvent* event) override;
+
 private:
     void style();
+    void fitRows();
 
     std::unique_ptr<Ui::DevicesListScene> m_scene;
     DevicesListViewController* m_controller = nullptr;
+    bool m_hasBeenShown = false;
     std::int64_t m_clickedRow = -1;
     std::int64_t m_clickedColumn = -1;
 };

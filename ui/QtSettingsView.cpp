@@ -22,7 +22,7 @@ QtSettingsView::QtSettingsView(QWidget* parent)
     m_scene->setupUi(this);
     setBackgroundColor(Qt::white);
     setFixedWidth(viewWidth);
-    m_scene->settingsHeaderLabel->setFont(Theme::font(Theme::FontFace::extraLight, 20));
+    m_scene->settingsHeaderLabel->setFont(Theme::font(Theme::FontFace::medium, 20));
     setFocusProxy(m_scene->fpsButton);
     for (QComboBox* button : findChildren<QComboBox*>())
         button->setItemDelegate(new QStyledItemDelegate(button)); // the default one knows no style sheet

@@ -76,9 +76,18 @@ const char* const styleSheet = R"(
         companion--PopUpButton QAbstractItemView { background: white; border: 1px solid #6b7c8c; outline: 0; padding: 4px; }
         companion--PopUpButton QAbstractItemView::item { min-height: 36px; padding: 0 8px; border-radius: 4px; color: #22303c; }
         companion--PopUpButton QAbstractItemView::item:selected { background: #0b7a65; color: white; }
-        QToolButton { background: transparent; border: 3px solid transparent; border-radius: 8px; outline: none; }
-        QToolButton:hover { background: rgba(255, 255, 255, 128); }
-        QToolButton:pressed { background: rgba(255, 255, 255, 200); }
+        QMessageBox QPushButton { min-width: 56px; min-height: 26px; }
+        QFrame#castCardView { background: white; border: 1px solid #d5dce2; border-radius: 14px; }
+        QFrame#touchPlateView { background: white; border-radius: 24px; }
+        QToolButton { background: rgba(255, 255, 255, 128); border: none; border-radius: 8px; outline: none; }
+        QToolButton:hover { background: rgba(255, 255, 255, 200); }
+        QToolButton:pressed { background: white; }
+        companion--DevicesTableView QScrollBar:vertical { background: transparent; width: 10px; }
+        companion--DevicesTableView QScrollBar::handle:vertical {
+            background: #8797a6; border-radius: 3px; margin: 2px; min-height: 40px;
+        }
+        companion--DevicesTableView QScrollBar::add-line:vertical, companion--DevicesTableView QScrollBar::sub-line:vertical { height: 0; }
+        companion--DevicesTableView QScrollBar::add-page:vertical, companion--DevicesTableView QScrollBar::sub-page:vertical { background: none; }
     )";
 
 } // namespace

@@ -12,6 +12,8 @@ inline constexpr QRgb text = 0xff22303c;
 inline constexpr QRgb secondaryText = 0xff52616f;
 inline constexpr QRgb accent = 0xff0b7a65;
 inline constexpr QRgb line = 0xffd5dce2;
+inline constexpr QRgb hoveredRow = 0xfff0f3f6;
+inline constexpr QRgb pickedRow = 0xffe6f4f0;
 inline constexpr QRgb outline = 0xff6b7c8c;
 
 enum class FontFace { regular, medium, semiBold, extraLight };

@@ -24,6 +24,7 @@ void showAsPlainText(QMessageBox& box)
         QFont font = message->font();
         // The boldest that is embedded: what lies above would be smeared from it.
         font.setWeight(QFont::DemiBold);
+        font.setPixelSize(16);
         message->setFont(font);
     }
 }

@@ -110,7 +110,7 @@ def test_splash_hands_its_window_over_after_two_seconds(screens):
     process = screens.processes.start([screens.programs / "panel-companion"], name="splash")
     began = time.monotonic()
     window = Program(WINDOW)
-    window.find("label", "Your computer at the panel", timeout=2)
+    window.find("label", "Cast, touch and send files to your panel", timeout=2)
     splash = screens.main_windows()
     window.find("push button|button", "Devices", timeout=5)
     seconds = time.monotonic() - began

@@ -99,7 +99,7 @@ private:
 
 TEST_F(DevicesListScreenTest, ARowsTextsArePaintedInTheirFonts)
 {
-    const DeviceTableCellView cell{"radioIcon", "Room 204", "0A00020F"};
+    const DeviceTableCellView cell{"radioIcon", "Room 204", "0A00020F", ""};
     TextRecorder recorder({360, 60});
     QPainter painter(&recorder);
     cell.paint(painter, {0, 0, 360, 60}, /*isHovered=*/false);
@@ -356,6 +356,41 @@ TEST_F(DevicesListScreenTest, OneMoreRowThan1000AsksOnlyForTheRowsOnScreen)
     EXPECT_LE(asked, 6);
 }
 
+TEST_F(DevicesListScreenTest, TheListIsAsHighAsItsRowsAndAPlaceToClickBelowThemUpToFive)
+{
+    openList();
+    std::string heights;
+    for (int panels = 1; panels <= 7; ++panels) {
+        announce("Meridian 65|Room|0A00021" + std::to_string(panels));
+        QTest::qWait(20); // a long list is reloaded later
+        heights += std::to_string(table().height()) + " ";
+        EXPECT_LE(list().mapTo(&m_window, QPoint(0, list().height())).y(), m_window.height());
+    }
+    EXPECT_EQ(heights, "196 196 196 256 316 316 316 ");
+}
+
+TEST_F(DevicesListScreenTest, SeparatorsAreInsetAndThereIsNoneBelowTheLastRow)
+{
+    openListOfThree();
+    const auto below = [this](int row, int x) {
+        return pixel(*table().viewport(), {x, table().visualRect(table().model()->index(row, 0)).bottom()});
+    };
+    for (const int row : {0, 1}) {
+        EXPECT_EQ(below(row, 200), QColor(Theme::line)) << row;
+        EXPECT_EQ(below(row, 40), QColor(Qt::white)) << row;
+    }
+    EXPECT_EQ(below(2, 200), QColor(Qt::white));
+}
+
+TEST_F(DevicesListScreenTest, ThePickedRowHasAColourOfItsOwnAndTheDottedAddressStandsBesideTheHexadecimalOne)
+{
+    openListOfThree();
+    clickRow(1);
+    EXPECT_EQ(pixel(*table().viewport(), {4, 90}), QColor(Theme::pickedRow));
+    EXPECT_EQ(table().cell(1).deviceIPLabel, "0A000210");
+    EXPECT_EQ(table().cell(1).dottedAddress, "10.0.2.16");
+}
+
 TEST_F(DevicesListScreenTest, AnEmptyListTellsWhatToCheck)
 {
     openList();
@@ -364,6 +399,9 @@ TEST_F(DevicesListScreenTest, AnEmptyListTellsWhatToCheck)
     blank.fill(Qt::white);
     blank.setDevicePixelRatio(empty.devicePixelRatio());
     EXPECT_NE(empty, blank);
+    EXPECT_EQ(table().placeholder(), "Looking for panels…");
+    EXPECT_EQ(table().accessibleDescription(), table().placeholder());
+    EXPECT_TRUE(QTest::qWaitFor([this] { return table().placeholder().contains("No panel"); }, 30000));
     EXPECT_THAT(table().placeholder().toStdString(),
         ::testing::AllOf(::testing::HasSubstr("No panel found yet"), ::testing::HasSubstr("same network"),
             ::testing::HasSubstr("panelctl doctor")));

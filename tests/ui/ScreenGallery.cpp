@@ -1,5 +1,5 @@
-// screen-gallery DIRECTORY [NAME...]: writes a picture of every state of the screens, or of those named, as they look
-// on the present platform.
+// screen-gallery DIRECTORY [WIDTHxHEIGHT] [NAME...]: writes a picture of every state of the screens, or of those named, as
+// they look on the present platform.
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/WidgetMainQueue.h"
 #include "tests/ui/DashboardOnFakes.h"
@@ -25,12 +25,12 @@ namespace {
 
 class Gallery {
 public:
-    Gallery(const QString& directory, const QStringList& names)
+    Gallery(const QString& directory, QSize size, const QStringList& names)
         : m_directory(directory)
         , m_names(names)
     {
         QDir().mkpath(directory);
-        m_window.resize(800, 560);
+        m_window.resize(size);
         m_window.setContentView(new QtSplashView);
         m_window.show();
     }
@@ -99,6 +99,8 @@ public:
     {
         m_gallery.take("empty");
         press("devicesListIcon");
+        m_gallery.take("list-searching");
+        QTest::qWait(4000);
         m_gallery.take("list-empty");
         for (const char* name :
             {"Meridian 65|Room 204|0A00020F", "Tandem 86|Physics lab|0A000211", "Halcyon-X|Hall|0A000210"})
@@ -108,13 +110,10 @@ public:
 
     void pair()
     {
-        auto* table = m_dashboard.view->devicesListView().findChild<QListView*>("devicesTableView");
-        QTest::qWait(1); // the rows appear
-        const QPoint row = table->visualRect(table->model()->index(0, 0)).center();
-        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, row);
+        pick(0);
         m_gallery.take("list-picked");
         press("devicesListIcon"); // a second click closes the list
-        m_gallery.expect(!table->isVisible(), "the list is still open");
+        m_gallery.expect(!m_dashboard.view->devicesListView().isVisible(), "the list is still open");
         m_gallery.take("paired");
     }
 
@@ -145,6 +144,12 @@ public:
     {
         press("wirelessTouchSwitch");
         m_gallery.take("hdmi");
+        press("devicesListIcon");
+        pick(1);
+        press("devicesListIcon");
+        m_gallery.take("hdmi-repicked");
+        press("wirelessTouchSwitch");
+        press("wirelessTouchSwitch");
         press("settingsIcon");
         m_gallery.take("settings");
         press("settingsIcon");
@@ -152,6 +157,14 @@ public:
     }
 
 private:
+    void pick(int row)
+    {
+        auto* table = m_dashboard.view->devicesListView().findChild<QListView*>("devicesTableView");
+        QTest::qWait(1); // the rows appear
+        const QPoint middle = table->visualRect(table->model()->index(row, 0)).center();
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, middle);
+    }
+
     void press(const char* name)
     {
         QTest::mouseClick(m_dashboard.view->findChild<QWidget*>(name), Qt::LeftButton);
@@ -176,14 +189,24 @@ private:
     QString m_alertName;
 };
 
+QSize takeSize(QStringList& arguments)
+{
+    const QStringList parts = arguments.value(0).split('x');
+    const QSize size(parts.value(0).toInt(), parts.value(1).toInt());
+    if (size.isEmpty())
+        return {800, 560};
+    arguments.removeFirst();
+    return size;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     QApplication application(argc, argv);
-    const QStringList arguments = QApplication::arguments().mid(1);
+    QStringList arguments = QApplication::arguments().mid(1);
     if (arguments.isEmpty()) {
-        std::fputs("usage: screen-gallery DIRECTORY [NAME...]\n", stderr);
+        std::fputs("usage: screen-gallery DIRECTORY [WIDTHxHEIGHT] [NAME...]\n", stderr);
         return 2;
     }
     QApplication::setApplicationDisplayName(QStringLiteral("Panel Companion"));
@@ -191,7 +214,8 @@ int main(int argc, char** argv)
     installAccessibility();
     installFocusRing();
 
-    Gallery gallery(arguments.first(), arguments.mid(1));
+    const QString directory = arguments.takeFirst();
+    Gallery gallery(directory, takeSize(arguments), arguments);
     gallery.take("splash");
     User user(gallery);
     user.findPanels();

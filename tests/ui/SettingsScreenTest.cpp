@@ -60,12 +60,13 @@ TEST_F(SettingsScreenTest, TheBackgroundIsWhite)
     EXPECT_EQ(setting<ColoredView>("settingsView").backgroundColor(), QColor(255, 255, 255));
 }
 
-TEST_F(SettingsScreenTest, TheHeadingIsStyledAsThatOfTheList)
+TEST_F(SettingsScreenTest, TheHeadingIsAsLargeAsThatOfTheList)
 {
     open();
     const auto& heading = setting<QLabel>("settingsHeaderLabel");
     EXPECT_EQ(heading.text(), "Settings");
-    EXPECT_EQ(heading.font(), find<QLabel>(list(), "headerMainLabel").font());
+    EXPECT_EQ(heading.font().pixelSize(), find<QLabel>(list(), "headerMainLabel").font().pixelSize());
+    EXPECT_EQ(heading.font().weight(), QFont::Medium);
     EXPECT_EQ(setting("settingsView").width(), list().width());
 }
 
