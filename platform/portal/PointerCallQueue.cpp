@@ -11,27 +11,28 @@ PointerCallQueue::PointerCallQueue(Send send)
 
 void PointerCallQueue::add(const Event& event)
 {
-    const bool isMove = std::holds_alternative<Point>(event);
-    if (isMove && !m_waiting.empty() && std::holds_alternative<Point>(m_waiting.back()))
+    const bool mayMerge = m_waiting.size() + 1 >= mostUnanswered && std::holds_alternative<Point>(event);
+    if (mayMerge && std::holds_alternative<Point>(m_waiting.back()))
         m_waiting.back() = event;
     else
         m_waiting.push_back(event);
-    sendWaiting();
+    if (!m_isAnswerDue)
+        sendNext();
 }
 
 void PointerCallQueue::answered()
 {
-    --m_unanswered;
-    sendWaiting();
+    m_isAnswerDue = false;
+    if (!m_waiting.empty())
+        sendNext();
 }
 
-void PointerCallQueue::sendWaiting()
+void PointerCallQueue::sendNext()
 {
-    while (!m_waiting.empty() && m_unanswered < mostUnanswered) {
-        ++m_unanswered;
-        m_send(m_waiting.front());
-        m_waiting.pop_front();
-    }
+    const Event event = m_waiting.front();
+    m_waiting.pop_front();
+    m_isAnswerDue = true;
+    m_send(event);
 }
 
 } // namespace companion

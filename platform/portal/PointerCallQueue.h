@@ -9,8 +9,9 @@
 
 namespace companion {
 
-/// Pointer events for a peer that answers each one. They are sent in order without waiting for answers, up to a limit of
-/// unanswered ones; then a move replaces one that waits directly before it. Presses and releases are never left out.
+/// Pointer events for a peer that answers each one and may handle two at the same time in any order: each one is sent
+/// when the one before has been answered, which nobody waits for. Once 64 are unanswered, sent or not, a move replaces
+/// one that waits directly before it. Presses and releases are never left out.
 class PointerCallQueue {
 public:
     static constexpr std::size_t mostUnanswered = 64;
@@ -26,15 +27,15 @@ public:
 
     void add(const Event& event);
 
-    /// One of the events that were sent has been answered.
+    /// The event that was sent has been answered.
     void answered();
 
 private:
-    void sendWaiting();
+    void sendNext();
 
     Send m_send;
     std::deque<Event> m_waiting;
-    std::size_t m_unanswered = 0;
+    bool m_isAnswerDue = false;
 };
 
 } // namespace companion

@@ -11,12 +11,10 @@ protected:
     void moveTo(int x) { queue.add(Point{static_cast<double>(x), 7}); }
     void setButtonDown(bool isDown) { queue.add(PointerCallQueue::ButtonChange{isDown}); }
 
-    /// Sends as many as may be unanswered.
-    void fill()
+    void answerAll()
     {
-        for (std::size_t i = 0; i < PointerCallQueue::mostUnanswered; ++i)
-            setButtonDown(true);
-        sent.clear();
+        for (std::size_t i = 0; i < 200; ++i)
+            queue.answered();
     }
 
     Transcript sent;
@@ -28,41 +26,48 @@ protected:
     }};
 };
 
-TEST_F(PointerCallQueueTest, SixtyFourAreSentWithoutAnAnswerAndTheNextOneAfterIt)
+TEST_F(PointerCallQueueTest, EachEventWaitsForTheAnswerToTheOneBefore)
+{
+    moveTo(1);
+    setButtonDown(true);
+    moveTo(2);
+    EXPECT_EQ(sent.take(" "), "1");
+    queue.answered();
+    EXPECT_EQ(sent.take(" "), "down");
+    queue.answered();
+    queue.answered();
+    setButtonDown(false);
+    EXPECT_EQ(sent.take(" "), "2 up");
+}
+
+TEST_F(PointerCallQueueTest, The65thUnansweredMoveReplacesThe64th)
+{
+    for (int i = 1; i <= 64; ++i)
+        moveTo(i);
+    answerAll();
+    EXPECT_EQ(sent.lines().size(), 64U);
+    sent.clear();
+    for (int i = 1; i <= 66; ++i)
+        moveTo(i);
+    answerAll();
+    EXPECT_EQ(sent.lines().size(), 64U);
+    EXPECT_EQ(sent.lines()[62], "63");
+    EXPECT_EQ(sent.lines()[63], "66");
+}
+
+TEST_F(PointerCallQueueTest, PressesAndReleasesKeepTheirPlaceBetweenMergedMoves)
 {
     for (int i = 0; i < 64; ++i)
-        moveTo(i);
-    EXPECT_EQ(sent.lines().size(), 64U);
-    moveTo(64);
-    EXPECT_EQ(sent.lines().size(), 64U);
-    queue.answered();
-    EXPECT_EQ(sent.lines().back(), "64");
-}
-
-TEST_F(PointerCallQueueTest, MovesThatWaitBecomeTheNewestOne)
-{
-    fill();
-    moveTo(1);
-    moveTo(2);
-    moveTo(3);
-    queue.answered();
-    queue.answered();
-    EXPECT_EQ(sent.take(" "), "3");
-}
-
-TEST_F(PointerCallQueueTest, PressesAndReleasesKeepTheirPlaceBetweenMoves)
-{
-    fill();
+        setButtonDown(true);
     moveTo(1);
     moveTo(2);
     setButtonDown(true);
     moveTo(3);
     moveTo(4);
     setButtonDown(false);
-    setButtonDown(true);
-    for (int i = 0; i < 6; ++i)
-        queue.answered();
-    EXPECT_EQ(sent.take(" "), "2 down 4 up down");
+    answerAll();
+    const std::vector<std::string> last(sent.lines().end() - 4, sent.lines().end());
+    EXPECT_EQ(last, (std::vector<std::string>{"2", "down", "4", "up"}));
 }
 
 } // namespace companion::testing

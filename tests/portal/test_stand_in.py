@@ -206,7 +206,7 @@ def test_10000_touches_in_a_burst_lose_no_press_while_the_portal_is_slow(stage):
     tap = (("DOWN", 960, 540), ("MOVE", 950, 530), ("MOVE", 940, 530), ("MOVE", 930, 530), ("UP", 960, 540))
     stage.touch(*(tap * 2000), ("MOVE", 480, 270))
     stage.expect_log("::: Mouse Down", count=2000)
-    assert len(portal.seen("motion", "button")) == 64
+    assert len(portal.seen("motion", "button")) == 1  # portals may handle two calls at the same time in any order
     portal.hold(False)
 
     def has_arrived():
