@@ -32,6 +32,7 @@ allow-interfaces={interfaces}
 enable-dbus=yes
 {limits}
 [publish]
+disable-publishing={silent}
 publish-hinfo=no
 publish-workstation=no
 [rlimits]
@@ -76,11 +77,13 @@ class SystemBus:
 class AvahiDaemon:
     """mDNS on some interfaces, reached over `bus`. It can be stopped and started again."""
 
-    def __init__(self, processes, folder, bus, interfaces, host="computer", namespace=None, ipv6=False, limits=""):
+    def __init__(self, processes, folder, bus, interfaces, host="computer", namespace=None, ipv6=False, limits="",
+                 publishes=True):
         self._processes, self._bus, self._namespace, self._host = processes, bus, namespace, host
         self._configuration = pathlib.Path(folder) / f"{host}-avahi.conf"
         self._configuration.write_text(_AVAHI.format(
-            host=host, interfaces=interfaces, ipv6="yes" if ipv6 else "no", limits=limits), encoding="utf-8")
+            host=host, interfaces=interfaces, ipv6="yes" if ipv6 else "no", limits=limits,
+            silent="no" if publishes else "yes"), encoding="utf-8")
         self.process = None
         self.start()
 
