@@ -164,10 +164,15 @@ void XTestMouseEventPoster::drag(RootPixel to)
         move(to);
 }
 
-// A press of another device ends the series that programs count: theirs begins anew with it.
+// A press of another device ends the series that programs count: theirs begins anew with it. A loss may be noticed only
+// here, by the first round trip, and the touch that notices it must not be lost with it.
 XTestMouseEventPoster::Surroundings XTestMouseEventPoster::lookAt(RootPixel target)
 {
-    const Surroundings seen = m_connection->lookAt(target);
+    Surroundings seen = m_connection->lookAt(target);
+    if (!seen && m_connection->isLost()) {
+        reconnectIfLost();
+        seen = m_connection->lookAt(target);
+    }
     if (std::exchange(m_foreignPresses, m_connection->foreignPresses()) != m_connection->foreignPresses())
         m_clicks.reset();
     return seen;

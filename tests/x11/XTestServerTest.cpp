@@ -52,6 +52,19 @@ TEST(XTestServerLogTest, ALostServerIsConnectedToAgainOnceASecondAndThatIsLogged
     EXPECT_EQ(recorder.takeText(), "motion 100,200 motion 300,200 press1 300,200");
 }
 
+TEST(XTestServerLossTest, TheFirstTapAfterALossThatNobodyHasNoticedArrives)
+{
+    XvfbServer xvfb;
+    const auto poster = openPoster(xvfb.display(), [] { return ScreenMapping{}; });
+    xvfb.stop();
+    xvfb.startAgain();
+    XRecorder recorder(xvfb.display());
+    poster->post(MouseEvent{leftDown, {100, 200}});
+    poster->post(MouseEvent{leftUp, {100, 200}});
+    poster->sync();
+    EXPECT_EQ(recorder.takeText(), "motion 100,200 press1 100,200 release1 100,200");
+}
+
 /// A server whose physical buttons are mapped as a left-handed person wants them. Seen is what programs are told that is
 /// held: what is recorded is the physical button.
 class XTestButtonMappingTest : public ::testing::Test {
