@@ -62,6 +62,12 @@ void XClient::closeWindow(unsigned long window)
     XSync(m_display, False);
 }
 
+void XClient::raiseWindow(unsigned long window)
+{
+    XRaiseWindow(m_display, window);
+    XSync(m_display, False);
+}
+
 bool XClient::clickWithMouse()
 {
     int count = 0;

@@ -24,6 +24,7 @@ public:
     /// A window in front of all others, without a window manager's frame; its id.
     unsigned long openWindow(int x, int y, unsigned width, unsigned height);
     void closeWindow(unsigned long window);
+    void raiseWindow(unsigned long window);
 
     /// Presses and releases the left button of the server's own mouse where the pointer is. False when there is none.
     bool clickWithMouse();
