@@ -1,10 +1,11 @@
-// What a text field of another program makes of double taps on the panel, with the real click counting of Qt: it
-// counts by the X server's time, so the taps take the time that they take. Each case has a server of its own, and
+// What a text field of another program makes of double taps on the panel, with the real click counting of Qt and GTK: they
+// count by the X server's time, so the taps take the time that they take. Each case has a server of its own, and
 // they run side by side.
 #include "platform/FlushingPause.h"
 #include "platform/testing/FakeLog.h"
 #include "platform/testing/FakeScreen.h"
 #include "platform/x11/XTestMouseEventPoster.h"
+#include "tests/support/XClient.h"
 #include "tests/support/XRecorder.h"
 #include "tests/support/XvfbServer.h"
 #include "touchback/MouseSimulate.h"
@@ -100,11 +101,20 @@ struct Played {
 
 constexpr milliseconds toleratedLateness = 25ms; // the nearest limit is 50 ms away
 
+/// A field of Qt, "text" or "line", or one of GTK, "gtk".
+std::vector<std::string> fieldProgram(const std::string& kind)
+{
+    if (kind == "gtk")
+        return {"/usr/bin/python3", GTK_CLICK_COUNTER};
+    return {CLICK_COUNTER, kind};
+}
+
 /// A text field with a server of its own, ready to be tapped.
 struct Stage {
     explicit Stage(const std::string& kind)
-        : field({CLICK_COUNTER, kind},
-            {{"DISPLAY", xvfb.display()}, {"QT_QPA_PLATFORM", "xcb"}, {"LC_ALL", "C.UTF-8"}})
+        : field(fieldProgram(kind),
+            {{"DISPLAY", xvfb.display()}, {"QT_QPA_PLATFORM", "xcb"}, {"LC_ALL", "C.UTF-8"},
+                {"GDK_BACKEND", "x11"}, {"GSETTINGS_BACKEND", "memory"}, {"NO_AT_BRIDGE", "1"}})
         , finger(xvfb.display())
     {
     }
@@ -138,6 +148,11 @@ struct Stage {
     Finger finger;
 };
 
+bool isFieldMissing(Stage& stage)
+{
+    return stage.field.output().find("missing: ") != std::string::npos;
+}
+
 int count(const std::string& text, const std::string& pattern)
 {
     const std::regex regex(pattern);
@@ -158,13 +173,26 @@ std::optional<std::string> playInTime(const std::string& kind, const Case& playe
     return std::nullopt;
 }
 
+void expectOneDoubleClick(const std::string& seen)
+{
+    const std::string oneWord = "\\[abcdefghij\\]";
+    EXPECT_EQ(count(seen, "doubleclick"), 1) << seen;
+    EXPECT_EQ(count(seen, "doubleclick " + oneWord), 1) << seen;
+    EXPECT_EQ(count(seen, "\\[.* .*\\]"), 0) << "the line was selected, as by a triple click: " << seen;
+    EXPECT_EQ(count(seen, "press|doubleclick"), count(seen, "release")) << seen;
+}
+
 void expectOneDoubleClickEach(const std::string& kind, const std::vector<Case>& cases)
 {
     std::deque<Stage> stages;
     for (std::size_t i = 0; i < cases.size(); ++i)
         stages.emplace_back(kind);
-    for (Stage& stage : stages)
-        ASSERT_TRUE(stage.field.waitForOutput("ready", 60s)) << stage.field.output();
+    for (Stage& stage : stages) {
+        const bool isReady = stage.field.waitForOutput("ready", 60s);
+        if (isFieldMissing(stage))
+            GTEST_SKIP() << "GTK for Python (package gir1.2-gtk-3.0) is " << stage.field.output();
+        ASSERT_TRUE(isReady) << stage.field.output();
+    }
 
     std::vector<std::future<Played>> results;
     for (std::size_t i = 0; i < cases.size(); ++i)
@@ -176,12 +204,7 @@ void expectOneDoubleClickEach(const std::string& kind, const std::vector<Case>& 
             played.lateness <= toleratedLateness ? played.seen : playInTime(kind, cases[i]);
         if (!inTime)
             GTEST_SKIP() << "this computer is too busy to tap in time";
-        const std::string& seen = *inTime;
-        const std::string oneWord = "\\[abcdefghij\\]";
-        EXPECT_EQ(count(seen, "doubleclick"), 1) << seen;
-        EXPECT_EQ(count(seen, "doubleclick " + oneWord), 1) << seen;
-        EXPECT_EQ(count(seen, "\\[.* .*\\]"), 0) << "the line was selected, as by a triple click: " << seen;
-        EXPECT_EQ(count(seen, "press|doubleclick"), count(seen, "release")) << seen;
+        expectOneDoubleClick(*inTime);
     }
 }
 
@@ -207,6 +230,16 @@ TEST(DoubleTapTest, TapsOf50Milliseconds150To750Apart0And30PixelsAwayAreOneDoubl
     expectOneDoubleClickEach("line", everyGapAndDistance({150ms, 300ms, 500ms, 750ms}, 50ms));
 }
 
+// Without the pairs that are 30 pixels and less than 400 ms apart: after a press elsewhere GTK's text view keeps measuring
+// distances from the press before it, and counts no double click there, although GTK's own events do.
+TEST(DoubleTapTest, TapsOf50Milliseconds150To750ApartAreOneDoubleClickInAFieldOfGtk)
+{
+    std::vector<Case> cases = everyGapAndDistance({500ms, 750ms}, 50ms);
+    for (const milliseconds gap : {150ms, 300ms})
+        cases.push_back(doubleTap(gap, 0, 50ms));
+    expectOneDoubleClickEach("gtk", cases);
+}
+
 // Releases more than 800 ms apart are no double tap, which is why longer gaps are missing here.
 TEST(DoubleTapTest, ASecondTapHeldFor300MillisecondsIsOneDoubleClick)
 {
@@ -228,6 +261,29 @@ TEST(DoubleTapTest, TapsBeforeAndAfterDoNotTurnTheDoubleClickIntoATripleOne)
             {"a slow pair before, 30 px away",
                 {{0ms, 50ms}, {900ms, 50ms}, {1050ms, 50ms, 130}, {1550ms, 50ms, 130}}},
         });
+}
+
+// The first tap closes the window: what lies below has seen neither of its events.
+TEST(DoubleTapTest, TheTapAfterOneThatClosedAWindowIsADoubleClickInTheFieldBelow)
+{
+    for (const char* kind : {"text", "gtk"}) {
+        SCOPED_TRACE(kind);
+        Stage stage(kind);
+        const bool isReady = stage.field.waitForOutput("ready", 60s);
+        if (isFieldMissing(stage))
+            GTEST_SKIP() << "GTK for Python (package gir1.2-gtk-3.0) is " << stage.field.output();
+        ASSERT_TRUE(isReady) << stage.field.output();
+        XClient other(stage.xvfb.display());
+        const unsigned long window = other.openWindow(0, 0, 800, 60);
+        stage.finger.down({100, 30});
+        stage.finger.up({100, 30});
+        other.closeWindow(window);
+        stage.finger.down({100, 30});
+        stage.finger.up({100, 30});
+        EXPECT_TRUE(stage.field.waitForOutput("doubleclick")) << stage.field.output();
+        std::this_thread::sleep_for(250ms); // whatever is one click too many
+        expectOneDoubleClick(stage.field.output());
+    }
 }
 
 TEST(DoubleTapTest, ASecondTap60PixelsAwayWithin800MillisecondsStaysHeldUntilTheNextTouch)

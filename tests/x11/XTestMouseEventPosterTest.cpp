@@ -236,31 +236,95 @@ TEST_F(XTestMouseEventPosterTest, OtherKeysCannotBeMade)
     EXPECT_EQ(recorded(), "");
 }
 
-TEST(XTestMouseEventPosterMonitorsTest, ThePointsOfTheRightMonitorLieInTheRightHalfOfTheRoot)
+namespace {
+
+struct Monitor {
+    int x = 0;
+    int y = 0;
+    int width = 0;
+    int height = 0;
+};
+
+/// Of two on a root window of 1366 x 768 pixels: left, right, upper and lower.
+const std::vector<std::pair<std::string, std::string>> pairsOfMonitors{
+    {"640/170x768/210+0+0", "726/190x768/210+640+0"},
+    {"1366/340x384/105+0+0", "1366/340x384/105+0+384"},
+};
+
+void setMonitor(
+    const std::string& display, const std::string& name, const std::string& geometry, const char* output)
+{
+    ChildProcess xrandr({"xrandr", "--setmonitor", name, geometry, output}, {{"DISPLAY", display}});
+    ASSERT_EQ(xrandr.waitForExit(), 0) << xrandr.output();
+}
+
+/// Where the server says that the monitor is.
+Monitor monitorOf(const std::string& display, const std::string& name)
+{
+    ChildProcess list({"xrandr", "--listmonitors"}, {{"DISPLAY", display}});
+    EXPECT_EQ(list.waitForExit(), 0);
+    const std::regex geometry(" " + name + R"( (\d+)/\d+x(\d+)/\d+\+(\d+)\+(\d+))");
+    std::smatch found;
+    const std::string monitors = list.output();
+    if (!std::regex_search(monitors, found, geometry)) {
+        ADD_FAILURE() << monitors;
+        return {};
+    }
+    const auto number = [&](int group) { return std::stoi(found[static_cast<std::size_t>(group)].str()); };
+    return {number(3), number(4), number(1), number(2)};
+}
+
+std::string corner(int x, int y)
+{
+    return "motion " + std::to_string(x) + "," + std::to_string(y);
+}
+
+/// A finger at the first corner, just before the opposite one, and at it.
+void expectEdgesBelongTo(const std::string& display, const Monitor& monitor, double scale)
+{
+    const Size size{std::round(monitor.width / scale), std::round(monitor.height / scale)};
+    const ScreenMapping mapping{static_cast<double>(monitor.x), static_cast<double>(monitor.y), scale, size};
+    auto poster = openPoster(display, [&] { return mapping; });
+    poster->post(MouseEvent{leftDragged, {1, 1}});
+    poster->sync();
+    XRecorder recorder(display);
+    poster->post(MouseEvent{leftDragged, {0, 0}});
+    poster->post(MouseEvent{leftDragged, {size.width * 32'740 / 32'767, size.height * 32'740 / 32'767}});
+    poster->post(MouseEvent{leftDragged, {0, size.height}});
+    poster->post(MouseEvent{leftDragged, {size.width, 0}});
+    poster->post(MouseEvent{leftDragged, {size.width, size.height}});
+    poster->sync();
+    const int right = monitor.x + monitor.width - 1;
+    const int bottom = monitor.y + monitor.height - 1;
+    const std::string seen = recorder.takeText();
+    for (const std::string& expected : {corner(monitor.x, monitor.y), corner(monitor.x, bottom),
+             corner(right, monitor.y), corner(right, bottom)})
+        EXPECT_THAT(seen, ::testing::HasSubstr(expected)) << seen;
+    const std::regex motion(R"(motion (\d+),(\d+))");
+    for (std::sregex_iterator at(seen.begin(), seen.end(), motion), end; at != end; ++at) {
+        const int x = std::stoi((*at)[1]);
+        const int y = std::stoi((*at)[2]);
+        EXPECT_TRUE(x >= monitor.x && x <= right && y >= monitor.y && y <= bottom) << seen;
+    }
+}
+
+} // namespace
+
+TEST(XTestMouseEventPosterMonitorsTest, TheEdgesOfEitherOfTwoMonitorsBelongToItAtScales1And1AndAHalfAnd2)
 {
     if (!isInstalled("xrandr"))
         GTEST_SKIP() << "xrandr (package x11-xserver-utils) is missing";
-    XvfbServer xvfb("1280x800");
-    const std::map<std::string, std::string> environment{{"DISPLAY", xvfb.display()}};
-    ChildProcess left({"xrandr", "--setmonitor", "L", "640/170x800/210+0+0", "screen"}, environment);
-    ASSERT_EQ(left.waitForExit(), 0);
-    ChildProcess right({"xrandr", "--setmonitor", "R", "640/170x800/210+640+0", "none"}, environment);
-    ASSERT_EQ(right.waitForExit(), 0);
-    ChildProcess list({"xrandr", "--listmonitors"}, environment);
-    ASSERT_EQ(list.waitForExit(), 0);
-    const std::regex geometry(R"( R (\d+)/\d+x(\d+)/\d+\+(\d+)\+(\d+))");
-    std::smatch found;
-    const std::string monitors = list.output();
-    ASSERT_TRUE(std::regex_search(monitors, found, geometry)) << monitors;
-    const auto number = [&](int group) { return std::stod(found[static_cast<std::size_t>(group)].str()); };
-    const ScreenMapping mapping{number(3), number(4), 1, {number(1), number(2)}};
-
-    XRecorder recorder(xvfb.display());
-    auto poster = openPoster(xvfb.display(), [&] { return mapping; });
-    poster->post(MouseEvent{leftDown, {5, 7}});
-    poster->post(MouseEvent{leftUp, {mapping.size.width, mapping.size.height}});
-    poster->sync();
-    EXPECT_EQ(recorder.takeText(), "motion 645,7 press1 645,7 motion 1279,799 release1 1279,799");
+    for (const auto& [first, second] : pairsOfMonitors) {
+        XvfbServer xvfb("1366x768");
+        setMonitor(xvfb.display(), "FIRST", first, "screen");
+        setMonitor(xvfb.display(), "SECOND", second, "none");
+        for (const char* name : {"FIRST", "SECOND"}) {
+            for (const double scale : {1.0, 1.5, 2.0}) {
+                SCOPED_TRACE(std::string(name) + " at " + std::to_string(scale));
+                expectEdgesBelongTo(xvfb.display(), monitorOf(xvfb.display(), name), scale);
+            }
+        }
+    }
 }
 
 } // namespace companion::testing
