@@ -17,6 +17,8 @@ std::size_t countOf(const std::vector<Check>& checks, Mark mark)
 }
 
 constexpr auto portName = "UDP port 41863";
+constexpr auto installPortalAdvice =
+    "install xdg-desktop-portal and its backend for this desktop, or log in to an X11 session";
 
 std::string firewallAdvice(FirewallProfiles profiles)
 {
@@ -140,11 +142,16 @@ Check displayCheck(const DisplayFacts& facts)
     const std::string xDisplay = "X display " + facts.display;
     const std::string which =
         isWayland ? "Wayland display " + facts.waylandDisplay + ", " + xDisplay : xDisplay;
+    if (facts.wayland)
+        return {"display", Mark::ok,
+            "Wayland display " + facts.waylandDisplay + "; "
+                + inputChoiceText(/*isWaylandSession=*/true, *facts.wayland, {}),
+            ""};
     switch (facts.x) {
     case DisplayFacts::X::none:
         if (isWayland)
             return {"display", Mark::warn, "Wayland display " + facts.waylandDisplay + " without X",
-                "touches need an X display: log in to an X11 session"};
+                installPortalAdvice};
         return {"display", Mark::warn, "none", "panel-companion needs one; panelctl does not"};
     case DisplayFacts::X::noLibrary:
         return {"display", Mark::warn, which + ", not checked, since libxcb or libxcb-xtest is missing",
@@ -162,7 +169,7 @@ Check displayCheck(const DisplayFacts& facts)
     }
     if (isWayland)
         return {"display", Mark::warn, which + " with XTEST",
-            "touches reach programs that use X only; an X11 session has no such limit"};
+            std::string("touches reach programs that use X only; ") + installPortalAdvice};
     return {"display", Mark::ok, which + " accepts input events (XTEST)", ""};
 }
 

@@ -152,7 +152,12 @@ TEST(DisplayCheckTest, DisplaysAreToldApart)
         told(displayCheck({X::usable, ":1", ""})), "ok display: X display :1 accepts input events (XTEST)");
     EXPECT_EQ(told(displayCheck({X::usable, ":1", "wayland-0"})),
         "warn display: Wayland display wayland-0, X display :1 with XTEST - touches reach programs that use X only; "
-        "an X11 session has no such limit");
+        "install xdg-desktop-portal and its backend for this desktop, or log in to an X11 session");
+    EXPECT_EQ(told(displayCheck({X::usable, ":1", "wayland-0", InputWay::portal})),
+        "ok display: Wayland display wayland-0; Touches are injected through the desktop's RemoteDesktop portal, which "
+        "asks when touch is turned on");
+    EXPECT_EQ(told(displayCheck({X::none, "", "wayland-0", InputWay::virtualPointer})),
+        "ok display: Wayland display wayland-0; Touches are injected with the compositor's virtual pointer");
     EXPECT_EQ(told(displayCheck({X::none, "", ""})),
         "warn display: none - panel-companion needs one; panelctl does not");
     EXPECT_THAT(told(displayCheck({X::none, "", "wayland-0"})),

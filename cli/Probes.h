@@ -1,7 +1,10 @@
 #pragma once
 
+#include "platform/InputWay.h"
+
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -59,8 +62,9 @@ struct DisplayFacts {
     enum class X { none, noLibrary, cannotOpen, silent, noXTest, usable };
 
     X x = X::none;
-    std::string display;        ///< $DISPLAY
-    std::string waylandDisplay; ///< $WAYLAND_DISPLAY
+    std::string display;                            ///< $DISPLAY
+    std::string waylandDisplay;                     ///< $WAYLAND_DISPLAY
+    std::optional<InputWay> wayland = std::nullopt; ///< What native Wayland programs can be reached by.
 };
 
 /// Connects to TCP ports of panels.

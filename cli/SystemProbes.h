@@ -31,7 +31,7 @@ private:
     std::filesystem::path m_root;
 };
 
-/// Opens the session's X display by libxcb and libxcb-xtest, loaded for this alone: the other commands start without
+/// Looks for the ways into a Wayland session, and opens the session's X display by libxcb and libxcb-xtest, loaded for this alone: the other commands start without
 /// them, and a computer that has neither runs the program all the same.
 class XTestDisplayProbe : public DisplayProbe {
 public:

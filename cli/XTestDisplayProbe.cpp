@@ -1,4 +1,5 @@
 #include "cli/SystemProbes.h"
+#include "cli/WaylandFacts.h"
 
 #include <cstdlib>
 #include <dlfcn.h>
@@ -65,6 +66,18 @@ X lookAtDisplay()
     return found;
 }
 
+/// The best way that there is.
+std::optional<InputWay> waylandWay(
+    const std::string& waylandDisplay, std::chrono::milliseconds time, BoundedCalls& calls)
+{
+    if (waylandDisplay.empty())
+        return std::nullopt;
+    if (hasVirtualPointer(waylandDisplay, time))
+        return InputWay::virtualPointer;
+    return calls.call(time, hasRemoteDesktopPortal).value_or(false) ? std::optional(InputWay::portal)
+                                                                    : std::nullopt;
+}
+
 } // namespace
 
 DisplayFacts XTestDisplayProbe::look(std::chrono::milliseconds time)
@@ -72,6 +85,7 @@ DisplayFacts XTestDisplayProbe::look(std::chrono::milliseconds time)
     DisplayFacts facts;
     facts.display = environmentText("DISPLAY");
     facts.waylandDisplay = environmentText("WAYLAND_DISPLAY");
+    facts.wayland = waylandWay(facts.waylandDisplay, time, m_calls);
     if (!facts.display.empty())
         facts.x = m_calls.call(time, lookAtDisplay).value_or(X::silent);
     return facts;

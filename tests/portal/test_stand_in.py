@@ -45,14 +45,14 @@ class Portal:
 
 class Stage:
     def __init__(self, processes, programs):
-        self.processes, self._programs = processes, programs
+        self.processes, self.programs = processes, programs
         network.loopback_up()
         self.desktop = Desktop(processes)
         self.panel = Panel(processes, programs / "panel-simulator", arguments=["--no-announce"])
         self.app = None
 
     def start(self, *options):
-        self.app = Companion(self.processes, self.desktop, self._programs / "panel-companion",
+        self.app = Companion(self.processes, self.desktop, self.programs / "panel-companion",
                              ["--panel", self.panel.service_name, *options], WAYLAND)
         self.app.pair(self.panel)
 
@@ -218,3 +218,11 @@ def test_10000_touches_in_a_burst_lose_no_press_while_the_portal_is_slow(stage):
     assert states == [1, 0] * (len(states) // 2)
     assert len(states) >= 2 * 2000
     stage.app.expect_alive()
+
+
+def test_doctor_says_that_the_portal_is_used_and_asks(stage):
+    Portal(stage.processes)
+    doctor = stage.processes.start([stage.programs / "panelctl", "doctor", "--timeout", "10"], environment=WAYLAND)
+    doctor.wait(90)
+    assert f"ok    display: Wayland display {WAYLAND['WAYLAND_DISPLAY']}; Touches are injected through the desktop's " \
+           "RemoteDesktop portal, which asks when touch is turned on" in doctor.output()
