@@ -143,12 +143,12 @@ class Program:
 
     def alert_texts(self, timeout=5.0):
         """The texts of the alert that is open, once one is."""
-        alert = self.find("alert|dialog", timeout=timeout)
+        alert = self.find("alert", timeout=timeout)
         return [alert.name] + [part.name for part in alert.everything() if part.role == "label"]
 
     def dismiss_alert(self):
         self.press("OK")
-        self.gone("alert|dialog")
+        self.gone("alert")
 
     def describe(self):
         """Everything that is showing, an element a line: for the log of a failure."""
