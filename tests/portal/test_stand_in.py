@@ -110,6 +110,12 @@ def test_permission_is_asked_for_when_touch_is_turned_on_and_touches_land_on_the
     assert release["state"] == 0
 
 
+def test_without_remote_desktop_touches_reach_x11_programs_which_is_logged(stage):
+    Portal(stage.processes, version=0)
+    stage.start()
+    stage.expect_log("On Wayland touches reach X11 programs only")
+
+
 def test_a_refusal_is_told_and_the_next_touch_on_asks_again(stage):
     portal = Portal(stage.processes, mode="deny")
     stage.start()
