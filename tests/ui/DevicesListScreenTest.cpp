@@ -362,7 +362,7 @@ TEST_F(DevicesListScreenTest, TheListIsAsHighAsItsRowsAndAPlaceToClickBelowThemU
     std::string heights;
     for (int panels = 1; panels <= 7; ++panels) {
         announce("Meridian 65|Room|0A00021" + std::to_string(panels));
-        QTest::qWait(20); // a long list is reloaded later
+        ASSERT_TRUE(QTest::qWaitFor([&] { return table().model()->rowCount() == panels; }, 30000));
         heights += std::to_string(table().height()) + " ";
         EXPECT_LE(list().mapTo(&m_window, QPoint(0, list().height())).y(), m_window.height());
     }
