@@ -69,9 +69,10 @@ class Screens:
         return xdotool("search", "--onlyvisible", "--name", f"^{WINDOW}$")
 
     def close_window(self):
-        """As the user does, by the window manager."""
-        xdotool("windowfocus", "--sync", self.main_windows()[0])
-        keys("alt+F4")
+        """By the button in its title bar: a key would go to whatever has the focus just then."""
+        window = self.main_windows()[0]
+        geometry = dict(line.split("=") for line in xdotool("getwindowgeometry", "--shell", window))
+        xdotool("mousemove", "--window", window, int(geometry["WIDTH"]) - 10, -10, "click", 1)
 
     def focused(self):
         """The name of what the keyboard works; a row counts as its list, as it says so in a closed popover, too."""
