@@ -135,6 +135,7 @@ void QtDashboardView::setHidden(Pane pane, bool hidden)
     // Beside the drop area there is no room for the message's picture.
     m_scene->hdmiMessageImage->setVisible(m_scene->fileUploadView->isHidden());
     keepPlaceOfHdmiPane(m_scene->emptyStateImageView->isHidden());
+    placeTouchState();
 }
 
 /// Casting hides the pane, and the button that was just pressed must not move for it.
@@ -143,6 +144,14 @@ void QtDashboardView::keepPlaceOfHdmiPane(bool isKept)
     QSizePolicy policy = m_scene->hdmiToggleView->sizePolicy();
     policy.setRetainSizeWhenHidden(isKept);
     m_scene->hdmiToggleView->setSizePolicy(policy);
+}
+
+/// In the bar that casting leaves empty, or else below the panes.
+void QtDashboardView::placeTouchState()
+{
+    const bool isBarEmpty = m_scene->hdmiToggleView->isHidden();
+    m_scene->maskedLayout->addWidget(
+        m_scene->touchStateLabel, isBarEmpty ? 1 : 0, 0, isBarEmpty ? Qt::AlignVCenter : Qt::AlignBottom);
 }
 
 /// In a wide window what belongs together stays together.

@@ -59,6 +59,7 @@ private:
     void connectControls();
     static bool closeIfOpen(Popover* popover);
     void keepPlaceOfHdmiPane(bool isKept);
+    void placeTouchState();
     QWidget& paneView(Pane pane) const;
     static QString touchText(TouchState state, const QString& sender);
     void showTouchText();

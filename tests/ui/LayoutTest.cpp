@@ -174,6 +174,19 @@ TEST_F(LayoutTest, At800By560ALongSentenceAboutTouchesIsWrapped)
     expectNoOverlap({"facingProblemLabel", "touchStateLabel", "hdmiToggleView"});
 }
 
+TEST_F(LayoutTest, WhileCastingALongSentenceAboutTouchesStandsInTheEmptyBar)
+{
+    m_window.resize(800, 560);
+    pair();
+    click(outlet("castButtonView"));
+    m_dashboard.view->setTouchObstacle(
+        "No touch: remote interaction was not allowed in the desktop's dialog; turn touch on again to be asked again");
+    expectNothingCutOff();
+    expectNoOverlap({"fileUploadView", "touchStateLabel"});
+    expectNoOverlap({"castCardView", "touchStateLabel"});
+    EXPECT_NEAR(inWindow("touchStateLabel").center().y(), 560 - 72 / 2, 1);
+}
+
 TEST_F(LayoutTest, At2560By1440TheContentIs1100WideInTheMiddle)
 {
     m_window.resize(2560, 1440);
