@@ -153,9 +153,6 @@ Check displayCheck(const DisplayFacts& facts)
             return {"display", Mark::warn, "Wayland display " + facts.waylandDisplay + " without X",
                 installPortalAdvice};
         return {"display", Mark::warn, "none", "panel-companion needs one; panelctl does not"};
-    case DisplayFacts::X::noLibrary:
-        return {"display", Mark::warn, which + ", not checked, since libxcb or libxcb-xtest is missing",
-            "install libxcb1 and libxcb-xtest0"};
     case DisplayFacts::X::cannotOpen:
         return {"display", Mark::fail, xDisplay + " cannot be opened",
             "run it as the user who is logged in there (DISPLAY, XAUTHORITY)"};

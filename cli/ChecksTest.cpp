@@ -168,8 +168,6 @@ TEST(DisplayCheckTest, DisplaysAreToldApart)
         told(displayCheck({X::silent, ":7", ""})), StartsWith("fail display: X display :7 does not answer"));
     EXPECT_THAT(
         told(displayCheck({X::noXTest, ":7", ""})), StartsWith("fail display: X display :7 has no XTEST"));
-    EXPECT_THAT(
-        told(displayCheck({X::noLibrary, ":7", ""})), StartsWith("warn display: X display :7, not checked"));
 }
 
 TEST(CheckTest, SummaryCountsTheMarks)

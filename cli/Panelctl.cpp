@@ -69,7 +69,7 @@ private:
     PosixAsyncUdpSocketFactory m_sockets{m_mainQueue, m_log};
     ProcUdpPortHolder m_portHolder;
     PosixTcpProbe m_tcpProbe;
-    XTestDisplayProbe m_displayProbe{m_calls};
+    DesktopDisplayProbe m_displayProbe{m_calls};
     PosixFileReader m_fileReader;
     std::unique_ptr<CurlHttpSession> m_httpSession;
     ObservedHttpSession m_observedSession;

@@ -59,7 +59,7 @@ struct PortAnswer {
 
 /// The displays that this session offers.
 struct DisplayFacts {
-    enum class X { none, noLibrary, cannotOpen, silent, noXTest, usable };
+    enum class X { none, cannotOpen, silent, noXTest, usable };
 
     X x = X::none;
     std::string display;                            ///< $DISPLAY

@@ -31,11 +31,10 @@ private:
     std::filesystem::path m_root;
 };
 
-/// Looks for the ways into a Wayland session, and opens the session's X display by libxcb and libxcb-xtest, loaded for this alone: the other commands start without
-/// them, and a computer that has neither runs the program all the same.
-class XTestDisplayProbe : public DisplayProbe {
+/// Connects to the session's Wayland compositor, portal and X server.
+class DesktopDisplayProbe : public DisplayProbe {
 public:
-    explicit XTestDisplayProbe(BoundedCalls& calls)
+    explicit DesktopDisplayProbe(BoundedCalls& calls)
         : m_calls(calls)
     {
     }

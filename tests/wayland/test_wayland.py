@@ -126,6 +126,13 @@ def test_a_qt_program_gets_a_drag(make_session):
     reports_a_drag(make_session(), "qt")
 
 
+def test_doctor_names_the_virtual_pointer(make_session):
+    session = make_session()
+    doctor = session.processes.start([session.programs / "panelctl", "doctor"])
+    doctor.wait(90)
+    assert "Touches are injected with the compositor's virtual pointer" in doctor.output()
+
+
 def reports_one_double_click(session, kind):
     session.cast()
     reporter = session.reporter(kind)
