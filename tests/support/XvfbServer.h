@@ -7,7 +7,7 @@
 
 namespace companion::testing {
 
-/// A private X server without hardware, on a display number of its own choice; gone with the object.
+/// A private X server without hardware, on a display number that no other test takes; gone with the object.
 class XvfbServer {
 public:
     /// `geometry` is "1366x768" or the like; the depth is 24 bits. Throws when the server does not start.
@@ -27,11 +27,9 @@ public:
     void startAgain();
 
 private:
-    void start(std::vector<std::string> arguments);
-
     std::string m_geometry;
-    std::unique_ptr<ChildProcess> m_server;
     std::string m_display;
+    std::unique_ptr<ChildProcess> m_server;
 };
 
 } // namespace companion::testing

@@ -14,7 +14,7 @@ set_sanitizer_options() { # PRESET
     export ASAN_OPTIONS=detect_stack_use_after_return=1
     export LSAN_OPTIONS=suppressions=$project_root/tools/sanitizers/leaks.txt:print_suppressions=0
     # Libraries that were not built with the thread sanitizer look like races to it.
-    export TSAN_OPTIONS=ignore_noninstrumented_modules=1
+    export TSAN_OPTIONS=ignore_noninstrumented_modules=1:suppressions=$project_root/tools/sanitizers/races.txt
 }
 
 sanitizer_works() { # PRESET
