@@ -46,6 +46,7 @@ class GnomeSession:
     def __init__(self, processes, folder, width=1280, height=800):
         self.width, self.height = width, height
         self._processes = processes
+        self._portals = []
         runtime = pathlib.Path(folder) / "run"
         runtime.mkdir(mode=0o700)
         os.environ.update({
@@ -75,12 +76,19 @@ class GnomeSession:
 
     def start_portals(self):
         """The backend first: the portal takes what it finds."""
+        for portal in self._portals:
+            portal.end()
+        self._portals = []
         for program, name in ((GNOME_BACKEND, "org.freedesktop.impl.portal.desktop.gnome"),
                               (PORTAL, "org.freedesktop.portal.Desktop")):
             started = self._processes.start([program])
             wait_until(lambda n=name, p=started: owns(n) or not p.running(), f"{name} on the bus", 30)
             if not started.running():
                 raise Failure(f"{program} did not start: {started.output()[-500:]}")
+            self._portals.append(started)
+
+    def portals_run(self):
+        return all(portal.running() for portal in self._portals)
 
 
 class Dialog:
