@@ -114,6 +114,7 @@ def stage(shared_stage, has_failed):
     yield shared_stage
     if has_failed() and shared_stage.app:
         print(shared_stage.app.process.output())
+        print(shared_stage.app.window.describe())
     shared_stage.end_programs()
 
 
