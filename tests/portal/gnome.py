@@ -152,7 +152,10 @@ class Seat:
         self._session = self._call("/org/gnome/Mutter/RemoteDesktop", "org.gnome.Mutter.RemoteDesktop", "CreateSession")[0]
         self._call(self._session, self._SESSION, "Start")
         self.press(self._LEFT_SHIFT)
-        self._call(self._session, self._SESSION, "NotifyPointerMotionRelative", GLib.Variant("(dd)", (1, 1)))
+        self.nudge_mouse()
+
+    def nudge_mouse(self):
+        self._call(self._session, self._SESSION, "NotifyPointerMotionRelative", self._variant("(dd)", (1, 1)))
 
     def _call(self, path, interface, method, arguments=None):
         return self._bus.call_sync("org.gnome.Mutter.RemoteDesktop", path, interface, method, arguments, None, 0, -1)
