@@ -3,10 +3,10 @@ with their real dialogs, which are answered through the accessibility bus."""
 
 import os
 import pathlib
-import re
 import shutil
 import subprocess
 
+from harness.desktop import start_session_bus
 from harness.processes import Failure, wait_until
 
 PORTAL = pathlib.Path("/usr/libexec/xdg-desktop-portal")
@@ -20,15 +20,6 @@ def missing():
               "wireplumber": shutil.which("wireplumber"), "xdg-desktop-portal": PORTAL.exists(),
               "xdg-desktop-portal-gnome": GNOME_BACKEND.exists()}
     return ", ".join(name for name, found in needed.items() if not found)
-
-
-def start_session_bus(processes):
-    bus = processes.start(["dbus-daemon", "--session", "--nofork", "--print-address=1"], name="session-bus")
-    wait_until(lambda: "unix:" in bus.output() or not bus.running(), "the session bus's address")
-    address = re.search(r"^unix:.*$", bus.output(), re.MULTILINE)
-    if not address:
-        raise Failure(f"the session bus did not start: {bus.output()}")
-    os.environ["DBUS_SESSION_BUS_ADDRESS"] = address.group(0)
 
 
 def owns(name):
