@@ -1,5 +1,5 @@
 import pytest
-from lab import Lab
+from harness.lab import Lab
 
 
 @pytest.fixture

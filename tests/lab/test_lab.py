@@ -8,7 +8,7 @@ import statistics
 import time
 
 import pytest
-from announcer import Announcer
+from harness.announcer import Announcer
 from harness import network
 from harness.companion import DISABLED, ENABLED
 from harness.desktop import ClickWindow

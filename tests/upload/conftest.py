@@ -1,5 +1,5 @@
 import pytest
-from drag import pointer
+from harness.drag import pointer
 from stage import Stage
 
 

@@ -9,7 +9,7 @@ import subprocess
 import time
 
 import pytest
-from drag import Drag
+from harness.drag import Drag
 from harness import network
 from harness.companion import Companion
 from harness.desktop import Desktop
@@ -99,7 +99,7 @@ class Stage:
             pytest.skip(f"xdg-document-portal does not run here: {portal.output().strip()}")
 
     def answer(self, mode):
-        self.panel._request("/simulator/upload-reply", mode.encode())  # pylint: disable=protected-access
+        self.panel.reply_to_uploads(mode)
 
     def file(self, name, size=70_001, folder=None):
         path = (folder or self.files) / name

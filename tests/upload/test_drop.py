@@ -4,7 +4,7 @@ import os
 import subprocess
 import time
 
-from drag import pointer
+from harness.drag import pointer
 from harness.companion import UPLOADED as SUCCESS
 from harness.processes import wait_until
 from stage import UNAVAILABLE, expect_same

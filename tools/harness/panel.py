@@ -54,6 +54,9 @@ class Panel:
         """What heartbeats are answered with from now on."""
         self._request("/simulator/reply", text.encode())
 
+    def reply_to_uploads(self, text):
+        self._request("/simulator/upload-reply", text.encode())
+
 
 def panel_coordinate(pixel, pixels):
     """The panel's coordinate that stands for a pixel on a screen of so many."""

@@ -3,7 +3,7 @@
 import subprocess
 import time
 
-from harness.processes import wait_until
+from .processes import wait_until
 
 
 def pointer(*arguments):

@@ -6,11 +6,11 @@ Where networks of one's own are not allowed there is one host with both roles on
 import os
 import pathlib
 
-from harness import mdns, network
-from harness.companion import Companion
-from harness.desktop import Desktop
-from harness.panel import Panel
-from harness.processes import Failure, NetworkNamespace, Processes
+from . import mdns, network
+from .companion import Companion
+from .desktop import Desktop
+from .panel import Panel
+from .processes import Failure, NetworkNamespace, Processes
 
 COMPUTER_ADDRESS = "10.31.7.5"
 PANEL_ADDRESS = "10.31.7.20"
