@@ -20,22 +20,43 @@ int toWireCoordinate(double pixels)
     return static_cast<int>(std::lround(std::min(pixels, highest)));
 }
 
-int toRootCoordinate(double point, double origin, double size, double scale)
+// `size` points are exactly `pixels` pixels: the scale is what they were counted by before they were rounded.
+int toRootCoordinate(double point, double size, int origin, int pixels)
 {
-    const int pixel = toWireCoordinate(origin + point * scale);
     const bool isOnScreen = point >= 0 && point <= size;
-    if (!isOnScreen)
-        return pixel;
-    // A fractional scale makes the size in points a rounded one; the last pixel is the last whole one.
-    return std::min(pixel, toWireCoordinate(origin + std::max(std::floor(size * scale), 1.0) - 1));
+    const int pixel = toWireCoordinate(origin + (size > 0 ? point * (pixels / size) : point));
+    return isOnScreen ? std::min(pixel, origin + pixels - 1) : pixel;
+}
+
+// As many points as there are pixels in a monitor's width or height, but for the rounding.
+bool isSize(double points, double scale, int pixels)
+{
+    return std::abs(points * scale - pixels) < scale;
+}
+
+int wholePixels(double points, double scale)
+{
+    return std::max(static_cast<int>(std::floor(points * scale)), 1);
 }
 
 } // namespace
 
-RootPixel toRootPixel(Point point, const ScreenMapping& mapping)
+RootArea areaOf(const ScreenMapping& mapping, const std::vector<RootArea>& monitors)
 {
-    return {toRootCoordinate(point.x, mapping.originX, mapping.size.width, mapping.scale),
-        toRootCoordinate(point.y, mapping.originY, mapping.size.height, mapping.scale)};
+    const auto& [x, y, scale, size] = mapping;
+    for (const RootArea& monitor : monitors) {
+        if (monitor.x == x && monitor.y == y && isSize(size.width, scale, monitor.width)
+            && isSize(size.height, scale, monitor.height))
+            return monitor;
+    }
+    return {static_cast<int>(x), static_cast<int>(y), wholePixels(size.width, scale),
+        wholePixels(size.height, scale)};
+}
+
+RootPixel toRootPixel(Point point, const ScreenMapping& mapping, const RootArea& area)
+{
+    return {toRootCoordinate(point.x, mapping.size.width, area.x, area.width),
+        toRootCoordinate(point.y, mapping.size.height, area.y, area.height)};
 }
 
 RootPixel clampedTo(RootPixel pixel, int width, int height)

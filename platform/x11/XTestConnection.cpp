@@ -1,5 +1,6 @@
 #include "platform/x11/XTestConnection.h"
 
+#include <xcb/randr.h>
 #include <xcb/xcb.h>
 #include <xcb/xinput.h>
 #include <xcb/xtest.h>
@@ -134,6 +135,22 @@ std::optional<XTestConnection::Surroundings> XTestConnection::lookAt(RootPixel t
         return std::nullopt;
     return Surroundings{{pointer->root_x, pointer->root_y}, (pointer->mask & XCB_BUTTON_MASK_1) != 0,
         clampedTo(target, geometry->width, geometry->height), window ? window->child : 0};
+}
+
+std::vector<RootArea> XTestConnection::monitors()
+{
+    const xcb_query_extension_reply_t* const randr = xcb_get_extension_data(m_connection, &xcb_randr_id);
+    if (!randr || !randr->present) // a request to an extension that is missing would end the connection
+        return {};
+    const auto reply = owned(xcb_randr_get_monitors_reply(
+        m_connection, xcb_randr_get_monitors(m_connection, m_root, /*get_active=*/1), nullptr));
+    if (!reply)
+        return {};
+    std::vector<RootArea> monitors;
+    for (auto monitor = xcb_randr_get_monitors_monitors_iterator(reply.get()); monitor.rem > 0;
+         xcb_randr_monitor_info_next(&monitor))
+        monitors.push_back({monitor.data->x, monitor.data->y, monitor.data->width, monitor.data->height});
+    return monitors;
 }
 
 unsigned XTestConnection::keycodeOf(std::uint32_t keysym)

@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 struct xcb_connection_t;
 
@@ -51,6 +52,9 @@ public:
     /// Once everything before is done; `target` may lie off the screen. One round trip. Nothing when the pointer is
     /// on another X screen, or the server is gone.
     std::optional<Surroundings> lookAt(RootPixel target);
+
+    /// What there is of the screen to see, by RandR 1.5: a round trip. Empty where the server has none.
+    std::vector<RootArea> monitors();
 
     /// The physical button that programs see as the left one, which left-handed people swap with the right one; 1 when
     /// none is. As of the last `lookAt`.

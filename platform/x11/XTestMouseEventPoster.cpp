@@ -91,6 +91,16 @@ void XTestMouseEventPoster::post(const MouseEvent& event)
         press(at, mapping->scale);
 }
 
+// The server is asked once for each place that the screen has had, since moves must not wait for it.
+RootPixel XTestMouseEventPoster::toRootPixel(Point point, const ScreenMapping& mapping)
+{
+    if (m_areaIsOf != mapping) {
+        m_area = areaOf(mapping, m_connection->monitors());
+        m_areaIsOf = mapping;
+    }
+    return companion::toRootPixel(point, mapping, m_area);
+}
+
 void XTestMouseEventPoster::reconnectIfLost()
 {
     if (!m_connection->isLost() || !m_reconnects.isDue(m_now()))
@@ -101,6 +111,7 @@ void XTestMouseEventPoster::reconnectIfLost()
         return;
     m_connection = std::move(connection);
     m_foreignPresses = 0;
+    m_areaIsOf.reset();
     m_lastMove.reset();
     m_clicks.reset();
     if (!m_log)
@@ -258,6 +269,7 @@ void XTestMouseEventPoster::setKeyDown(Held key, bool isDown)
 // The server ignores the release of a button that XTEST's device does not hold, whatever a real mouse holds.
 void XTestMouseEventPoster::touchesBegin()
 {
+    m_areaIsOf.reset();
     if (holds(leftButton))
         return;
     m_connection->setButtonDown(m_connection->leftButton(), false);

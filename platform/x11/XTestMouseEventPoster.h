@@ -69,6 +69,7 @@ private:
     using Surroundings = std::optional<XTestConnection::Surroundings>;
 
     void reconnectIfLost();
+    RootPixel toRootPixel(Point point, const ScreenMapping& mapping);
     void postFirstClick(RootPixel at, double scale);
     int missingPresses(RootPixel at, double scale);
     ClickSeries::Press pressAt(RootPixel at, const Surroundings& seen);
@@ -95,7 +96,9 @@ private:
     SystemLog* m_log = nullptr;
     RetryLimit m_reconnects;
     ClickSeries m_clicks;
-    unsigned m_foreignPresses = 0; ///< As of the last look.
+    unsigned m_foreignPresses = 0;           ///< As of the last look.
+    std::optional<ScreenMapping> m_areaIsOf; ///< The mapping that the server was asked about.
+    RootArea m_area;
     std::optional<RootPixel> m_lastMove;
     bool m_leavesOutSecondClick = false;
     std::atomic<unsigned> m_held = 0; ///< Never less than what the server holds down for us.
