@@ -90,7 +90,8 @@ PortalAnswer answerOf(uint response, const QVariantMap& results)
 
 } // namespace
 
-/// Signals are matched without a sender: naming a service would make Qt wait for the name of its owner.
+/// Signals are matched without a sender, since naming a service would make Qt wait for the name of its owner; who sent
+/// one is compared with the portal that replied last.
 DBusRemoteDesktopPortal::DBusRemoteDesktopPortal(const QDBusConnection& bus)
     : m_bus(bus)
     , m_watcher(service, m_bus, QDBusServiceWatcher::WatchForUnregistration)
@@ -116,8 +117,12 @@ void DBusRemoteDesktopPortal::call(const QDBusMessage& message, Replied replied)
     connect(watcher, &QDBusPendingCallWatcher::finished, this,
         [this, serial = m_sessionSerial, replied = std::move(replied)](QDBusPendingCallWatcher* finished) {
             finished->deleteLater();
-            if (serial == m_sessionSerial)
-                replied(finished->reply());
+            if (serial != m_sessionSerial)
+                return;
+            const QDBusMessage reply = finished->reply();
+            if (reply.type() == QDBusMessage::ReplyMessage)
+                m_owner = reply.service();
+            replied(reply);
         });
 }
 
@@ -172,7 +177,7 @@ void DBusRemoteDesktopPortal::answer(const PortalAnswer& answer)
 void DBusRemoteDesktopPortal::takeResponse(
     uint response, const QVariantMap& results, const QDBusMessage& message)
 {
-    if (!m_request.isEmpty() && message.path() == m_request)
+    if (!m_request.isEmpty() && message.path() == m_request && message.service() == m_owner)
         answer(answerOf(response, results));
 }
 
@@ -252,7 +257,7 @@ void DBusRemoteDesktopPortal::closeSession()
 
 void DBusRemoteDesktopPortal::takeClosed(const QDBusMessage& message)
 {
-    if (!m_session.isEmpty() && message.path() == m_session)
+    if (!m_session.isEmpty() && message.path() == m_session && message.service() == m_owner)
         loseSession(Loss::closed);
 }
 

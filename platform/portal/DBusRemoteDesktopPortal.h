@@ -45,6 +45,7 @@ private:
 
     QDBusConnection m_bus;
     QDBusServiceWatcher m_watcher;
+    QString m_owner; ///< The portal's unique name; other programs may emit its signals as well.
     std::function<void(Loss)> m_whenLost;
 
     int m_sessionSerial = 0; ///< Answers of earlier sessions are dropped.

@@ -3,7 +3,8 @@
     portal_stand_in.py VERSION MODE
 
 MODE says what becomes of Start: "allow", "deny", or "silent". The interface test.StandIn has Answer() for a Start that was
-left without an answer, Close() for the session, and Hold(b): without an answer to events while it is true."""
+left without an answer, Close() for the session, Hold(b): without an answer to events while it is true, and Forge(): what
+another program does that pretends to be the portal."""
 
 import json
 import sys
@@ -23,7 +24,7 @@ INTERFACES = """<node>
 <interface name="org.freedesktop.portal.ScreenCast">
  <method name="SelectSources"><arg type="o" direction="in"/><arg type="a{sv}" direction="in"/><arg type="o" direction="out"/></method>
 </interface>
-<interface name="test.StandIn"><method name="Answer"/><method name="Close"/><method name="Hold"><arg type="b" direction="in"/></method></interface>
+<interface name="test.StandIn"><method name="Answer"/><method name="Close"/><method name="Forge"/><method name="Hold"><arg type="b" direction="in"/></method></interface>
 </node>"""
 SESSION = """<node><interface name="org.freedesktop.portal.Session"><method name="Close"/></interface></node>"""
 
@@ -101,8 +102,24 @@ class StandIn:
 
     def _on_Close(self, _sender, call):
         """As the desktop does it."""
-        self._bus.emit_signal(None, self._session, "org.freedesktop.portal.Session", "Closed", GLib.Variant("(a{sv})", ({},)))
+        self._emit_closed(self._bus)
         self._end_session()
+        call.return_value(None)
+
+    def _emit_closed(self, bus):
+        bus.emit_signal(None, self._session, "org.freedesktop.portal.Session", "Closed", GLib.Variant("(a{sv})", ({},)))
+
+    def _on_Forge(self, _sender, call):
+        """A cancelled dialog and a closed session, both on their way to the client when this returns."""
+        flags = Gio.DBusConnectionFlags
+        stranger = Gio.DBusConnection.new_for_address_sync(
+            Gio.dbus_address_get_for_bus_sync(Gio.BusType.SESSION),
+            flags.AUTHENTICATION_CLIENT | flags.MESSAGE_BUS_CONNECTION, None, None)
+        self._emit_response(stranger, self._unanswered, 1, {})
+        self._emit_closed(stranger)
+        bus = "org.freedesktop.DBus"
+        stranger.call_sync(bus, "/", bus, "GetId", None, None, Gio.DBusCallFlags.NONE, -1)
+        stranger.close_sync()
         call.return_value(None)
 
     def _on_Hold(self, _sender, call, holds):
@@ -130,8 +147,12 @@ class StandIn:
         self._answer(self._accept(call, options), 0, results)
 
     def _answer(self, path, response, results):
-        self._bus.emit_signal(None, path, "org.freedesktop.portal.Request", "Response",
-                              GLib.Variant("(ua{sv})", (response, results)))
+        self._emit_response(self._bus, path, response, results)
+
+    @staticmethod
+    def _emit_response(bus, path, response, results):
+        bus.emit_signal(None, path, "org.freedesktop.portal.Request", "Response",
+                        GLib.Variant("(ua{sv})", (response, results)))
 
 
 StandIn(int(sys.argv[1]), sys.argv[2])

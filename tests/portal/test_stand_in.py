@@ -160,6 +160,21 @@ def test_a_session_closed_in_mid_drag_is_told_and_restored_by_its_token(stage):
     wait_until(lambda: len(portal.seen("button")) == 2, "the press after it arrives")
 
 
+def test_only_the_portal_answers_and_closes(stage):
+    portal = Portal(stage.processes, mode="silent")
+    stage.start()
+    stage.cast()
+    portal.wait_for({"what": "start"})
+    portal.ask("Forge")
+    portal.ask("Answer")
+    stage.expect_log(ALLOWED)
+    assert stage.log_count("No touch:") == 0
+    portal.ask("Forge")
+    stage.touch(("DOWN", 960, 540))
+    wait_until(lambda: portal.seen("button"), "the press arrives")
+    assert stage.log_count("No touch:") == 0
+
+
 def test_a_portal_of_version_1_is_given_no_token_and_asked_once_a_run(stage):
     portal = Portal(stage.processes, version=1)
     stage.start()
