@@ -21,6 +21,7 @@
 #include "platform/qt/QtApplicationActivation.h"
 #include "platform/qt/QtFileChooser.h"
 #include "platform/qt/QtScreen.h"
+#include "platform/wayland/ActivationToken.h"
 #include "ui/QtDashboardView.h"
 #include "ui/QtDevicesListView.h"
 #include "ui/QtSplashView.h"
@@ -64,6 +65,7 @@ public:
 private:
     void logUnknownScreen();
     void tellTouchStatus(const std::string& sentence);
+    void askForAttention();
     void connectView();
     DashboardDependencies dashboardDependencies(QtDashboardView& view);
 
@@ -75,7 +77,8 @@ private:
     StdoutConsole m_console;
     SystemClock m_clock;
     ThreadPause m_threadPause;
-    QtAlerts m_alerts{m_mainQueue, m_window};
+    QtAlerts m_alerts{m_mainQueue, m_window, [this] { askForAttention(); }};
+    std::unique_ptr<ActivationToken> m_activationToken; ///< Of the last alert.
     QtScreen m_screen;
     InputInjection m_poster;
     FlushingPause m_pause{m_threadPause, m_poster};
@@ -141,6 +144,18 @@ void DesktopProgram::Backend::tellTouchStatus(const std::string& sentence)
     m_log.log(sentence.empty() ? "The desktop lets touches control the pointer" : sentence);
     if (m_view)
         m_view->setTouchObstacle(sentence);
+}
+
+/// Qt takes the token for the next activation from where a program's launcher would put it.
+void DesktopProgram::Backend::askForAttention()
+{
+    if (!QGuiApplication::platformName().startsWith(QLatin1String("wayland")))
+        return;
+    m_activationToken = std::make_unique<ActivationToken>([this](const std::string& token) {
+        qputenv("XDG_ACTIVATION_TOKEN", token.c_str());
+        m_window.activateWindow();
+        qunsetenv("XDG_ACTIVATION_TOKEN");
+    });
 }
 
 void DesktopProgram::Backend::showDashboard()

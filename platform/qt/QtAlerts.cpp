@@ -8,6 +8,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <utility>
 
 namespace companion {
 
@@ -57,9 +58,10 @@ QMessageBox* makeBox(QWidget& parent, const QString& message, const QString& inf
 
 } // namespace
 
-QtAlerts::QtAlerts(WidgetMainQueue& mainQueue, QWidget& mainWindow)
+QtAlerts::QtAlerts(WidgetMainQueue& mainQueue, QWidget& mainWindow, std::function<void()> askForAttention)
     : m_mainQueue(mainQueue)
     , m_mainWindow(mainWindow)
+    , m_askForAttention(std::move(askForAttention))
 {
 }
 
@@ -72,6 +74,7 @@ bool QtAlerts::runModal(const std::string& message, const std::string& informati
     if (!m_mainWindow.isActiveWindow()) {
         bringToFront(m_mainWindow);
         QApplication::alert(&m_mainWindow);
+        m_askForAttention();
     }
     box->exec();
     delete box;

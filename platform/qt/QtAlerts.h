@@ -3,6 +3,8 @@
 #include "platform/Alerts.h"
 #include "platform/qt/WidgetMainQueue.h"
 
+#include <functional>
+
 class QWidget;
 
 namespace companion {
@@ -11,8 +13,10 @@ namespace companion {
 /// the front with its alert; where the desktop forbids that, it asks for attention.
 class QtAlerts : public Alerts {
 public:
-    /// Both must outlive the alerts; `mainQueue` is blocked while one is open.
-    QtAlerts(WidgetMainQueue& mainQueue, QWidget& mainWindow);
+    /// Both must outlive the alerts; `mainQueue` is blocked while one is open. `askForAttention` does for the window what
+    /// the toolkit cannot do on this desktop.
+    QtAlerts(
+        WidgetMainQueue& mainQueue, QWidget& mainWindow, std::function<void()> askForAttention = [] {});
 
     bool runModal(const std::string& message, const std::string& informativeText) override;
 
@@ -22,6 +26,7 @@ public:
 private:
     WidgetMainQueue& m_mainQueue;
     QWidget& m_mainWindow;
+    const std::function<void()> m_askForAttention;
     bool m_doesProgramEnd = false;
 };
 

@@ -1,18 +1,15 @@
 #include "platform/wayland/VirtualPointerConnection.h"
 
+#include "platform/wayland/CompositorSocket.h"
 #include "virtual-pointer-protocol-client.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <cstdlib>
 #include <cstring>
 #include <linux/input-event-codes.h>
 #include <poll.h>
 #include <QSocketNotifier>
 #include <string_view>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 #include <utility>
 #include <wayland-client-core.h>
 #include <wayland-client-protocol.h>
@@ -29,30 +26,6 @@ constexpr std::uint32_t newestOutputVersion = 4;  // from there on an output has
 constexpr std::size_t bufferSize = 4096;
 constexpr std::size_t bytesForOtherRequests = 512;
 constexpr std::size_t largestEvent = 36; // a motion and its frame
-
-std::string sessionSocketPath()
-{
-    const char* const name = std::getenv("WAYLAND_DISPLAY");
-    const std::string path = name && *name ? name : "wayland-0";
-    const char* const folder = std::getenv("XDG_RUNTIME_DIR");
-    return path.front() == '/' || !folder ? path : std::string(folder) + "/" + path;
-}
-
-// The library's own way of connecting waits while the compositor's queue of new connections is full.
-int connectTo(const std::string& path)
-{
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof address.sun_path)
-        return -1;
-    std::copy(path.begin(), path.end(), address.sun_path);
-    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (fd >= 0 && connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0)
-        return fd;
-    if (fd >= 0)
-        close(fd);
-    return -1;
-}
 
 std::uint32_t monotonicMilliseconds()
 {
@@ -126,7 +99,7 @@ std::unique_ptr<VirtualPointerConnection> VirtualPointerConnection::open(
     const std::string& socketPath, std::string& whyNot)
 {
     const std::string path = socketPath.empty() ? sessionSocketPath() : socketPath;
-    const int fd = connectTo(path);
+    const int fd = connectToCompositor(path);
     wl_display* const display = fd < 0 ? nullptr : wl_display_connect_to_fd(fd); // which owns it from now on
     if (!display) {
         whyNot = "Cannot connect to a Wayland compositor at \"" + path + "\"";

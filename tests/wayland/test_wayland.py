@@ -7,7 +7,7 @@ import sys
 
 import pytest
 from harness import network, wayland
-from harness.companion import UPLOADED, Companion
+from harness.companion import ENABLED, UPLOADED, Companion
 from harness.panel import Panel, panel_coordinate
 from harness.processes import Processes, wait_until
 
@@ -208,9 +208,6 @@ def test_the_program_ends_with_its_compositor(make_session):
     assert session.app.process.wait(20) == 1  # Qt's way; no abort
 
 
-TWO_OUTPUTS = (wayland.Output("HEADLESS-1", "1280x800"), wayland.Output("HEADLESS-2", "1024x768", x=1280))
-
-
 def reaches_the_last_pixel(session, output):
     """Of that output, and neither the other one nor the pixel after it."""
     reporter = session.reporter("qt", output)
@@ -222,37 +219,74 @@ def reaches_the_last_pixel(session, output):
 
 
 def test_touches_go_to_the_first_of_two_outputs(make_session):
-    session = make_session(*TWO_OUTPUTS)
+    first = wayland.Output()
+    session = make_session(first, wayland.Output("HEADLESS-2", "1024x768", x=1280))
     session.cast()
-    reaches_the_last_pixel(session, TWO_OUTPUTS[0])
+    reaches_the_last_pixel(session, first)
+
+
+def touches_go_to_the_output_that_is_named(session_maker, scale):
+    named = wayland.Output("HEADLESS-2", f"{1024 * scale:.0f}x{768 * scale:.0f}", scale, x=1280)
+    session = session_maker(wayland.Output(), named)
+    session.cast("--screen", named.name)
+    reaches_the_last_pixel(session, named)
 
 
 def test_touches_go_to_the_output_that_is_named(make_session):
-    session = make_session(*TWO_OUTPUTS)
-    session.cast("--screen", "HEADLESS-2")
-    reaches_the_last_pixel(session, TWO_OUTPUTS[1])
+    touches_go_to_the_output_that_is_named(make_session, 1)
 
 
-def test_touches_land_at_scale_1_5(make_session):
-    output = wayland.Output(mode="1920x1200", scale=1.5)
-    session = make_session(output)
-    session.cast()
-    reaches_the_last_pixel(session, output)
+def test_touches_go_to_a_named_output_at_scale_1_5(make_session):
+    touches_go_to_the_output_that_is_named(make_session, 1.5)
 
 
-def test_touches_land_at_scale_2(make_session):
-    output = wayland.Output(mode="2560x1600", scale=2)
-    session = make_session(output)
-    session.cast()
-    reaches_the_last_pixel(session, output)
+def test_touches_go_to_a_named_output_at_scale_2(make_session):
+    touches_go_to_the_output_that_is_named(make_session, 2)
 
 
 def test_a_file_is_picked_in_the_dialog(make_session, output):
     session = make_session()
     session.cast()
-    file = output / "note.pdf"
-    file.write_bytes(b"%PDF-1.4 a note\n")
+    file = note(output)
     session.app.pick_file(file)
+    is_uploaded(session, file)
+
+
+def test_a_file_is_dropped_from_another_program(make_session, output):
+    session = make_session()
+    session.cast()
+    file = note(output)
+    session.desktop.tell('for_window [title="^drag-source$"] floating enable')
+    source = session.processes.start([session.programs / "drag-source", file],
+                                     environment={"QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "0"})
+    wait_until(lambda: "ready" in source.output() and session.desktop.windows("drag-source"), "the other program's window")
+    session.desktop.tell('[title="^drag-source$"] move position 0 0')
+    area = session.app.window.find("label", "Drag and drop a file here to send it to the panel").center()
+    session.desktop.drag((20, 20), area, lambda: "started" in source.output())
+    wait_until(lambda: "ended copy" in source.output(), "the end of the drag")
+    is_uploaded(session, file)
+
+
+def note(folder):
+    file = folder / "note.pdf"
+    file.write_bytes(b"%PDF-1.4 a note\n")
+    return file
+
+
+def is_uploaded(session, file):
     session.app.expect_alert(UPLOADED, timeout=20)
     session.app.window.dismiss_alert()
     assert session.panel.state()["uploads"]["list"][-1]["size"] == file.stat().st_size
+
+
+def test_an_alert_behind_another_program_asks_for_attention(make_session):
+    session = make_session()
+    session.start()
+    session.app.pair(session.panel)
+    session.desktop.tell("workspace 2")
+    other = session.processes.start([session.programs / "pointer-reporter"])
+    wait_until(lambda: "ready" in other.output(), "another program's window", 30)
+    assert not session.desktop.urgent_windows()
+    session.app.window.press("Cast")
+    session.app.expect_alert(ENABLED)
+    assert wait_until(session.desktop.urgent_windows, "a window that asks for attention", 20) == ["Panel Companion"]

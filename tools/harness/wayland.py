@@ -108,12 +108,32 @@ class WaylandDesktop:
     def tell(command):
         subprocess.run(["swaymsg", command], check=True, timeout=20, stdout=subprocess.DEVNULL)
 
-    def windows(self, title):
-        """The nodes of sway-ipc(7) for the windows of that title."""
+    def _nodes(self):
+        """Those of sway-ipc(7)."""
         nodes = [self.ask("get_tree")]
         for node in nodes:
             nodes += (node["nodes"] + node["floating_nodes"]) if node else []
-        return [node for node in nodes if node and node["name"] == title and node.get("pid")]
+        return [node for node in nodes if node and node.get("pid")]
+
+    def windows(self, title):
+        """The nodes of the windows of that title."""
+        return [node for node in self._nodes() if node["name"] == title]
+
+    def urgent_windows(self):
+        """The titles of those that ask for attention."""
+        return [node["name"] for node in self._nodes() if node["urgent"]]
+
+    def drag(self, start, end, has_started):
+        """In points of the first output. Moves on once the program has begun its drag."""
+        output = self.outputs[0]
+        self.mouse.move(output, *start)
+        self.mouse.press()
+        for step in range(1, 5):
+            self.mouse.move(output, start[0] + 8 * step, start[1] + 5 * step)
+        wait_until(has_started, "a drag", 20)
+        for step in range(1, 9):
+            self.mouse.move(output, *(a + (b - a) * step / 8 for a, b in zip(start, end)))
+        self.mouse.release()
 
     def click(self, x, y):
         """In points of the application's window, which the accessibility bus tells on Wayland."""
