@@ -2,6 +2,7 @@
 
 import pathlib
 import re
+import shutil
 import signal
 import socket
 import statistics
@@ -14,6 +15,7 @@ from harness.companion import DISABLED, ENABLED
 from harness.desktop import ClickWindow
 from harness.panel import panel_coordinate
 from harness.processes import Failure, wait_until
+from harness.xserver import Presentation, XServer
 
 
 def touch(lab, panel, word, x, y):
@@ -230,20 +232,53 @@ def test_an_opening_dialog_releases_the_button(lab):
     wait_until(lambda: clicks.releases() == 2, "its release", 3)
 
 
-def test_an_alert_comes_to_the_front_of_another_programs_full_screen_window(lab):
+def start_casting(lab):
     panel = lab.start_panel()
     companion = lab.start_companion(panel)
     companion.pair(panel)
     companion.start_casting()
-    presentation = ClickWindow(lab.desktop, lab.processes, 0, 0)
-    presentation.fill_screen()
-    wait_until(lambda: lab.desktop.active_window_name() == "Event Tester", "the presentation is in front")
+    return panel, companion
+
+
+def open_alert_behind_presentation(lab, panel, companion):
+    """While the dashboard is minimised."""
+    presentation = Presentation(lab.desktop)
     lab.desktop.minimize("Panel Companion")
     panel.reply("busy")
     companion.expect_alert("Device busy", 8)
-    wait_until(lambda: lab.desktop.active_window_name() == "Panel Companion", "the alert has the focus", 3)
     wait_until(lambda: lab.desktop.visible_windows("Panel Companion") == 2, "the dashboard is restored for its alert", 3)
+    return presentation
+
+
+def test_an_alert_comes_to_the_front_of_another_programs_full_screen_window(lab):
+    panel, companion = start_casting(lab)
+    open_alert_behind_presentation(lab, panel, companion)
+    wait_until(lambda: lab.desktop.active_window_name() == "Panel Companion", "the alert has the focus", 3)
     lab.desktop.key("Return")
+    companion.window.gone("alert", "Device busy")
+
+
+def test_where_no_program_may_raise_its_windows_the_dashboard_asks_for_attention_for_its_alert(lab):
+    if not shutil.which("icewm"):
+        pytest.skip("icewm is missing")
+    panel, companion = start_casting(lab)
+    strict = lab.folder / "icewm"
+    strict.mkdir()
+    (strict / "winoptions").write_text("panel-companion.ignoreActivationMessages: 1\n", encoding="ascii")
+    (strict / "focus_mode").write_text("FocusMode=0\nFocusOnMap=0\nFocusOnMapTransient=0\n", encoding="ascii")
+    lab.desktop.start_window_manager("icewm", "--replace", environment={"ICEWM_PRIVCFG": str(strict)})
+    presentation = open_alert_behind_presentation(lab, panel, companion)
+    server = XServer()
+
+    def dashboard_asks():
+        return [number for number, (states, _) in server.states("Panel Companion").items()
+                if "DEMANDS_ATTENTION" in states and "MODAL" not in states]
+    [dashboard] = wait_until(dashboard_asks, "the dashboard asks for attention", 3)
+    assert presentation.is_active(), "the alert stole the focus"
+    presentation.turn_page()
+    owners = [owner for states, owner in server.states("Panel Companion").values() if "MODAL" in states]
+    assert owners == [dashboard], f"the alert belongs to {owners}, not to the dashboard"
+    companion.window.dismiss_alert()
     companion.window.gone("alert", "Device busy")
 
 

@@ -30,7 +30,7 @@ class Desktop:
             "QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "NO_AT_BRIDGE": "0",
             "GTK_USE_PORTAL": "0", "QT_QPA_PLATFORMTHEME": "", "LC_ALL": "C.UTF-8"})
         os.environ.pop("WAYLAND_DISPLAY", None)
-        self._start_window_manager()
+        self.start_window_manager("openbox", "--sm-disable")
 
     def _start_display(self):
         reader, writer = os.pipe()
@@ -47,18 +47,24 @@ class Desktop:
         os.close(reader)
         os.environ["DISPLAY"] = ":" + number.decode().strip()
 
-    def _start_window_manager(self):
-        """Waits until it is at work: what asks to be shown while it still starts may have to wait for its next event."""
-        manager = self._processes.start(["openbox", "--sm-disable"])
+    def start_window_manager(self, *command, environment=None):
+        """In the place of the one there is. Waits until it is at work: what asks to be shown while it still starts may have
+        to wait for its next event."""
+        before = self._root_property("_NET_SUPPORTING_WM_CHECK")
+        manager = self._processes.start(command, environment=environment)
 
         def at_work():
-            shown = subprocess.run(["xprop", "-root", "_NET_CLIENT_LIST"], stdout=subprocess.PIPE, text=True,
-                                   check=False).stdout  # it is set when the windows that were there are managed
-            return "window id" in shown or not manager.running()
+            shown = self._root_property("_NET_SUPPORTING_WM_CHECK"), self._root_property("_NET_CLIENT_LIST")
+            # The list is set when the windows that were there are managed.
+            return all("window id" in value for value in shown) and shown[0] != before or not manager.running()
 
         wait_until(at_work, "the window manager")
         if not manager.running():
             raise Failure(f"the window manager did not start: {manager.output()}")
+
+    @staticmethod
+    def _root_property(name):
+        return subprocess.run(["xprop", "-root", name], stdout=subprocess.PIPE, text=True, check=False).stdout
 
     def pointer(self):
         """Where the pointer is, in pixels."""
@@ -105,16 +111,6 @@ class ClickWindow:
         self._process = processes.start(
             ["xev", "-geometry", f"{width}x{height}+{x}+{y}", "-event", "button", "-event", "structure"], name="xev")
         wait_until(lambda: "MapNotify" in self._process.output(), "the window that clicks are counted in")
-
-    def fill_screen(self):
-        """Without a frame, above all others; window managers look at this property when a window is mapped."""
-        window = re.search(r"Outer window is (0x[0-9a-f]+)", self._process.output()).group(1)
-        for command in (["xdotool", "windowunmap", "--sync", window],
-                        ["xprop", "-id", window, "-f", "_NET_WM_STATE", "32a",
-                         "-set", "_NET_WM_STATE", "_NET_WM_STATE_FULLSCREEN"],
-                        ["xdotool", "windowmap", "--sync", window],
-                        ["xdotool", "windowactivate", "--sync", window]):
-            subprocess.run(command, check=True, timeout=10)
 
     def presses(self):
         """(time in milliseconds, x, y on the screen) of every press of the left button so far."""
