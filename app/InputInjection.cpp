@@ -28,7 +28,7 @@ void InputInjection::tryCandidate(std::size_t index)
     if (index == m_candidates.size()) {
         m_isChoosing = false;
         if (m_areTouchesExpected)
-            m_statusChanged(noInputWayText(m_refused));
+            tellObstacle(noInputWayText(m_refused));
         return;
     }
     m_candidates[index].open([weak = std::weak_ptr(m_self), index](
@@ -56,16 +56,38 @@ void InputInjection::pick(InputWay way, std::unique_ptr<MouseEventPoster> poster
     m_way = way;
     m_posterOfAnyThread = poster.get();
     m_poster = std::move(poster);
-    m_log.log(inputChoiceText(m_isWaylandSession, way, m_refused));
+    tellChoice(inputChoiceText(m_isWaylandSession, way, m_refused));
     if (m_areTouchesExpected)
         m_poster->touchesBegin();
+}
+
+void InputInjection::tellChoice(const std::string& sentence)
+{
+    if (m_areTouchesExpected && reachesX11ProgramsOnly()) {
+        tellObstacle(sentence);
+        return;
+    }
+    m_log.log(sentence);
+    // The portal's pointer has an obstacle of its own until the permission is there.
+    if (std::exchange(m_isObstacleTold, false) && m_way != InputWay::portal)
+        m_statusChanged("");
+}
+
+void InputInjection::tellObstacle(const std::string& sentence)
+{
+    m_isObstacleTold = true;
+    m_statusChanged(sentence);
+}
+
+bool InputInjection::reachesX11ProgramsOnly() const
+{
+    return m_isWaylandSession && m_way == InputWay::xtest;
 }
 
 /// A portal may have been installed, or have crashed at the last try.
 bool InputInjection::canChooseBetter() const
 {
-    const bool reachesX11ProgramsOnly = m_isWaylandSession && m_way == InputWay::xtest;
-    return !m_isChoosing && (!m_poster || reachesX11ProgramsOnly);
+    return !m_isChoosing && (!m_poster || reachesX11ProgramsOnly());
 }
 
 std::optional<MouseEvent> InputInjection::makeMouseEvent(MouseEventType type, Point at)

@@ -27,7 +27,7 @@ struct InputCandidate {
 /// Wayland session are reached, the choice is made anew whenever touches begin.
 class InputInjection : public MouseEventPoster {
 public:
-    /// One sentence on why no touch arrives.
+    /// One sentence on what keeps touches from all programs or some of them; "" when nothing does any more. To be logged.
     using StatusChanged = std::function<void(const std::string& sentence)>;
 
     /// `log` must outlive this object. The candidates come best first.
@@ -50,6 +50,9 @@ private:
     void tryCandidate(std::size_t index);
     void takeAnswer(std::size_t index, std::unique_ptr<MouseEventPoster> poster, const std::string& whyNot);
     void pick(InputWay way, std::unique_ptr<MouseEventPoster> poster);
+    void tellChoice(const std::string& sentence);
+    void tellObstacle(const std::string& sentence);
+    bool reachesX11ProgramsOnly() const;
     bool canChooseBetter() const;
 
     const bool m_isWaylandSession;
@@ -62,6 +65,7 @@ private:
     std::unique_ptr<MouseEventPoster> m_poster;
     std::atomic<MouseEventPoster*> m_posterOfAnyThread = nullptr;
     bool m_areTouchesExpected = false;
+    bool m_isObstacleTold = false;
     const std::shared_ptr<InputInjection*> m_self = std::make_shared<InputInjection*>(this);
 };
 

@@ -114,12 +114,31 @@ TEST_F(InputInjectionTest, WhereOnlyX11ProgramsAreReachedTheNextTouchOnTriesTheP
     injecting.touchesBegin();
     injecting.post(press);
     EXPECT_EQ(transcript.take(), "down");
+    answer(nullptr, "no portal");
+    EXPECT_EQ(transcript.take(),
+        "status On Wayland touches reach X11 programs only; an X11 session has no such limit (no portal)");
+    injecting.touchesBegin();
     answer(makePoster(), "");
     EXPECT_EQ(poster->touchesBegan, 1);
     EXPECT_NE(transcript.take().find("RemoteDesktop portal"), std::string::npos);
     answer = nullptr;
     injecting.touchesBegin();
     EXPECT_FALSE(answer);
+}
+
+TEST_F(InputInjectionTest, AWayThatIsFoundLaterTakesTheObstacleBackButForThePortalWhichHasItsOwn)
+{
+    for (const InputWay way : {InputWay::virtualPointer, InputWay::portal}) {
+        InputInjection& injecting = inject({late(way)});
+        injecting.touchesBegin();
+        answer(nullptr, "nobody there");
+        injecting.touchesBegin();
+        transcript.clear();
+        answer(makePoster(), "");
+        const std::string told = transcript.take();
+        EXPECT_TRUE(told.starts_with("log Touches are injected ")) << told;
+        EXPECT_EQ(told.ends_with("\nstatus "), way == InputWay::virtualPointer) << told;
+    }
 }
 
 } // namespace companion::testing

@@ -140,18 +140,14 @@ Check displayCheck(const DisplayFacts& facts)
 {
     const bool isWayland = !facts.waylandDisplay.empty();
     const std::string xDisplay = "X display " + facts.display;
-    const std::string which =
-        isWayland ? "Wayland display " + facts.waylandDisplay + ", " + xDisplay : xDisplay;
+    const std::string waylandDisplay = "Wayland display " + facts.waylandDisplay;
     if (facts.wayland)
         return {"display", Mark::ok,
-            "Wayland display " + facts.waylandDisplay + "; "
-                + inputChoiceText(/*isWaylandSession=*/true, *facts.wayland, {}),
-            ""};
+            waylandDisplay + "; " + inputChoiceText(/*isWaylandSession=*/true, *facts.wayland, {}), ""};
     switch (facts.x) {
     case DisplayFacts::X::none:
         if (isWayland)
-            return {"display", Mark::warn, "Wayland display " + facts.waylandDisplay + " without X",
-                installPortalAdvice};
+            return {"display", Mark::warn, waylandDisplay + " without X", installPortalAdvice};
         return {"display", Mark::warn, "none", "panel-companion needs one; panelctl does not"};
     case DisplayFacts::X::cannotOpen:
         return {"display", Mark::fail, xDisplay + " cannot be opened",
@@ -164,10 +160,10 @@ Check displayCheck(const DisplayFacts& facts)
     case DisplayFacts::X::usable:
         break;
     }
+    const std::string choice = "; " + inputChoiceText(isWayland, InputWay::xtest, {});
     if (isWayland)
-        return {"display", Mark::warn, which + " with XTEST",
-            std::string("touches reach programs that use X only; ") + installPortalAdvice};
-    return {"display", Mark::ok, which + " accepts input events (XTEST)", ""};
+        return {"display", Mark::warn, waylandDisplay + ", " + xDisplay + choice, installPortalAdvice};
+    return {"display", Mark::ok, xDisplay + choice, ""};
 }
 
 Check versionCheck(const std::string& version, const std::string& system)

@@ -148,11 +148,11 @@ TEST(TouchesCheckTest, FirewallCommandsAreNamed)
 TEST(DisplayCheckTest, DisplaysAreToldApart)
 {
     using X = DisplayFacts::X;
-    EXPECT_EQ(
-        told(displayCheck({X::usable, ":1", ""})), "ok display: X display :1 accepts input events (XTEST)");
+    EXPECT_EQ(told(displayCheck({X::usable, ":1", ""})),
+        "ok display: X display :1; Touches are injected with the XTEST extension of the X server");
     EXPECT_EQ(told(displayCheck({X::usable, ":1", "wayland-0"})),
-        "warn display: Wayland display wayland-0, X display :1 with XTEST - touches reach programs that use X only; "
-        "install xdg-desktop-portal and its backend for this desktop, or log in to an X11 session");
+        "warn display: Wayland display wayland-0, X display :1; On Wayland touches reach X11 programs only; an X11 "
+        "session has no such limit - install xdg-desktop-portal and its backend for this desktop, or log in to an X11 session");
     EXPECT_EQ(told(displayCheck({X::usable, ":1", "wayland-0", InputWay::portal})),
         "ok display: Wayland display wayland-0; Touches are injected through the desktop's RemoteDesktop portal, which "
         "asks when touch is turned on");

@@ -69,7 +69,8 @@ TEST_F(DoctorCommandTest, EverythingIsLookedAtInOrder)
             "ok panels: Room (192.168.1.20)",
             "ok network interface: en0 (leads to 192.168.1.20) with 192.168.1.5",
             "ok panel's port 5000: 192.168.1.20 answers", "ok panel's port 5505: 192.168.1.20 answers",
-            "ok UDP port 41863: free", "ok display: X display :1 accepts input events (XTEST)"));
+            "ok UDP port 41863: free",
+            "ok display: X display :1; Touches are injected with the XTEST extension of the X server"));
     EXPECT_EQ(sockets.openSockets(), 1U);
     EXPECT_FALSE(sockets.deliver("DOWN,1,1,1")) << "the port is given back";
     EXPECT_THAT(inner.sent(), IsEmpty()) << "panels are asked nothing without --touches";

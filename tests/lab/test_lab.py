@@ -303,9 +303,13 @@ def test_the_wireless_switch_starts_and_stops_cable_mode(lab):
     assert not companion.window.is_showing(name="Cast"), "casting is offered in the cable mode"
     expect_touches_work(lab, panel, 1199, 103)
     wait_until(lambda: panel.ping_times(), "the heartbeat", 6)
+    server = XServer()
+    touch(lab, panel, "DOWN", 1199, 103)
+    wait_until(server.is_button_held, "the press", 3)
 
     switch.press()
     wait_until(lambda: panel.touch_enabled_at() is None, "the panel is told to stop")
+    wait_until(lambda: not server.is_button_held(), "the release", 3)
     assert panel.state()["touchTarget"]["isHDMI"] is True, "the request to stop does not say that a cable is used"
     companion.window.find(name="Cast")
     companion.expect_alive()

@@ -3,6 +3,7 @@
 import json
 import os
 import pathlib
+import re
 import signal
 import stat
 
@@ -110,10 +111,13 @@ def test_permission_is_asked_for_when_touch_is_turned_on_and_touches_land_on_the
     assert release["state"] == 0
 
 
-def test_without_remote_desktop_touches_reach_x11_programs_which_is_logged(stage):
+def test_without_remote_desktop_touches_reach_x11_programs_which_is_told(stage):
     Portal(stage.processes, version=0)
     stage.start()
-    stage.expect_log("On Wayland touches reach X11 programs only")
+    x11_only = "On Wayland touches reach X11 programs only"
+    stage.expect_log(x11_only)
+    stage.cast()
+    stage.expect_told(re.search(f"{x11_only}.*", stage.app.process.output()).group(0))
 
 
 def test_a_refusal_is_told_and_the_next_touch_on_asks_again(stage):
