@@ -1,5 +1,6 @@
 #include "app/DesktopProgram.h"
 
+#include "app/FilesGiven.h"
 #include "app/InputCandidates.h"
 #include "app/ListedPanels.h"
 #include "app/SplashScreenViewController.h"
@@ -27,8 +28,10 @@
 #include "ui/QtSplashView.h"
 #include "ui/Theme.h"
 
+#include <cstdio>
 #include <QApplication>
 #include <QPointer>
+#include <utility>
 
 namespace companion {
 
@@ -60,6 +63,7 @@ public:
 
     void showDashboard();
     void showStopReason(const std::string& fatalError);
+    void sendFiles(std::vector<std::string> urls);
     void programEnds() { m_alerts.programEnds(); }
 
 private:
@@ -173,6 +177,11 @@ void DesktopProgram::Backend::showStopReason(const std::string& fatalError)
         [this, fatalError] { m_alerts.runModal("Panel Companion had to stop", stopReason(fatalError)); });
 }
 
+void DesktopProgram::Backend::sendFiles(std::vector<std::string> urls)
+{
+    m_mainQueue.async([this, urls = std::move(urls)] { m_dashboard->sendFiles(urls); });
+}
+
 void DesktopProgram::Backend::connectView()
 {
     using View = QtDashboardView;
@@ -210,6 +219,9 @@ DesktopProgram::DesktopProgram(const Options& options, char* const* arguments)
     : m_options(options)
     , m_restart(arguments)
     , m_signalNotifier(m_signals.fd(), QSocketNotifier::Read)
+    , m_instance([this](const auto& urls) { serve(urls); })
+    , m_filesToSend(
+          m_restart.reason() ? std::vector<std::string>{} : urlsOfFiles(m_options.files)) // were taken before
 {
     if (m_options.hasNoRestart)
         m_restart.cancel();
@@ -219,6 +231,49 @@ DesktopProgram::DesktopProgram(const Options& options, char* const* arguments)
 DesktopProgram::~DesktopProgram()
 {
     m_restart.cancel();
+}
+
+std::optional<int> DesktopProgram::leaveToRunningProgram()
+{
+    if (m_options.isNewInstance)
+        return std::nullopt;
+    if (m_restart.reason()) { // what runs already is the program that failed, for a moment
+        m_instance.claimAfterPredecessor();
+        return std::nullopt;
+    }
+    switch (m_instance.claimOrHandOver(m_filesToSend)) {
+    case SingleInstance::Claim::isTheOne:
+        return std::nullopt;
+    case SingleInstance::Claim::handedOver:
+        if (m_options.hasOptions)
+            std::fputs("panel-companion: it runs already, with the options that it was started with "
+                       "(--new-instance starts another one)\n",
+                stderr);
+        return 0;
+    case SingleInstance::Claim::unanswered:
+        std::fputs(
+            "panel-companion: it runs already, but does not answer (--new-instance starts another one)\n",
+            stderr);
+        return 1;
+    }
+    return std::nullopt;
+}
+
+/// What the desktop or a further start asks for.
+void DesktopProgram::serve(const std::vector<std::string>& urls)
+{
+    m_filesToSend.insert(m_filesToSend.end(), urls.begin(), urls.end());
+    bringToFront(m_window);
+    if (!m_window.isActiveWindow())
+        QApplication::alert(&m_window); // where programs may not come to the front by themselves
+    if (m_backend)
+        sendFiles();
+}
+
+void DesktopProgram::sendFiles()
+{
+    if (!m_filesToSend.empty())
+        m_backend->sendFiles(std::exchange(m_filesToSend, {}));
 }
 
 void DesktopProgram::start()
@@ -236,6 +291,7 @@ void DesktopProgram::showDashboard()
     m_backend->showDashboard();
     if (m_restart.reason())
         m_backend->showStopReason(*m_restart.reason());
+    sendFiles();
 }
 
 /// A signal may have asked for the end while the main thread was busy with what failed.

@@ -1,13 +1,17 @@
 #pragma once
 
 #include "app/Options.h"
+#include "platform/dbus/SingleInstance.h"
 #include "platform/posix/ProgramRestart.h"
 #include "platform/posix/SignalDescriptor.h"
 #include "platform/qt/WidgetMainQueue.h"
 #include "ui/MainWindow.h"
 
 #include <memory>
+#include <optional>
 #include <QSocketNotifier>
+#include <string>
+#include <vector>
 
 namespace companion {
 
@@ -21,6 +25,9 @@ public:
     DesktopProgram(const DesktopProgram&) = delete;
     DesktopProgram& operator=(const DesktopProgram&) = delete;
 
+    /// Leaves what was asked for to the program that runs already, unless this is the first one. The exit status then.
+    std::optional<int> leaveToRunningProgram();
+
     /// Shows the main window with the splash screen; the dashboard follows by itself.
     void start();
 
@@ -30,6 +37,8 @@ private:
     void showDashboard();
     void restartAfter(std::string_view fatalError);
     void endOnSignal();
+    void serve(const std::vector<std::string>& urls);
+    void sendFiles();
 
     const Options m_options;
     ProgramRestart m_restart;
@@ -40,6 +49,8 @@ private:
     SignalDescriptor m_signals;
     QSocketNotifier m_signalNotifier;
 
+    SingleInstance m_instance;
+    std::vector<std::string> m_filesToSend; ///< Until the dashboard is there.
     std::unique_ptr<Backend> m_backend;
 };
 

@@ -57,6 +57,10 @@ std::vector<CommandLineOption> optionTable(Options& options)
             "on Wayland, let the desktop remember the permission for\n"
             "touches, so that the next start does not ask again",
             options.remembersScreenAccess),
+        flagOption("--new-instance",
+            "start another one although the program runs already,\n"
+            "which is brought to the front otherwise",
+            options.isNewInstance),
     };
 }
 
@@ -72,16 +76,18 @@ ParsedOptions parseOptions(const std::vector<std::string>& arguments)
         return VersionWanted{};
     if (parsed.problem)
         return BadUsage{*parsed.problem};
-    if (!parsed.operands.empty())
-        return BadUsage{"unexpected argument '" + parsed.operands.front() + "'"};
+    options.files = parsed.operands;
+    options.hasOptions = !parsed.givenOptions.empty();
     return options;
 }
 
 std::string helpText()
 {
     Options unused;
-    return "Usage: panel-companion [OPTION]...\n"
-           "Pair with an interactive panel on the network and control this computer by touch.\n\n"
+    return "Usage: panel-companion [OPTION]... [FILE]...\n"
+           "Pair with an interactive panel on the network and control this computer by touch.\n"
+           "FILEs are sent to the panel, one after the other, once one is paired. If the program\n"
+           "runs already, it comes to the front and takes the FILEs, and keeps its own options.\n\n"
         + helpEntries(optionTable(unused), /*column=*/24);
 }
 

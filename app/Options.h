@@ -19,6 +19,10 @@ struct Options {
     /// Whether a fatal error is followed by a fresh run only if the user starts one.
     bool hasNoRestart = false;
     bool remembersScreenAccess = false;
+    /// Whether a program that runs already is left alone.
+    bool isNewInstance = false;
+    std::vector<std::string> files; ///< To be sent to the panel: paths, or "file:" URLs.
+    bool hasOptions = false;        ///< Whether anything but files was given.
 };
 
 struct HelpWanted { };

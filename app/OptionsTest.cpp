@@ -32,6 +32,9 @@ TEST(OptionsTest, NoArgumentsLeaveEverythingToTheRules)
     EXPECT_EQ(none.touchFrom, TouchSource::any);
     EXPECT_FALSE(none.hasNoRestart);
     EXPECT_FALSE(none.remembersScreenAccess);
+    EXPECT_FALSE(none.isNewInstance);
+    EXPECT_FALSE(none.hasOptions);
+    EXPECT_TRUE(none.files.empty());
 }
 
 TEST(OptionsTest, ScreenAccessIsRememberedOnRequest)
@@ -66,10 +69,20 @@ TEST(OptionsTest, PanelTextThatIsNotThreePartsWithEightHexadecimalDigitsIsBadUsa
         EXPECT_NE(complaint({"--panel", text}).find(text), std::string::npos) << text;
 }
 
+TEST(OptionsTest, WhatIsNoOptionIsAFile)
+{
+    const Options files = options({"a.png", "--", "--b.pdf"});
+    EXPECT_EQ(files.files, (std::vector<std::string>{"a.png", "--b.pdf"}));
+    EXPECT_FALSE(files.hasOptions);
+    const Options both = options({"--new-instance", "a.png"});
+    EXPECT_EQ(both.files, std::vector<std::string>{"a.png"});
+    EXPECT_TRUE(both.isNewInstance);
+    EXPECT_TRUE(both.hasOptions);
+}
+
 TEST(OptionsTest, BadUsageIsOneLineThatNamesTheArgument)
 {
     EXPECT_EQ(complaint({"--colour"}), "unknown option '--colour'");
-    EXPECT_EQ(complaint({"file.txt"}), "unexpected argument 'file.txt'");
     EXPECT_EQ(complaint({"--interface"}), "--interface needs a value");
     EXPECT_EQ(complaint({"--screen="}), "--screen needs a value");
     EXPECT_EQ(complaint({"--touch-from", "everyone"}), "--touch-from takes 'any' or 'panel', not 'everyone'");

@@ -49,7 +49,7 @@ int main(int argc, char** argv)
     QApplication application(argumentsOfToolkit, argv);
     QApplication::setApplicationName(QStringLiteral("panel-companion"));
     QApplication::setApplicationDisplayName(QStringLiteral("Panel Companion"));
-    QApplication::setDesktopFileName(QStringLiteral("panel-companion"));
+    QApplication::setDesktopFileName(QStringLiteral("arpa.home.PanelCompanion"));
     AppDelegate delegate;
     QApplication::setQuitOnLastWindowClosed(delegate.applicationShouldTerminateAfterLastWindowClosed());
     Theme::applyColors(application);
@@ -57,6 +57,8 @@ int main(int argc, char** argv)
     installFocusRing();
 
     DesktopProgram program(std::get<Options>(parsed), argv);
+    if (const auto status = program.leaveToRunningProgram())
+        return *status;
     program.start();
     delegate.applicationDidFinishLaunching();
     const int status = QApplication::exec();

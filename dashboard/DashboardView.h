@@ -62,6 +62,9 @@ public:
     /// returns, since the main thread may be busy with the file then.
     virtual void showUpload(const std::string& fileName, std::weak_ptr<UploadUnderWay> upload) = 0;
 
+    /// Says how many files wait for a panel to be paired; the name is that of the first. None at the start.
+    virtual void setFilesWaiting(std::size_t count, const std::string& firstName) = 0;
+
     /// The drop area lives as long as the view; the controller has it register its types and is its delegate.
     virtual DragDropView& fileUploadView() = 0;
 

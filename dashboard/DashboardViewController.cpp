@@ -46,6 +46,7 @@ DashboardViewController::DashboardViewController(DashboardDependencies dependenc
           UploadHost{m_dependencies.panelRequestHost.httpSession, m_dependencies.panelRequestHost.console,
               m_dependencies.mainQueue, m_dependencies.alerts},
           m_dependencies.log, m_view, m_panel))
+    , m_filesToSend(std::make_shared<FilesToSend>(*m_fileUploads, m_dependencies.alerts, m_view, *m_panel))
 {
 }
 
@@ -133,6 +134,14 @@ void DashboardViewController::didPickCastingDeviceWithIP(
     m_view.setHidden(Pane::hdmiToggle, false);
     m_view.setHidden(Pane::castButton, false);
     m_view.setHidden(Pane::emptyStateImage, true);
+    m_filesToSend->sendNext();
+}
+
+void DashboardViewController::sendFiles(const std::vector<std::string>& urls)
+{
+    m_filesToSend->add(urls);
+    if (m_filesToSend->waitsForPanel())
+        showDevicesList();
 }
 
 void DashboardViewController::deviceDisconnecetd()
@@ -155,6 +164,7 @@ void DashboardViewController::deviceDisconnecetd()
     m_view.setHidden(Pane::fileUpload, true);
     m_view.setHidden(Pane::castButton, true);
     m_view.setHidden(Pane::emptyStateImage, false);
+    m_filesToSend->showWhatWaits();
 }
 
 /// The rule looks at the panel's own name, not at its model.

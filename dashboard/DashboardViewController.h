@@ -1,6 +1,7 @@
 #pragma once
 
 #include "dashboard/DashboardDependencies.h"
+#include "dashboard/FilesToSend.h"
 #include "panel/HDMITouchBack.h"
 
 #include <atomic>
@@ -90,6 +91,9 @@ public:
     /// no panel is paired by then, or if the file cannot be read.
     void uploadFileWithURL(const FileUrl& url) { m_fileUploads->uploadFileWithURL(url); }
 
+    /// What another program hands over to be sent, as "file:" URLs. Without a panel the list opens, and they wait.
+    void sendFiles(const std::vector<std::string>& urls);
+
     /// udpSocket:didReceiveData:fromAddress:withFilterContext:
     void udpSocketDidReceiveData(AsyncUdpSocket& socket, std::string_view data, const UdpSender& from)
     {
@@ -169,6 +173,7 @@ private:
     std::unique_ptr<HDMITouchBack> m_hdmiTouchback;
     TouchReception m_touchReception;
     const std::shared_ptr<FileUploads> m_fileUploads;
+    const std::shared_ptr<FilesToSend> m_filesToSend;
 };
 
 } // namespace companion

@@ -45,14 +45,15 @@ void FileUploads::uploadFileAction()
     if (!url)
         return;
     m_log.log(url->text());
-    if (canBeRead(*url))
-        uploadFileWithURL(*url);
+    uploadReadable(*url);
 }
 
-void FileUploads::uploadFileURL(const FileUrl& url)
+bool FileUploads::uploadReadable(const FileUrl& url, MainQueue::Job whenEnded)
 {
-    if (passesUploadGate() && canBeRead(url))
-        uploadFileWithURL(url);
+    if (!canBeRead(url))
+        return false;
+    uploadFileWithURL(url, std::move(whenEnded));
+    return true;
 }
 
 /// Tells the user otherwise, who can do something about it now. A file that turns out to be unreadable half a second later
@@ -69,13 +70,15 @@ bool FileUploads::canBeRead(const FileUrl& url)
     return false;
 }
 
-void FileUploads::uploadFileWithURL(const FileUrl& url)
+void FileUploads::uploadFileWithURL(const FileUrl& url, MainQueue::Job whenEnded)
 {
     m_host.mainQueue.after(
-        delayAfterUserAction, [self = shared_from_this(), url] { self->classifyUploadFile(url); });
+        delayAfterUserAction, [self = shared_from_this(), url, whenEnded = std::move(whenEnded)] {
+            self->classifyUploadFile(url, whenEnded);
+        });
 }
 
-void FileUploads::classifyUploadFile(const FileUrl& url)
+void FileUploads::classifyUploadFile(const FileUrl& url, MainQueue::Job whenEnded)
 {
     const std::string fileName = url.lastPathComponent();
     m_log.log("File name " + fileName);
@@ -85,7 +88,13 @@ void FileUploads::classifyUploadFile(const FileUrl& url)
     m_log.log("File type " + fileType);
 
     m_dependencies.mouseEventPoster.touchesEnd(); // they wait while the main thread reads the file
-    auto upload = std::make_shared<UploadUnderWay>();
+    // The request lets go of it on the delivery thread when it ends.
+    std::shared_ptr<UploadUnderWay> upload(
+        new UploadUnderWay, [&mainQueue = m_host.mainQueue, whenEnded](const UploadUnderWay* ended) {
+            delete ended;
+            if (whenEnded)
+                mainQueue.async(whenEnded);
+        });
     m_view.showUpload(fileName, upload);
     UploadDataToHost request(m_host);
     request.initWith(fileType, m_dependencies.fileReader.readFile(url.path()), fileName, m_panel->ipAddress);

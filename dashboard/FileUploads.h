@@ -33,15 +33,23 @@ public:
     const FileTypeLists& fileTypes() const { return m_fileTypes; }
 
     void uploadFileAction();
-    void uploadFileURL(const FileUrl& url);
-    void uploadFileWithURL(const FileUrl& url);
+    void uploadFileURL(const FileUrl& url) { passesUploadGate() && uploadReadable(url); }
+
+    /// `whenEnded` is a job of the main queue once the upload has ended in whatever way.
+    void uploadFileWithURL(const FileUrl& url, MainQueue::Job whenEnded = {});
+
+    /// Refuses with an alert unless the paired panel takes files.
+    bool passesUploadGate();
+
+    /// Refuses with an alert a file that cannot be read. Whether it will be uploaded.
+    bool uploadReadable(const FileUrl& url, MainQueue::Job whenEnded = {});
+
     void draggingBegin();
     void draggingFinished();
 
 private:
-    bool passesUploadGate();
     bool canBeRead(const FileUrl& url);
-    void classifyUploadFile(const FileUrl& url);
+    void classifyUploadFile(const FileUrl& url, MainQueue::Job whenEnded);
 
     const FileUploadDependencies m_dependencies;
     const UploadHost m_host;

@@ -15,6 +15,7 @@ namespace {
 
 constexpr int widestContent = 1100;
 constexpr int smallestSideMargin = 32;
+constexpr int widestFileName = 360;
 constexpr Color switchTint{
     11 / 255.0, 122 / 255.0, 101 / 255.0, 1}; // Theme::accent: 5.3 to 1 on the white plate
 
@@ -239,6 +240,23 @@ void QtDashboardView::setUploadArrowImage(const std::string& imageName)
 void QtDashboardView::showUpload(const std::string& fileName, std::weak_ptr<UploadUnderWay> upload)
 {
     m_scene->uploadProgressBars->add(QString::fromStdString(fileName), std::move(upload));
+}
+
+/// A file's name may be longer than the window is wide, and is text, whatever it holds.
+void QtDashboardView::setFilesWaiting(std::size_t count, const std::string& firstName)
+{
+    QLabel& label = *m_scene->emptyStateLabel;
+    if (m_emptyStateText.isEmpty())
+        m_emptyStateText = label.text();
+    label.setTextFormat(Qt::PlainText);
+    if (count == 0)
+        label.setText(m_emptyStateText);
+    else if (count == 1)
+        label.setText(tr("\"%1\" will be sent to the panel that you pick.")
+                          .arg(label.fontMetrics().elidedText(
+                              QString::fromStdString(firstName), Qt::ElideMiddle, widestFileName)));
+    else
+        label.setText(tr("%1 files will be sent to the panel that you pick.").arg(count));
 }
 
 void QtDashboardView::presentDevicesList(DevicesListViewController&)

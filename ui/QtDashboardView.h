@@ -42,6 +42,7 @@ public:
     ITSwitch& wirelessTouchSwitch() override { return m_wirelessTouchSwitch; }
     void presentDevicesList(DevicesListViewController& controller) override;
     void presentSettings(RelaySettingsViewController& controller) override;
+    void setFilesWaiting(std::size_t count, const std::string& firstName) override;
     void showUpload(const std::string& fileName, std::weak_ptr<UploadUnderWay> upload) override;
 
 protected:
@@ -67,6 +68,7 @@ private:
     std::unique_ptr<Ui::DashboardScene> m_scene;
     TouchState m_touchState = TouchState::notExpected;
     QString m_touchSender;
+    QString m_emptyStateText; ///< Of the scene, once it has been replaced.
     QString m_touchObstacle;
     ITSwitch m_wirelessTouchSwitch;
     DragDropView m_fileUploadView;

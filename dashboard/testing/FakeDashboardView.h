@@ -53,6 +53,11 @@ public:
             whenUploadIsShown();
     }
 
+    void setFilesWaiting(std::size_t count, const std::string& firstName) override
+    {
+        filesWaiting = count == 0 ? "" : std::to_string(count) + " " + firstName;
+    }
+
     void presentDevicesList(DevicesListViewController& controller) override
     {
         devicesList = &controller;
@@ -90,7 +95,8 @@ public:
     DevicesListViewController* devicesList = nullptr;
     RelaySettingsViewController* settings = nullptr;
     std::vector<std::weak_ptr<UploadUnderWay>> uploads;
-    Transcript touchStates; ///< "awaited", "works from elsewhere 10.0.2.99"
+    std::string filesWaiting; ///< "2 a.png"; empty for none
+    Transcript touchStates;   ///< "awaited", "works from elsewhere 10.0.2.99"
     std::function<void()> whenUploadIsShown;
 
 private:

@@ -74,7 +74,7 @@ def test_version_names_no_commit_of_a_repository_around_the_sources(repository, 
 
 def test_desktop_entry_is_valid():
     need("desktop-file-validate")
-    assert output("desktop-file-validate", PACKAGING / "panel-companion.desktop") == ""
+    assert output("desktop-file-validate", PACKAGING / "arpa.home.PanelCompanion.desktop") == ""
 
 
 def test_metainfo_is_valid():

@@ -64,8 +64,9 @@ def main():
                 if not announced:
                     print("No mDNS daemon answers here, so the application is told of the panel by --panel.", flush=True)
                     options = ["--panel", panel.service_name, *options]
-            # A fresh run after a fatal error would be without the panel, which ends with this script.
-            return run_companion([arguments.programs / "panel-companion", "--no-restart", *options])
+            # A fresh run after a fatal error would be without the panel, which ends with this script; and an installed
+            # program that runs already is another one.
+            return run_companion([arguments.programs / "panel-companion", "--no-restart", "--new-instance", *options])
         finally:
             processes.end()
 
