@@ -1,6 +1,8 @@
 """What packages and desktops read: the version, the desktop entry, icons, firewall profiles, the Debian package's lists."""
 
 import configparser
+import gzip
+import json
 import os
 import pathlib
 import re
@@ -13,6 +15,7 @@ import pytest
 
 ROOT = pathlib.Path(__file__).parents[2]
 PACKAGING = ROOT / "packaging"
+ID = "arpa.home.PanelCompanion"
 PROGRAMS = pathlib.Path(os.environ["PANEL_COMPANION_PROGRAMS"])
 REMEDY = "is not installed (./test --with-optional installs it)"
 
@@ -22,8 +25,8 @@ def need(tool):
         pytest.skip(f"{tool} {REMEDY}")
 
 
-def output(*command):
-    done = subprocess.run(command, text=True, check=False, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+def output(*command, folder=None):
+    done = subprocess.run(command, cwd=folder, text=True, check=False, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                           stderr=subprocess.STDOUT, timeout=60)
     assert done.returncode == 0, done.stdout
     return done.stdout
@@ -74,7 +77,7 @@ def test_version_names_no_commit_of_a_repository_around_the_sources(repository, 
 
 def test_desktop_entry_is_valid():
     need("desktop-file-validate")
-    assert output("desktop-file-validate", PACKAGING / "arpa.home.PanelCompanion.desktop") == ""
+    assert output("desktop-file-validate", PACKAGING / f"{ID}.desktop") == ""
 
 
 def test_metainfo_is_valid():
@@ -88,6 +91,37 @@ def test_firewall_profiles_open_the_port_for_touches():
     assert ufw["panel-companion"]["ports"] == "41863/udp"
     ports = xml.parse(PACKAGING / "firewall/firewalld/panel-companion.xml").getroot().findall("port")
     assert [port.attrib for port in ports] == [{"protocol": "udp", "port": "41863"}]
+
+
+def test_ufw_knows_its_profile(tmp_path):
+    """It reads one folder only, over which a mount of this test's own is laid."""
+    need("ufw")
+    if subprocess.run(["unshare", "--mount", "true"], check=False, stderr=subprocess.DEVNULL).returncode:
+        pytest.skip("mounts of one's own are not allowed here")
+    shutil.copy(PACKAGING / "firewall/ufw/panel-companion", tmp_path)
+    told = output("unshare", "--mount", "sh", "-c",
+                  'mount --bind "$0" /etc/ufw/applications.d && ufw app info panel-companion', tmp_path)
+    assert re.search(r"Port:\n  41863/udp\n", told), told
+
+
+def test_firewalld_knows_its_service(tmp_path):
+    if not shutil.which("firewall-offline-cmd"):
+        pytest.skip("firewalld is not installed; nothing here installs it, since it would guard this computer at once")
+    (tmp_path / "services").mkdir()
+    shutil.copy(PACKAGING / "firewall/firewalld/panel-companion.xml", tmp_path / "services")
+    told = output("firewall-offline-cmd", f"--system-config={tmp_path}", "--info-service=panel-companion")
+    assert "\n  ports: 41863/udp\n" in told, told
+
+
+def test_flatpak_manifest_is_read_and_has_the_narrowest_permissions(tmp_path):
+    need("flatpak-builder")
+    manifest = json.loads(output("flatpak-builder", "--show-manifest", PACKAGING / f"flatpak/{ID}.yml",
+                                 folder=tmp_path))  # where it leaves a folder
+    assert manifest["id"] == ID
+    assert manifest["command"] == "panel-companion"
+    assert set(manifest["finish-args"]) == {
+        "--share=network", "--share=ipc", "--socket=wayland", "--socket=fallback-x11",
+        "--system-talk-name=org.freedesktop.Avahi"}
 
 
 @pytest.fixture(scope="module")
@@ -108,6 +142,43 @@ def test_icon_is_installed_as_svg_as_symbol_and_in_the_sizes_that_desktops_ask_f
     for picture in icons.glob("*x*/apps/panel-companion.png"):
         sizes[picture.parts[-3]] = struct.unpack(">II", picture.read_bytes()[16:24])
     assert sizes == {f"{size}x{size}": (size, size) for size in (16, 22, 24, 32, 48, 64, 128, 256)}
+
+
+def test_desktops_have_the_bus_start_the_installed_program(installed):
+    service = configparser.ConfigParser()
+    service.read(installed / f"share/dbus-1/services/{ID}.service")
+    assert service["D-BUS Service"]["Name"] == ID
+    assert re.fullmatch("/.*/bin/panel-companion", service["D-BUS Service"]["Exec"])
+
+
+def test_desktops_offer_the_program_for_the_kinds_of_files_that_panels_take(installed):
+    need("update-desktop-database")
+    need("xdg-mime")
+    globs = pathlib.Path("/usr/share/mime/globs2")
+    if not globs.exists():
+        pytest.skip(f"shared-mime-info {REMEDY}")
+    source = (ROOT / "panel/FileTypes.cpp").read_text(encoding="utf-8")
+    extensions = set(re.findall(r'"(\w+)"', source[source.index("openPanelFileTypes"):source.index("fileExtension(")]))
+    assert len(extensions) == 18
+    known = {}
+    for weight, kind, pattern in re.findall(r"^(\d+):([^:]+):\*\.(\w+)$", globs.read_text(encoding="utf-8"), re.MULTILINE):
+        known[pattern] = max(known.get(pattern, (0, "")), (int(weight), kind))
+    output("update-desktop-database", installed / "share/applications")
+    for extension in extensions - {"gof"}:  # no kind of file that desktops know
+        told = subprocess.run(["xdg-mime", "query", "default", known[extension][1]], check=True, text=True, timeout=20,
+                              stdout=subprocess.PIPE, env={"PATH": os.environ["PATH"], "HOME": str(installed),
+                                                           "XDG_DATA_DIRS": str(installed / "share")}).stdout
+        assert told == f"{ID}.desktop\n", f"{extension}: {told}"
+
+
+def test_software_centres_find_the_program_with_its_icon(installed, tmp_path):
+    need("appstreamcli")
+    if not pathlib.Path("/usr/libexec/appstreamcli-compose").exists():
+        pytest.skip(f"appstream-compose {REMEDY}")
+    told = output("appstreamcli", "compose", "--origin=test", "--prefix=/", f"--result-root={tmp_path}", installed)
+    catalog = gzip.decompress(next(tmp_path.rglob("*.xml.gz")).read_bytes()).decode()
+    assert f"<id>{ID}</id>" in catalog, told
+    assert '<icon type="cached"' in catalog, told
 
 
 def test_every_installed_file_is_in_a_debian_package(installed):
