@@ -54,7 +54,7 @@ MdnsDaemonFacts lookAtDaemon(const QDBusConnection& bus, int time)
 
 } // namespace
 
-MdnsDaemonFacts AvahiMdnsDaemon::look(std::chrono::milliseconds time)
+MdnsDaemonFacts lookAtMdnsDaemon(std::chrono::milliseconds time)
 {
     SystemBus bus;
     switch (bus.waitForConnection(time)) {

@@ -27,7 +27,7 @@ void report(const Result& result, const std::string& command, bool isJson, Outpu
 /// a last request to the panel.
 enum class Interruption { endAtOnce, endWithResult, endSoon };
 
-/// One run of a command. Main thread only.
+/// One run of a command. Main thread only. Its jobs on the main queue and its requests must be dropped before it is destroyed.
 class Command {
 public:
     /// Called once. It may not destroy the command.

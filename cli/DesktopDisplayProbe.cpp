@@ -1,9 +1,11 @@
 #include "cli/SystemProbes.h"
 
 #include <cstdlib>
+#include <future>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <string_view>
+#include <thread>
 #include <unistd.h>
 #include <wayland-client.h>
 #include <xcb/xcb.h>
@@ -77,27 +79,54 @@ bool hasRemoteDesktopPortal()
     return isThere;
 }
 
+/// Calls on threads of their own what may block forever.
+class BoundedCalls {
+public:
+    BoundedCalls(std::chrono::milliseconds time, bool& hasLeftThread)
+        : m_time(time)
+        , m_hasLeftThread(hasLeftThread)
+    {
+    }
+
+    /// Nothing if `work` takes too long.
+    template <typename Result> std::optional<Result> call(Result (*work)()) const
+    {
+        auto task = std::packaged_task<Result()>(work);
+        auto result = task.get_future();
+        std::thread(std::move(task)).detach();
+        if (result.wait_for(m_time) == std::future_status::ready)
+            return result.get();
+        m_hasLeftThread = true;
+        return std::nullopt;
+    }
+
+private:
+    const std::chrono::milliseconds m_time;
+    bool& m_hasLeftThread;
+};
+
 /// The best way that there is.
-std::optional<InputWay> waylandWay(std::chrono::milliseconds time, BoundedCalls& calls)
+std::optional<InputWay> waylandWay(const BoundedCalls& calls)
 {
-    if (calls.call(time, hasVirtualPointer).value_or(false))
+    if (calls.call(hasVirtualPointer).value_or(false))
         return InputWay::virtualPointer;
-    if (calls.call(time, hasRemoteDesktopPortal).value_or(false))
+    if (calls.call(hasRemoteDesktopPortal).value_or(false))
         return InputWay::portal;
     return std::nullopt;
 }
 
 } // namespace
 
-DisplayFacts DesktopDisplayProbe::look(std::chrono::milliseconds time)
+DisplayFacts lookAtDisplays(std::chrono::milliseconds time, bool& hasLeftThread)
 {
+    const BoundedCalls calls(time, hasLeftThread);
     DisplayFacts facts;
     facts.display = environmentText("DISPLAY");
     facts.waylandDisplay = environmentText("WAYLAND_DISPLAY");
     if (!facts.waylandDisplay.empty())
-        facts.wayland = waylandWay(time, m_calls);
+        facts.wayland = waylandWay(calls);
     if (!facts.display.empty())
-        facts.x = m_calls.call(time, lookAtXDisplay).value_or(X::silent);
+        facts.x = calls.call(lookAtXDisplay).value_or(X::silent);
     return facts;
 }
 

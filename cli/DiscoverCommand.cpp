@@ -38,16 +38,13 @@ void DiscoverCommand::start(Finished finished)
 {
     m_finished = std::move(finished);
     const std::string whyNot = whyNoPanelCanBeFound(
-        m_search.mdnsDaemon.look(std::min<std::chrono::milliseconds>(longestDaemonCheck, m_request.time)));
+        m_search.probes.mdnsDaemon(std::min<std::chrono::milliseconds>(longestDaemonCheck, m_request.time)));
     if (!whyNot.empty()) {
         std::exchange(m_finished, nullptr)({ExitStatus::noPanel, whyNot, {{"panels", Json::array()}}});
         return;
     }
     m_browse.start([this](const PanelName& panel) { panelFound(panel); });
-    m_search.mainQueue.after(m_request.time, [weak = std::weak_ptr(m_self)] {
-        if (const auto self = weak.lock())
-            (*self)->end();
-    });
+    m_search.mainQueue.after(m_request.time, [this] { end(); });
 }
 
 Interruption DiscoverCommand::interrupt()

@@ -30,7 +30,6 @@ private:
     Finished m_finished;
     bool m_isInterrupted = false;
     PanelBrowse m_browse;
-    std::shared_ptr<DiscoverCommand*> m_self = std::make_shared<DiscoverCommand*>(this);
 };
 
 } // namespace companion::cli

@@ -25,17 +25,14 @@ DoctorCommand::DoctorCommand(const Tools& tools, Request request)
 void DoctorCommand::start(Finished finished)
 {
     m_finished = std::move(finished);
-    m_tools.httpSession.setObserver(
-        [&queue = m_tools.search.mainQueue, weak = std::weak_ptr(m_self)](const Outcome&) {
-            queue.async([weak] {
-                if (const auto self = weak.lock()) {
-                    --(*self)->m_unansweredRequests;
-                    (*self)->finishOnceAnswered();
-                }
-            });
+    m_tools.httpSession.setObserver([this](const Outcome&) {
+        m_tools.search.mainQueue.async([this] {
+            --m_unansweredRequests;
+            finishOnceAnswered();
         });
+    });
     report(versionCheck(m_request.version, m_request.system));
-    const MdnsDaemonFacts daemon = m_tools.search.mdnsDaemon.look(stepTime());
+    const MdnsDaemonFacts daemon = m_tools.search.probes.mdnsDaemon(stepTime());
     report(mdnsDaemonCheck(daemon));
     m_reasonForNoSearch = whyNoPanelCanBeFound(daemon);
     if (m_reasonForNoSearch.empty())
@@ -72,7 +69,7 @@ void DoctorCommand::checkPorts()
     if (addresses.empty())
         report(noPortCheck());
     else
-        for (const PortAnswer& answer : m_tools.tcpProbe.connectTo(addresses, {5000, 5505}, stepTime()))
+        for (const PortAnswer& answer : m_tools.search.probes.tcpPorts(addresses, {5000, 5505}, stepTime()))
             report(portCheck(answer));
     checkTouchPort();
 }
@@ -81,8 +78,8 @@ void DoctorCommand::checkTouchPort()
 {
     m_socket = m_tools.sockets.makeSocket(*this, "client udp socket");
     auto error = m_socket->bindToPort(touchPort);
-    report(
-        touchPortCheck(error, error ? m_tools.portHolder.holdersOf(touchPort) : std::vector<PortHolder>()));
+    report(touchPortCheck(
+        error, error ? m_tools.search.probes.udpPortHolders(touchPort) : std::vector<PortHolder>()));
     if (m_request.awaitsTouches && !error) {
         error = m_socket->beginReceiving();
         if (!error)
@@ -100,10 +97,7 @@ void DoctorCommand::awaitTouches()
     m_waitBegan = m_tools.now();
     switchTouchback(/*isOn=*/true);
     m_tools.output.complain("touch the panel now");
-    m_tools.search.mainQueue.after(touchTime(), [weak = std::weak_ptr(m_self)] {
-        if (const auto self = weak.lock())
-            (*self)->finishTouches(std::nullopt, "");
-    });
+    m_tools.search.mainQueue.after(touchTime(), [this] { finishTouches(std::nullopt, ""); });
 }
 
 void DoctorCommand::udpSocketDidReceiveData(
@@ -139,7 +133,7 @@ Interruption DoctorCommand::interrupt()
 
 void DoctorCommand::checkDisplay()
 {
-    report(displayCheck(m_tools.displayProbe.look(stepTime())));
+    report(displayCheck(m_tools.search.probes.displays(stepTime())));
     m_isComplete = true;
     finishOnceAnswered();
     later(stepTime(), &DoctorCommand::finish);
@@ -175,10 +169,7 @@ void DoctorCommand::finish()
 
 void DoctorCommand::later(std::chrono::milliseconds delay, void (DoctorCommand::*step)())
 {
-    m_tools.search.mainQueue.after(delay, [step, weak = std::weak_ptr(m_self)] {
-        if (const auto self = weak.lock())
-            ((**self).*step)();
-    });
+    m_tools.search.mainQueue.after(delay, [this, step] { (this->*step)(); });
 }
 
 std::chrono::milliseconds DoctorCommand::stepTime() const

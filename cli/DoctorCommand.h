@@ -23,9 +23,6 @@ public:
     struct Tools {
         PanelSearch search;
         AsyncUdpSocketFactory& sockets;
-        const UdpPortHolder& portHolder;
-        TcpProbe& tcpProbe;
-        DisplayProbe& displayProbe;
         ObservedHttpSession& httpSession;
         PanelRequestHost host; ///< Sends by `httpSession`.
         Output& output;
@@ -90,7 +87,6 @@ private:
     int m_unansweredRequests = 0;
     bool m_isComplete = false;
     std::chrono::steady_clock::time_point m_waitBegan;
-    std::shared_ptr<DoctorCommand*> m_self = std::make_shared<DoctorCommand*>(this);
 };
 
 } // namespace companion::cli

@@ -8,37 +8,11 @@ using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
-namespace {
-
-class FakeTcpProbe : public TcpProbe {
-public:
-    std::vector<PortAnswer> connectTo(const std::vector<std::string>& addresses,
-        const std::vector<std::uint16_t>& ports, std::chrono::milliseconds) override
-    {
-        std::vector<PortAnswer> answers;
-        for (const std::string& address : addresses) {
-            for (const std::uint16_t port : ports)
-                answers.push_back({address, port, error});
-        }
-        return answers;
-    }
-
-    std::string error;
-};
-
-class FakeDisplayProbe : public DisplayProbe {
-public:
-    DisplayFacts look(std::chrono::milliseconds) override { return {DisplayFacts::X::usable, ":1", ""}; }
-};
-
-} // namespace
-
 class DoctorCommandTest : public CommandTest {
 protected:
     DoctorCommand::Tools tools()
     {
-        return {search(), sockets, portHolder, tcpProbe, displayProbe, session, host(), output,
-            [this] { return now; }};
+        return {search(), sockets, session, host(), output, [this] { return now; }};
     }
 
     static DoctorCommand::Request about(PanelChoice choice, bool awaitsTouches = false)
@@ -50,9 +24,6 @@ protected:
         request.system = "Debian";
         return request;
     }
-
-    FakeTcpProbe tcpProbe;
-    FakeDisplayProbe displayProbe;
 };
 
 TEST_F(DoctorCommandTest, EverythingIsLookedAtInOrder)
@@ -91,8 +62,8 @@ TEST_F(DoctorCommandTest, PanelThatIsMeantEndsTheSearch)
 
 TEST_F(DoctorCommandTest, FailedCheckIsStatus1AndTheRestIsStillLookedAt)
 {
-    daemon.facts = {MdnsDaemonState::noDaemon, ""};
-    tcpProbe.error = "Connection refused";
+    daemon = {MdnsDaemonState::noDaemon, ""};
+    tcpError = "Connection refused";
     DoctorCommand command(tools(), about({"192.168.1.20", std::nullopt}));
     start(command);
     queue.advance(0s);
@@ -124,7 +95,7 @@ protected:
     DoctorTouchesTest()
         : command(tools(), about({"192.168.1.20", std::nullopt}, /*awaitsTouches=*/true))
     {
-        daemon.facts = {MdnsDaemonState::noDaemon, ""};
+        daemon = {MdnsDaemonState::noDaemon, ""};
         start(command);
         queue.advance(0s);
     }
@@ -231,7 +202,7 @@ TEST_F(DoctorCommandTest, InterruptedBeforeAnyPanelIsAskedItEndsAtOnce)
 TEST_F(DoctorCommandTest, PortThatIsTakenLeavesTouchesOut)
 {
     sockets.bindError = "Address already in use";
-    portHolder.holders = {{"panel-companion", 7}};
+    portHolders = {{"panel-companion", 7}};
     DoctorCommand command(tools(), about({"192.168.1.20", std::nullopt}, /*awaitsTouches=*/true));
     start(command);
     queue.advance(3s);

@@ -77,27 +77,21 @@ void PanelFinder::find(OnFound onFound)
         return;
     }
     const std::string whyNot = whyNoPanelCanBeFound(
-        m_search.mdnsDaemon.look(std::min<std::chrono::milliseconds>(timeForDaemon, m_time)));
+        m_search.probes.mdnsDaemon(std::min<std::chrono::milliseconds>(timeForDaemon, m_time)));
     if (!whyNot.empty()) {
         finish({std::nullopt, whyNot});
         return;
     }
     m_browse = std::make_unique<PanelBrowse>(m_search.browsers);
     m_browse->start([this](const PanelName& panel) { panelFound(panel); });
-    m_search.mainQueue.after(m_time, [weak = std::weak_ptr(m_self)] {
-        if (const auto self = weak.lock())
-            (*self)->decide();
-    });
+    m_search.mainQueue.after(m_time, [this] { decide(); });
 }
 
 void PanelFinder::panelFound(const PanelName& panel)
 {
     if (!m_choice.includes(panel) || std::exchange(m_isDeciding, true))
         return;
-    m_search.mainQueue.after(timeForNamesakes, [weak = std::weak_ptr(m_self)] {
-        if (const auto self = weak.lock())
-            (*self)->decide();
-    });
+    m_search.mainQueue.after(timeForNamesakes, [this] { decide(); });
 }
 
 void PanelFinder::decide()

@@ -60,11 +60,12 @@ struct PanelChoice {
 /// The interfaces that finding panels needs.
 struct PanelSearch {
     ServiceBrowserFactory& browsers;
-    MdnsDaemon& mdnsDaemon;
+    const Probes& probes;
     MainQueue& mainQueue;
 };
 
-/// Finds the address of the panel that is meant. Main thread only.
+/// Finds the address of the panel that is meant. Main thread only. Its jobs on the main queue must be dropped before it is
+/// destroyed.
 class PanelFinder {
 public:
     struct Found {
@@ -91,7 +92,6 @@ private:
     OnFound m_onFound;
     std::unique_ptr<PanelBrowse> m_browse;
     bool m_isDeciding = false;
-    std::shared_ptr<PanelFinder*> m_self = std::make_shared<PanelFinder*>(this);
 };
 
 } // namespace companion::cli

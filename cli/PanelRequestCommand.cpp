@@ -34,13 +34,9 @@ void PanelRequestCommand::start(Finished finished)
 void PanelRequestCommand::sendTo(const std::string& address)
 {
     m_address = address;
-    m_tools.httpSession.setObserver(
-        [&queue = m_tools.search.mainQueue, weak = std::weak_ptr(m_self)](const Outcome& outcome) {
-            queue.async([weak, outcome] {
-                if (const auto self = weak.lock())
-                    (*self)->finish((*self)->resultOf(outcome));
-            });
-        });
+    m_tools.httpSession.setObserver([this](const Outcome& outcome) {
+        m_tools.search.mainQueue.async([this, outcome] { finish(resultOf(outcome)); });
+    });
     if (const auto refusal = send(address)) {
         finish(*refusal);
         return;
@@ -55,10 +51,8 @@ void PanelRequestCommand::sendTo(const std::string& address)
 void PanelRequestCommand::setDeadline()
 {
     const auto time = m_options.timeout.value_or(timeForAnswer);
-    m_tools.search.mainQueue.after(time, [time, weak = std::weak_ptr(m_self)] {
-        if (const auto self = weak.lock())
-            (*self)->finish((*self)->networkFailure("no answer within " + secondsText(time)));
-    });
+    m_tools.search.mainQueue.after(
+        time, [this, time] { finish(networkFailure("no answer within " + secondsText(time))); });
 }
 
 void PanelRequestCommand::finish(Result result)

@@ -60,7 +60,6 @@ private:
     PanelFinder m_finder;
     Finished m_finished;
     std::string m_address;
-    std::shared_ptr<PanelRequestCommand*> m_self = std::make_shared<PanelRequestCommand*>(this);
 };
 
 } // namespace companion::cli

@@ -5,7 +5,6 @@
 #include "cli/Output.h"
 #include "cli/RequestCommands.h"
 #include "cli/StdioOutput.h"
-#include "cli/SystemFacts.h"
 #include "cli/SystemProbes.h"
 #include "cli/TouchesCommand.h"
 #include "cli/UploadCommand.h"
@@ -23,6 +22,7 @@
 #include <QCoreApplication>
 #include <QSocketNotifier>
 #include <QSysInfo>
+#include <unistd.h>
 
 namespace companion::cli {
 
@@ -34,22 +34,22 @@ std::string programName()
     return "panelctl " + versionText();
 }
 
-} // namespace
-
-class Panelctl::Parts {
+class Panelctl {
 public:
-    explicit Parts(const Options& options);
-    ~Parts();
+    explicit Panelctl(const Options& options);
+    ~Panelctl();
+    Panelctl(const Panelctl&) = delete;
+    Panelctl& operator=(const Panelctl&) = delete;
 
     int run();
-    bool hasLeftThreadsBehind() const { return m_calls.hasLeftThreadsBehind(); }
+    bool hasLeftThread() const { return m_hasLeftThread; }
 
 private:
     std::unique_ptr<Command> makeCommand();
     std::unique_ptr<Command> makeTouches();
     std::unique_ptr<Command> makeDoctor();
     PanelChoice choice() const { return {m_options.panelAddress, m_options.panelName}; }
-    PanelSearch search() { return {m_browsers, m_mdnsDaemon, m_mainQueue}; }
+    PanelSearch search() { return {m_browsers, m_probes, m_mainQueue}; }
     PanelRequestTools requestTools() { return {search(), m_observedSession}; }
     PanelRequestOptions requestOptions() const { return {choice(), m_options.timeout}; }
     PanelRequestHost host() { return {m_observedSession, m_interfaceAddresses, m_interfaceName, m_log}; }
@@ -59,17 +59,15 @@ private:
     const Options m_options;
     StdioOutput m_output;
     VerboseLog m_log;
-    BoundedCalls m_calls;
     QtMainQueue m_mainQueue;
 
     PosixInterfaceAddresses m_interfaceAddresses;
     RoutedInterfaceName m_interfaceName;
-    AvahiMdnsDaemon m_mdnsDaemon;
+    bool m_hasLeftThread = false;
+    const Probes m_probes{lookAtMdnsDaemon, [](std::uint16_t port) { return udpPortHolders(port); },
+        connectToPorts, [this](auto time) { return lookAtDisplays(time, m_hasLeftThread); }};
     AvahiServiceBrowserFactory m_browsers{m_mainQueue, m_log};
     PosixAsyncUdpSocketFactory m_sockets{m_mainQueue, m_log};
-    ProcUdpPortHolder m_portHolder;
-    PosixTcpProbe m_tcpProbe;
-    DesktopDisplayProbe m_displayProbe{m_calls};
     PosixFileReader m_fileReader;
     std::unique_ptr<CurlHttpSession> m_httpSession;
     ObservedHttpSession m_observedSession;
@@ -80,7 +78,7 @@ private:
     QSocketNotifier m_signalNotifier;
 };
 
-Panelctl::Parts::Parts(const Options& options)
+Panelctl::Panelctl(const Options& options)
     : m_options(options)
     , m_log(m_output, options.isVerbose)
     , m_interfaceName(options.interfaceName)
@@ -93,13 +91,13 @@ Panelctl::Parts::Parts(const Options& options)
 }
 
 /// Requests and jobs go first, since they know the command.
-Panelctl::Parts::~Parts()
+Panelctl::~Panelctl()
 {
     m_httpSession.reset();
     m_mainQueue.dropAllJobs();
 }
 
-int Panelctl::Parts::run()
+int Panelctl::run()
 {
     int status = 0;
     m_mainQueue.async([this, &status] {
@@ -118,7 +116,7 @@ int Panelctl::Parts::run()
 }
 
 /// Results that nobody could read are no success.
-int Panelctl::Parts::endStatus(int status) const
+int Panelctl::endStatus(int status) const
 {
     const bool isLost = status == static_cast<int>(ExitStatus::done) && m_output.hasFailed();
     return isLost ? static_cast<int>(ExitStatus::badUsage) : status;
@@ -126,7 +124,7 @@ int Panelctl::Parts::endStatus(int status) const
 
 /// A command that has no end of its own ends as the signal would have ended it, and so does one that needs a moment for
 /// that when a second signal comes.
-void Panelctl::Parts::takeSignals()
+void Panelctl::takeSignals()
 {
     while (const auto signal = m_signals.take()) {
         const int status = 128 + *signal;
@@ -138,7 +136,7 @@ void Panelctl::Parts::takeSignals()
     }
 }
 
-std::unique_ptr<Command> Panelctl::Parts::makeCommand()
+std::unique_ptr<Command> Panelctl::makeCommand()
 {
     switch (m_options.command) {
     case CommandName::discover:
@@ -164,40 +162,32 @@ std::unique_ptr<Command> Panelctl::Parts::makeCommand()
     return makeDoctor();
 }
 
-std::unique_ptr<Command> Panelctl::Parts::makeTouches()
+std::unique_ptr<Command> Panelctl::makeTouches()
 {
-    return std::make_unique<TouchesCommand>(
-        TouchesCommand::Tools{search(), m_sockets, m_portHolder, m_output},
+    return std::make_unique<TouchesCommand>(TouchesCommand::Tools{search(), m_sockets, m_output},
         TouchesCommand::Request{choice(), m_options.timeout, m_options.recording,
             programName() + ", " + currentTimeText(), m_options.mostRecordedBytes, m_options.isJson});
 }
 
-std::unique_ptr<Command> Panelctl::Parts::makeDoctor()
+std::unique_ptr<Command> Panelctl::makeDoctor()
 {
-    return std::make_unique<DoctorCommand>(
-        DoctorCommand::Tools{search(), m_sockets, m_portHolder, m_tcpProbe, m_displayProbe, m_observedSession,
-            host(), m_output, std::chrono::steady_clock::now},
+    return std::make_unique<DoctorCommand>(DoctorCommand::Tools{search(), m_sockets, m_observedSession,
+                                               host(), m_output, std::chrono::steady_clock::now},
         DoctorCommand::Request{choice(), m_options.interfaceName, m_options.timeout, m_options.awaitsTouches,
             m_options.isJson, firewallProfiles(), programName(),
             QSysInfo::prettyProductName().toStdString() + ", Linux "
                 + QSysInfo::kernelVersion().toStdString()});
 }
 
-Panelctl::Panelctl(const Options& options)
-    : m_parts(std::make_unique<Parts>(options))
-{
-}
+} // namespace
 
-Panelctl::~Panelctl() = default;
-
-int Panelctl::run()
+int runCommand(const Options& options)
 {
-    return m_parts->run();
-}
-
-bool Panelctl::hasLeftThreadsBehind() const
-{
-    return m_parts->hasLeftThreadsBehind();
+    Panelctl panelctl(options);
+    const int status = panelctl.run();
+    if (panelctl.hasLeftThread())
+        _exit(status);
+    return status;
 }
 
 } // namespace companion::cli

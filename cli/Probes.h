@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -17,15 +18,6 @@ struct MdnsDaemonFacts {
     std::string detail; ///< The daemon's version, or the system's words for what is wrong.
 };
 
-/// Checks whether panels can be found: whether an mDNS daemon is running.
-class MdnsDaemon {
-public:
-    virtual ~MdnsDaemon() = default;
-
-    /// Starts the daemon where the bus can. Waits, but no longer than `time`.
-    virtual MdnsDaemonFacts look(std::chrono::milliseconds time) = 0;
-};
-
 /// One line on why no panel can be found; "" when one can.
 std::string whyNoPanelCanBeFound(const MdnsDaemonFacts& facts);
 
@@ -33,15 +25,6 @@ std::string whyNoPanelCanBeFound(const MdnsDaemonFacts& facts);
 struct PortHolder {
     std::string program;
     int processId = 0;
-};
-
-/// Finds out which programs have bound a UDP port, as far as this user may know.
-class UdpPortHolder {
-public:
-    virtual ~UdpPortHolder() = default;
-
-    /// Empty when the port is free, or bound by another user's program.
-    virtual std::vector<PortHolder> holdersOf(std::uint16_t port) const = 0;
 };
 
 /// Whether a socket's error, in the system's words and its language, says that the port is in use.
@@ -67,23 +50,21 @@ struct DisplayFacts {
     std::optional<InputWay> wayland = std::nullopt; ///< What native Wayland programs can be reached by.
 };
 
-/// Connects to TCP ports of panels.
-class TcpProbe {
-public:
-    virtual ~TcpProbe() = default;
+/// What commands find out about this computer and its network. Each call waits no longer than its `time`. Main thread only.
+struct Probes {
+    /// Starts the mDNS daemon where the bus can.
+    std::function<MdnsDaemonFacts(std::chrono::milliseconds time)> mdnsDaemon;
 
-    /// All at the same time, within `time`; one answer for each address and port, in this order.
-    virtual std::vector<PortAnswer> connectTo(const std::vector<std::string>& addresses,
-        const std::vector<std::uint16_t>& ports, std::chrono::milliseconds time) = 0;
-};
+    /// Which programs have bound the port. Empty when it is free, or bound by another user's program.
+    std::function<std::vector<PortHolder>(std::uint16_t port)> udpPortHolders;
 
-/// Looks at the display that programs of this session would use.
-class DisplayProbe {
-public:
-    virtual ~DisplayProbe() = default;
+    /// Connects to all at the same time; one answer for each address and port, in this order.
+    std::function<std::vector<PortAnswer>(const std::vector<std::string>& addresses,
+        const std::vector<std::uint16_t>& ports, std::chrono::milliseconds time)>
+        tcpPorts;
 
-    /// Waits, but no longer than `time`.
-    virtual DisplayFacts look(std::chrono::milliseconds time) = 0;
+    /// The displays that programs of this session would use.
+    std::function<DisplayFacts(std::chrono::milliseconds time)> displays;
 };
 
 } // namespace companion::cli

@@ -6,7 +6,6 @@
 #include <set>
 #include <sstream>
 #include <system_error>
-#include <utility>
 
 namespace companion::cli {
 
@@ -66,21 +65,16 @@ std::string programName(const fs::path& process)
 
 } // namespace
 
-ProcUdpPortHolder::ProcUdpPortHolder(fs::path root)
-    : m_root(std::move(root))
-{
-}
-
-std::vector<PortHolder> ProcUdpPortHolder::holdersOf(std::uint16_t port) const
+std::vector<PortHolder> udpPortHolders(std::uint16_t port, const fs::path& root)
 {
     std::set<std::string> sockets;
-    addSockets(m_root / "net/udp", port, sockets);
-    addSockets(m_root / "net/udp6", port, sockets);
+    addSockets(root / "net/udp", port, sockets);
+    addSockets(root / "net/udp6", port, sockets);
     std::vector<PortHolder> holders;
     if (sockets.empty())
         return holders;
     std::error_code error;
-    for (fs::directory_iterator entry(m_root, error), end; !error && entry != end; entry.increment(error)) {
+    for (fs::directory_iterator entry(root, error), end; !error && entry != end; entry.increment(error)) {
         int id = 0;
         if (parseWhole(entry->path().filename().string(), id) && holdsOneOf(sockets, entry->path()))
             holders.push_back({programName(entry->path()), id});

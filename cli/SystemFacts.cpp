@@ -1,10 +1,9 @@
-#include "cli/SystemFacts.h"
+#include "cli/SystemProbes.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
 
 namespace companion::cli {
 

@@ -57,12 +57,12 @@ std::string touchLine(double milliseconds, std::string_view datagram, const UdpS
 
 } // namespace
 
-std::string whyNoTouchesCanBeHeard(const std::string& error, const UdpPortHolder& portHolder)
+std::string whyNoTouchesCanBeHeard(const std::string& error, const Probes& probes)
 {
     const std::string port = "UDP port " + std::to_string(touchPort);
     if (!saysPortIsTaken(error))
         return port + ": " + error;
-    return port + " is held by " + holdersText(portHolder.holdersOf(touchPort));
+    return port + " is held by " + holdersText(probes.udpPortHolders(touchPort));
 }
 
 TouchesCommand::TouchesCommand(const Tools& tools, Request request)
@@ -98,10 +98,7 @@ void TouchesCommand::begin(const PanelFinder::Found& found)
         return;
     }
     if (m_request.time)
-        m_tools.search.mainQueue.after(*m_request.time, [weak = std::weak_ptr(m_self)] {
-            if (const auto self = weak.lock())
-                (*self)->timeOut();
-        });
+        m_tools.search.mainQueue.after(*m_request.time, [this] { timeOut(); });
     m_tools.output.complain("listening for touches on UDP port " + std::to_string(touchPort));
 }
 
@@ -123,7 +120,7 @@ std::optional<Result> TouchesCommand::listen()
         error = m_socket->beginReceiving();
     if (!error)
         return std::nullopt;
-    return Result{ExitStatus::network, whyNoTouchesCanBeHeard(*error, m_tools.portHolder), {}};
+    return Result{ExitStatus::network, whyNoTouchesCanBeHeard(*error, m_tools.search.probes), {}};
 }
 
 void TouchesCommand::udpSocketDidReceiveData(

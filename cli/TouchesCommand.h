@@ -19,7 +19,7 @@ namespace companion::cli {
 constexpr std::uint16_t touchPort = 41863;
 
 /// "UDP port 41863 is held by socat (process 123)", or the system's words for another failure to listen there.
-std::string whyNoTouchesCanBeHeard(const std::string& error, const UdpPortHolder& portHolder);
+std::string whyNoTouchesCanBeHeard(const std::string& error, const Probes& probes);
 
 /// `touches`: prints what arrives, keeps it in a file where that is wanted, and ends with a summary. Main thread only.
 class TouchesCommand : public Command, private AsyncUdpSocketDelegate {
@@ -27,7 +27,6 @@ public:
     struct Tools {
         PanelSearch search;
         AsyncUdpSocketFactory& sockets;
-        const UdpPortHolder& portHolder;
         Output& output;
     };
 
@@ -69,7 +68,6 @@ private:
     TouchStatistics m_statistics;
     std::optional<std::chrono::steady_clock::time_point> m_first;
     std::unique_ptr<AsyncUdpSocket> m_socket;
-    std::shared_ptr<TouchesCommand*> m_self = std::make_shared<TouchesCommand*>(this);
 };
 
 } // namespace companion::cli

@@ -15,7 +15,7 @@ using ::testing::IsEmpty;
 
 class TouchesCommandTest : public CommandTest {
 protected:
-    TouchesCommand::Tools tools() { return {search(), sockets, portHolder, output}; }
+    TouchesCommand::Tools tools() { return {search(), sockets, output}; }
 
     void deliver(std::string_view datagram, std::chrono::microseconds later = 0us,
         const std::string& from = "192.168.1.20")
@@ -99,7 +99,7 @@ TEST_F(TouchesCommandTest, TimeThatIsOverAfterATouchIsDone)
 TEST_F(TouchesCommandTest, PortThatIsTakenIsStatus4WithItsHolder)
 {
     sockets.bindError = "Address already in use";
-    portHolder.holders = {{"socat", 123}, {"nc", 45}};
+    portHolders = {{"socat", 123}, {"nc", 45}};
     TouchesCommand command(tools(), {.recording = "/nonexistent/never-opened"});
     start(command);
     EXPECT_EQ(resultText(), "4 UDP port 41863 is held by socat (process 123) and nc (process 45)");
@@ -107,9 +107,9 @@ TEST_F(TouchesCommandTest, PortThatIsTakenIsStatus4WithItsHolder)
 
 TEST_F(TouchesCommandTest, HolderThatIsNotToBeKnownAndOtherErrorsAreTold)
 {
-    EXPECT_EQ(whyNoTouchesCanBeHeard("Address already in use", portHolder),
+    EXPECT_EQ(whyNoTouchesCanBeHeard("Address already in use", probes),
         "UDP port 41863 is held by a program that this user may not see");
-    EXPECT_EQ(whyNoTouchesCanBeHeard("Permission denied", portHolder), "UDP port 41863: Permission denied");
+    EXPECT_EQ(whyNoTouchesCanBeHeard("Permission denied", probes), "UDP port 41863: Permission denied");
 }
 
 class RecordingTest : public TouchesCommandTest {

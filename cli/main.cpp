@@ -65,9 +65,5 @@ int main(int argc, char** argv)
     }
 
     QCoreApplication application(argc, argv);
-    Panelctl panelctl(std::get<Options>(parsed));
-    const int status = panelctl.run();
-    if (panelctl.hasLeftThreadsBehind())
-        _exit(status);
-    return status;
+    return runCommand(std::get<Options>(parsed));
 }

@@ -20,20 +20,6 @@ namespace companion::cli::testing {
 using namespace companion::testing;
 using namespace std::chrono_literals;
 
-class FakeMdnsDaemon : public MdnsDaemon {
-public:
-    MdnsDaemonFacts look(std::chrono::milliseconds) override { return facts; }
-
-    MdnsDaemonFacts facts{MdnsDaemonState::running, "avahi 0.8"};
-};
-
-class FakeUdpPortHolder : public UdpPortHolder {
-public:
-    std::vector<PortHolder> holdersOf(std::uint16_t) const override { return holders; }
-
-    std::vector<PortHolder> holders;
-};
-
 /// A computer and a network that exist only in the test, and what came of the command.
 class CommandTest : public ::testing::Test {
 protected:
@@ -45,7 +31,7 @@ protected:
         });
     }
 
-    PanelSearch search() { return {browsers, daemon, queue}; }
+    PanelSearch search() { return {browsers, probes, queue}; }
     PanelRequestHost host() { return {session, addresses, rule, console}; }
 
     /// "1 192.168.1.20 says that it is busy", "none yet".
@@ -57,14 +43,26 @@ protected:
     Transcript transcript;
     FakeMainQueue queue;
     FakeServiceBrowserFactory browsers{transcript};
-    FakeMdnsDaemon daemon;
+    MdnsDaemonFacts daemon{MdnsDaemonState::running, "avahi 0.8"};
+    std::vector<PortHolder> portHolders;
+    std::string tcpError;
+    const Probes probes{[this](auto) { return daemon; }, [this](auto) { return portHolders; },
+        [this](const auto& panels, const auto& ports, auto) {
+            std::vector<PortAnswer> answers;
+            for (const std::string& address : panels)
+                for (const std::uint16_t port : ports)
+                    answers.push_back({address, port, tcpError});
+            return answers;
+        },
+        [](auto) {
+            return DisplayFacts{DisplayFacts::X::usable, ":1", ""};
+        }};
     FakeHttpSession inner;
     ObservedHttpSession session{inner};
     FakeInterfaceAddresses addresses;
     FakeInterfaceNameRule rule;
     FakeConsole console{transcript};
     FakeAsyncUdpSocketFactory sockets{transcript};
-    FakeUdpPortHolder portHolder;
     FakeOutput output;
     std::chrono::steady_clock::time_point now{1'000'003us};
     std::optional<Result> result;

@@ -1,4 +1,3 @@
-#include "cli/BoundedCalls.h"
 #include "cli/SystemProbes.h"
 
 #include <arpa/inet.h>
@@ -11,7 +10,6 @@
 namespace companion::cli::testing {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
 
 /// A folder as /proc is, with sockets on port 41863 (A387) and others.
 class ProcUdpPortHolderTest : public ::testing::Test {
@@ -45,10 +43,7 @@ protected:
         fs::create_symlink(socket, root / id / "fd/5");
     }
 
-    std::string holders(std::uint16_t port) const
-    {
-        return holdersText(ProcUdpPortHolder(root).holdersOf(port));
-    }
+    std::string holders(std::uint16_t port) const { return holdersText(udpPortHolders(port, root)); }
 
     const std::string columns =
         "  sl  local_address rem_address   st tx_queue rx_queue tr tm->when retrnsmt   uid\n";
@@ -67,14 +62,14 @@ TEST_F(ProcUdpPortHolderTest, HoldersOverIPv4AndIPv6AreFoundByTheirOpenFiles)
 
 TEST_F(ProcUdpPortHolderTest, HolderThatIsNotToBeSeenIsNobody)
 {
-    EXPECT_TRUE(ProcUdpPortHolder(root).holdersOf(41863).empty());
-    EXPECT_TRUE(ProcUdpPortHolder("/nonexistent").holdersOf(41863).empty());
+    EXPECT_TRUE(udpPortHolders(41863, root).empty());
+    EXPECT_TRUE(udpPortHolders(41863, "/nonexistent").empty());
 }
 
 TEST_F(ProcUdpPortHolderTest, TablesThatAreCutOffAreRead)
 {
     write("net/udp", columns + "    1: 00000000:A387 00000\n\nnonsense\n 2: :A387");
-    EXPECT_TRUE(ProcUdpPortHolder(root).holdersOf(41863).empty());
+    EXPECT_TRUE(udpPortHolders(41863, root).empty());
 }
 
 TEST(ProcUdpPortHolderOfThisSystemTest, OwnSocketIsOurs)
@@ -86,34 +81,10 @@ TEST(ProcUdpPortHolderOfThisSystemTest, OwnSocketIsOurs)
     socklen_t size = sizeof address;
     ASSERT_EQ(bind(fd, reinterpret_cast<sockaddr*>(&address), size), 0);
     getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size);
-    const auto holders = ProcUdpPortHolder().holdersOf(ntohs(address.sin_port));
+    const auto holders = udpPortHolders(ntohs(address.sin_port));
     close(fd);
     ASSERT_EQ(holders.size(), 1U);
     EXPECT_EQ(holders.front().processId, getpid());
-}
-
-TEST(BoundedCallsTest, CallThatIsOverInTimeLeavesNothingBehind)
-{
-    BoundedCalls calls;
-    EXPECT_EQ(calls.call(10s, [] { return 41; }), 41);
-    EXPECT_FALSE(calls.hasLeftThreadsBehind());
-}
-
-TEST(BoundedCallsTest, CallThatIsNotOverInTimeIsLeftBehind)
-{
-    BoundedCalls calls;
-    auto end = std::make_shared<std::promise<void>>();
-    const auto ended = std::make_shared<std::promise<void>>();
-    EXPECT_EQ(calls.call(20ms,
-                  [end, ended] {
-                      end->get_future().wait();
-                      ended->set_value();
-                      return 41;
-                  }),
-        std::nullopt);
-    EXPECT_TRUE(calls.hasLeftThreadsBehind());
-    end->set_value();
-    ended->get_future().wait();
 }
 
 } // namespace companion::cli::testing
