@@ -1,10 +1,11 @@
 #include "simulator/Announcer.h"
 
-#include "simulator/NetworkAddress.h"
+#include "platform/posix/PosixInterfaceAddresses.h"
 
 #include <QDBusError>
 #include <QDBusMetaType>
 
+#include <net/if.h>
 #include <utility>
 
 namespace companion::simulator {
@@ -28,6 +29,17 @@ constexpr int anyProtocol = -1;
 
 constexpr auto retryInterval = 1s;
 constexpr int withdrawTimeoutMs = 500;
+
+/// The index of the interface that has this address; -1, which to Avahi means all interfaces, if none has.
+int interfaceOf(const std::string& ipv4)
+{
+    std::string name = ipv4.starts_with("127.") ? "lo" : ""; // which lists only one address of 127.0.0.0/8
+    for (const auto& entry : PosixInterfaceAddresses().list().value_or(std::vector<InterfaceAddress>()))
+        if (entry.address && entry.address->text == ipv4)
+            name = entry.interfaceName;
+    const unsigned index = if_nametoindex(name.c_str());
+    return index > 0 ? static_cast<int>(index) : -1;
+}
 
 } // namespace
 

@@ -1,6 +1,5 @@
 #include "simulator/Page.h"
 
-#include "simulator/BrowserSafety.h"
 #include "simulator/PanelState.h"
 
 #include <QFile>
@@ -79,27 +78,18 @@ FileBody openRegularFile(const std::string& path)
     return {file, static_cast<std::uint64_t>(information.st_size)};
 }
 
-std::string_view pictureTypeOf(const FileBody& body)
-{
-    std::array<char, pictureTypeBytes> bytes{};
-    const ssize_t count = pread(fileno(body.file.get()), bytes.data(), bytes.size(), 0);
-    return pictureType({bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))});
-}
-
 /// Only names that the panel itself has assigned are looked for, so none leads out of the folder.
 Answer pictureAnswer(const PanelState& state, const std::string& folder, const std::string& storedName)
 {
     const auto uploads = state.snapshot().uploads;
-    const bool isStored = std::any_of(uploads.begin(), uploads.end(), [&](const UploadRecord& upload) {
-        return !upload.storedName.empty() && upload.storedName == storedName;
-    });
-    const FileBody body = isStored ? openRegularFile(folder + "/" + storedName) : FileBody();
+    const auto upload = std::find_if(uploads.begin(), uploads.end(),
+        [&](const UploadRecord& each) { return !each.storedName.empty() && each.storedName == storedName; });
+    const FileBody body = upload != uploads.end() ? openRegularFile(folder + "/" + storedName) : FileBody();
     if (!body.file)
         return lineAnswer(404, "there is no such upload");
-    const std::string_view type = pictureTypeOf(body);
-    if (type.empty())
+    if (upload->pictureType.empty())
         return lineAnswer(415, "this upload is no picture");
-    return {200, body, std::string(type), pictureFields()};
+    return {200, body, upload->pictureType, pictureFields()};
 }
 
 } // namespace

@@ -43,9 +43,8 @@ const std::string& usableFolder(const std::string& folder)
 Panel::Panel(const Options& options, std::optional<Gesture> recording)
     : m_state(startOf(options))
     , m_touches(m_state, options.address, options.touchPort)
-    , m_replay(m_state, m_touches, m_log, std::move(recording))
-    , m_touchControl(m_state, m_touches, m_replay)
-    , m_servicePort(m_state, m_log, m_touchControl, m_replay, options.uploads)
+    , m_touchControl(m_state, m_touches, m_log, std::move(recording))
+    , m_servicePort(m_state, m_log, m_touchControl, options.uploads)
     , m_uploadFolder(usableFolder(options.uploads))
     , m_service(options.address, options.servicePort,
           [this](const Request& request) {

@@ -4,7 +4,6 @@
 #include "simulator/HttpServer.h"
 #include "simulator/Options.h"
 #include "simulator/PanelState.h"
-#include "simulator/Replay.h"
 #include "simulator/ServicePort.h"
 #include "simulator/TouchControl.h"
 #include "simulator/TouchSender.h"
@@ -28,7 +27,6 @@ private:
     EventLog m_log;
     PanelState m_state;
     TouchSender m_touches;
-    Replay m_replay;
     TouchControl m_touchControl;
     ServicePort m_servicePort;
     const std::string m_uploadFolder;

@@ -39,7 +39,7 @@ struct UploadRecord {
     std::string filetype;    ///< the header field, "" if missing
     std::string contentType; ///< of the part
     std::string sha256;      ///< lower-case hexadecimal digits
-    bool isPicture = false;  ///< judged by its first bytes
+    std::string pictureType; ///< its media type, judged by its first bytes; "" if it is no picture
     std::uint64_t size = 0;
     std::int64_t time = 0; ///< milliseconds since 1970
     std::string from;      ///< the sender's address

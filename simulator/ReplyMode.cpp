@@ -67,62 +67,35 @@ std::optional<ReplyMode> parseUndelayed(std::string_view text)
     return std::nullopt;
 }
 
-std::string undelayedDescription(const ReplyMode& mode)
-{
-    if (mode.kind == Kind::Text)
-        return "text " + mode.text;
-    if (mode.kind == Kind::Huge)
-        return "huge " + std::to_string(mode.number);
-    if (mode.kind == Kind::Status)
-        return "status " + std::to_string(mode.number) + (mode.text.empty() ? "" : " " + mode.text);
-    for (const auto& [name, kind] : plainKinds)
-        if (kind == mode.kind)
-            return std::string(name);
-    return {};
-}
-
 } // namespace
 
 std::optional<ReplyMode> ReplyMode::parse(std::string_view text)
 {
     text = trimmed(text);
     std::string_view rest = text;
-    if (takeWord(rest) != "delay")
-        return parseUndelayed(text);
-    const auto delay = parseCount(takeWord(rest), maxDelayMs);
-    auto mode = rest.empty() ? std::optional(ReplyMode()) : parseUndelayed(rest);
+    const bool isDelayed = takeWord(rest) == "delay";
+    const auto delay = isDelayed ? parseCount(takeWord(rest), maxDelayMs) : 0;
+    auto mode = parseUndelayed(!isDelayed ? text : rest.empty() ? "ok" : rest);
     if (!delay || !mode)
         return std::nullopt;
     mode->delay = std::chrono::milliseconds(*delay);
+    mode->description = text;
     return mode;
-}
-
-std::string ReplyMode::description() const
-{
-    const std::string prefix = delay.count() > 0 ? "delay " + std::to_string(delay.count()) + " " : "";
-    return prefix + undelayedDescription(*this);
 }
 
 std::optional<UploadMode> UploadMode::parse(std::string_view text)
 {
     text = trimmed(text);
+    const std::string description(text);
     for (const auto& [name, kind] : plainUploadKinds)
         if (text == name)
-            return UploadMode{kind};
+            return UploadMode{kind, 0, description};
     if (takeWord(text) != "status")
         return std::nullopt;
     const auto status = parseStatus(takeWord(text));
     if (!status || (!text.empty() && text != "early"))
         return std::nullopt;
-    return UploadMode{text.empty() ? Kind::Status : Kind::StatusEarly, *status};
-}
-
-std::string UploadMode::description() const
-{
-    for (const auto& [name, named] : plainUploadKinds)
-        if (named == kind)
-            return std::string(name);
-    return "status " + std::to_string(status) + (kind == Kind::StatusEarly ? " early" : "");
+    return UploadMode{text.empty() ? Kind::Status : Kind::StatusEarly, *status, description};
 }
 
 } // namespace companion::simulator

@@ -28,15 +28,11 @@ struct ReplyMode {
     std::uint64_t number = 0;
     std::string text{};
     std::chrono::milliseconds delay{0}; ///< before the answer
+    std::string description = "ok";     ///< in the form that `parse` reads
 
     /// "ok", "cast-off", "busy", "text TEXT", "status N [TEXT]", "silence", "close", "invalid", "cut", "huge N",
     /// "endless", each with or without "delay MS" before it; "delay MS" alone is "delay MS ok".
     static std::optional<ReplyMode> parse(std::string_view text);
-
-    /// In the form that `parse` reads.
-    std::string description() const;
-
-    bool operator==(const ReplyMode&) const = default;
 };
 
 /// How an upload is answered from now on.
@@ -54,12 +50,10 @@ struct UploadMode {
 
     Kind kind = Kind::Ok;
     unsigned status = 0;
+    std::string description = "ok"; ///< in the form that `parse` reads
 
     /// "ok", "status N", "status N early", "reset", "cut", "silence", "slow", "disk-full".
     static std::optional<UploadMode> parse(std::string_view text);
-    std::string description() const;
-
-    bool operator==(const UploadMode&) const = default;
 };
 
 } // namespace companion::simulator

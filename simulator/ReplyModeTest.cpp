@@ -15,18 +15,24 @@ TEST(ReplyModeTest, EveryModeReadsItsOwnDescription)
             "close", "invalid", "cut", "huge 10", "endless", "delay 250 ok", "delay 1 text Device is busy"}) {
         const auto mode = ReplyMode::parse(text);
         ASSERT_TRUE(mode) << text;
-        EXPECT_EQ(mode->description(), text);
+        EXPECT_EQ(mode->description, text);
     }
 }
 
 TEST(ReplyModeTest, DelayAloneIsADelayedOk)
 {
-    EXPECT_EQ(ReplyMode::parse("delay 250"), (ReplyMode{Kind::Ok, 0, "", 250ms}));
+    const auto mode = ReplyMode::parse("delay 250");
+    ASSERT_TRUE(mode);
+    EXPECT_EQ(mode->kind, Kind::Ok);
+    EXPECT_EQ(mode->delay, 250ms);
 }
 
 TEST(ReplyModeTest, SurroundingBlanksAndLineEndsAreIgnored)
 {
-    EXPECT_EQ(ReplyMode::parse(" busy\r\n"), ReplyMode{Kind::Busy});
+    const auto mode = ReplyMode::parse(" busy\r\n");
+    ASSERT_TRUE(mode);
+    EXPECT_EQ(mode->kind, Kind::Busy);
+    EXPECT_EQ(mode->description, "busy");
 }
 
 TEST(ReplyModeTest, StatusGoesFrom200To599)
@@ -50,7 +56,7 @@ TEST(UploadModeTest, EveryModeReadsItsOwnDescription)
         {"ok", "status 500", "status 413 early", "reset", "cut", "silence", "slow", "disk-full"}) {
         const auto mode = UploadMode::parse(text);
         ASSERT_TRUE(mode) << text;
-        EXPECT_EQ(mode->description(), text);
+        EXPECT_EQ(mode->description, text);
     }
 }
 

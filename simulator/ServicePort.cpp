@@ -6,7 +6,6 @@
 #include "simulator/InstanceName.h"
 #include "simulator/Page.h"
 #include "simulator/PanelState.h"
-#include "simulator/Replay.h"
 #include "simulator/StateJson.h"
 #include "simulator/Text.h"
 #include "simulator/TouchControl.h"
@@ -113,11 +112,10 @@ std::string excerpt(std::string_view text)
 
 } // namespace
 
-ServicePort::ServicePort(
-    PanelState& state, EventLog& log, TouchControl& touches, Replay& replay, std::string uploads)
+ServicePort::ServicePort(PanelState& state, EventLog& log, TouchControl& touches, std::string uploads)
     : m_state(state)
     , m_log(log)
-    , m_replay(replay)
+    , m_touches(touches)
     , m_uploads(std::move(uploads))
     , m_routes{
           {"/pingServerWithIP", "GET", std::bind_front(&ServicePort::ping, this)},
@@ -171,7 +169,7 @@ Outcome ServicePort::switchTouchback(const Request& request, const std::string&)
     m_log.write((target.enabled ? "touches go to " : "no more touches to ") + *ip
         + (target.isHDMI ? " (cable)" : " (cast)"));
     if (isNewReceiver)
-        m_replay.touchbackTurnedOn();
+        m_touches.touchbackTurnedOn();
     return chosenOutcome(request, m_state, PanelRequest::Touchback);
 }
 
@@ -197,7 +195,7 @@ Outcome ServicePort::setReply(const Request&, const std::string& body)
     if (!mode)
         return lineAnswer(400, "unknown reply " + excerpt(text));
     m_state.setReply(request, *mode);
-    const std::string line = std::string(name) + ": " + mode->description();
+    const std::string line = std::string(name) + ": " + mode->description;
     m_log.write("replies from now on: " + line);
     return lineAnswer(200, printable(line));
 }
@@ -208,8 +206,8 @@ Outcome ServicePort::setUploadReply(const Request&, const std::string& body)
     if (!mode)
         return lineAnswer(400, "unknown upload reply " + excerpt(body));
     m_state.setUploadReply(*mode);
-    m_log.write("uploads from now on: " + mode->description());
-    return lineAnswer(200, "upload: " + mode->description());
+    m_log.write("uploads from now on: " + mode->description);
+    return lineAnswer(200, "upload: " + mode->description);
 }
 
 } // namespace companion::simulator

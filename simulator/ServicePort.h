@@ -8,7 +8,6 @@ namespace companion::simulator {
 
 class EventLog;
 class PanelState;
-class Replay;
 class TouchControl;
 
 /// Answers everything on the service port: the three requests of the panel service, the control interface below
@@ -16,7 +15,7 @@ class TouchControl;
 class ServicePort {
 public:
     /// `uploads` is the folder that keeps uploads; "" if none does.
-    ServicePort(PanelState& state, EventLog& log, TouchControl& touches, Replay& replay, std::string uploads);
+    ServicePort(PanelState& state, EventLog& log, TouchControl& touches, std::string uploads);
 
     Outcome answer(const Request& request, const std::string& body);
 
@@ -36,7 +35,7 @@ private:
 
     PanelState& m_state;
     EventLog& m_log;
-    Replay& m_replay;
+    TouchControl& m_touches;
     const std::string m_uploads;
     const std::vector<Route> m_routes;
 };

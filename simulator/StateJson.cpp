@@ -33,7 +33,7 @@ static void to_json(Json& json, const UploadRecord& upload)
     json = {{"storedName", upload.storedName}, {"fileName", upload.fileName},
         {"srcfilename", upload.srcfilename}, {"filetype", upload.filetype},
         {"contentType", upload.contentType}, {"size", upload.size}, {"sha256", upload.sha256},
-        {"picture", upload.isPicture}, {"time", upload.time}, {"from", upload.from}};
+        {"picture", !upload.pictureType.empty()}, {"time", upload.time}, {"from", upload.from}};
 }
 
 static void to_json(Json& json, const ReplayState& replay)
@@ -44,11 +44,11 @@ static void to_json(Json& json, const ReplayState& replay)
 static Json replyJson(const PanelSnapshot& state)
 {
     const auto description = [&state](PanelRequest request) {
-        return state.replies[static_cast<std::size_t>(request)].description();
+        return state.replies[static_cast<std::size_t>(request)].description;
     };
     return {{"heartbeat", description(PanelRequest::Heartbeat)},
         {"touchback", description(PanelRequest::Touchback)}, {"trigger", description(PanelRequest::Trigger)},
-        {"upload", state.uploadReply.description()}};
+        {"upload", state.uploadReply.description}};
 }
 
 std::string stateJson(const PanelSnapshot& state)

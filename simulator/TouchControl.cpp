@@ -1,8 +1,8 @@
 #include "simulator/TouchControl.h"
 
+#include "simulator/EventLog.h"
 #include "simulator/PanelState.h"
 #include "simulator/Recording.h"
-#include "simulator/Replay.h"
 #include "simulator/Text.h"
 
 #include <utility>
@@ -69,11 +69,24 @@ std::optional<Answer> refusalFor(StrokeOrder::Verdict verdict)
 
 } // namespace
 
-TouchControl::TouchControl(PanelState& state, TouchSender& touches, Replay& replay)
+TouchControl::TouchControl(
+    PanelState& state, TouchSender& touches, EventLog& log, std::optional<Gesture> recording)
     : m_state(state)
     , m_touches(touches)
-    , m_replay(replay)
+    , m_log(log)
+    , m_recording(std::move(recording))
 {
+    if (m_recording)
+        m_state.setReplay({m_recording->size(), /*isPlaying=*/false});
+}
+
+void TouchControl::touchbackTurnedOn()
+{
+    if (!m_recording)
+        return;
+    Gesture delayed = *m_recording;
+    delayed.front().pause += headStart;
+    startRecording(std::move(delayed));
 }
 
 Outcome TouchControl::playGesture(const Request& request, const std::string& body)
@@ -88,15 +101,36 @@ Outcome TouchControl::playGesture(const Request& request, const std::string& bod
 
 Outcome TouchControl::playRecording(const Request& request, const std::string& body)
 {
-    if (body.empty() && !m_replay.hasRecording())
+    if (body.empty() && !m_recording)
         return lineAnswer(400, "there is no recording: send one, or start with --replay FILE");
-    auto recording = body.empty() ? m_replay.recording() : parseRecording(body);
+    auto recording = body.empty() ? *m_recording : parseRecording(body);
     if (const auto* problem = std::get_if<std::string>(&recording))
         return lineAnswer(400, *problem);
     if (!m_state.touchReceiver())
         return nobodyAsked();
-    const auto playback = m_replay.start(std::move(std::get<Gesture>(recording)));
+    const auto playback = startRecording(std::move(std::get<Gesture>(recording)));
     return playback ? outcomeOf(request, *playback) : recordingIsPlayed();
+}
+
+/// Nothing while another recording is being played.
+std::optional<Playback> TouchControl::startRecording(Gesture recording)
+{
+    const std::lock_guard lock(m_startingRecording);
+    if (m_state.isReplaying())
+        return std::nullopt;
+    const std::size_t size = recording.size();
+    const auto ended = [&state = m_state, &log = m_log, size](const PlaybackResult& result) {
+        state.setReplay({size, /*isPlaying=*/false});
+        log.write("replay ended: " + datagramCount(result.sent) + " sent"
+            + (result.problem.empty() ? "" : ", then " + result.problem));
+    };
+    // Set and logged first, since the sender's thread may report the end at once.
+    m_state.setReplay({size, /*isPlaying=*/true});
+    m_log.write("replay of " + datagramCount(size) + " begins");
+    auto playback = m_touches.play(std::move(recording), ended);
+    if (!playback.valid())
+        ended({0, /*isRefused=*/true, "too many gestures are waiting"});
+    return playback;
 }
 
 Outcome TouchControl::playStroke(const Request& request, const std::string& body)

@@ -207,7 +207,7 @@ void UploadExchange::store()
         return;
     }
     m_record.sha256 = m_hash.result().toHex().toStdString();
-    m_record.isPicture = !pictureType(m_firstBytes).empty();
+    m_record.pictureType = pictureType(m_firstBytes);
     m_record.time = nowMs();
     const std::string size = ", " + std::to_string(m_record.size) + " bytes, from " + m_record.from;
     m_log.write(m_record.storedName.empty() ? "upload \"" + offeredName() + "\" counted" + size

@@ -1,9 +1,9 @@
 #include "platform/posix/BlockedSignals.h"
+#include "platform/posix/RoutedInterfaceName.h"
 #include "platform/posix/SignalDescriptor.h"
 #include "platform/posix/StandardDescriptors.h"
 #include "platform/Text.h"
 #include "platform/Version.h"
-#include "simulator/NetworkAddress.h"
 #include "simulator/Options.h"
 #include "simulator/Panel.h"
 #include "simulator/Recording.h"
@@ -40,7 +40,9 @@ int run(QCoreApplication& application, Options options, std::optional<Gesture> r
     const QSocketNotifier notifier(termination.fd(), QSocketNotifier::Read);
     QObject::connect(&notifier, &QSocketNotifier::activated, &application, &QCoreApplication::quit);
     if (options.address.empty())
-        options.address = defaultAddress();
+        options.address = sourceAddressTowards(internetAddress);
+    if (options.address.empty())
+        options.address = "127.0.0.1";
     std::optional<Panel> panel;
     {
         const BlockedSignals mainThreadOnly;

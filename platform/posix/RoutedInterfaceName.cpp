@@ -12,27 +12,6 @@ namespace companion {
 
 namespace {
 
-/// For documentation only (RFC 5737), so it is routed as any other address of the internet is.
-constexpr auto internetAddress = "192.0.2.1";
-
-/// The source address of packets to `destination`, "" without a route. Connecting a UDP socket looks the route up and sends
-/// nothing, so any port will do.
-std::string sourceAddressTowards(const std::string& destination)
-{
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(9);
-    if (inet_pton(AF_INET, destination.c_str(), &address.sin_addr) != 1)
-        return "";
-    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    socklen_t length = sizeof address;
-    const bool isRouted = connect(descriptor, reinterpret_cast<const sockaddr*>(&address), length) == 0
-        && getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length) == 0;
-    close(descriptor);
-    std::array<char, INET_ADDRSTRLEN> text{};
-    return isRouted ? inet_ntop(AF_INET, &address.sin_addr, text.data(), text.size()) : "";
-}
-
 std::string interfaceRoutedTo(const std::string& destination)
 {
     const std::string source = sourceAddressTowards(destination);
@@ -47,6 +26,23 @@ std::string interfaceRoutedTo(const std::string& destination)
 }
 
 } // namespace
+
+std::string sourceAddressTowards(const std::string& destination)
+{
+    // Connecting a UDP socket looks the route up and sends nothing, so any port will do.
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(9);
+    if (inet_pton(AF_INET, destination.c_str(), &address.sin_addr) != 1)
+        return "";
+    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    socklen_t length = sizeof address;
+    const bool isRouted = connect(descriptor, reinterpret_cast<const sockaddr*>(&address), length) == 0
+        && getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &length) == 0;
+    close(descriptor);
+    std::array<char, INET_ADDRSTRLEN> text{};
+    return isRouted ? inet_ntop(AF_INET, &address.sin_addr, text.data(), text.size()) : "";
+}
 
 RoutedInterfaceName::RoutedInterfaceName(std::optional<std::string> chosenName)
     : m_chosenName(std::move(chosenName))

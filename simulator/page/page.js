@@ -89,7 +89,7 @@ function showFaults(reply) {
   for (const fault of FAULTS)
     for (const button of fault.buttons) {
       const mode = button.dataset.mode;
-      const isChosen = reply[fault.key] === mode || reply[fault.key] === `${mode} ok`;
+      const isChosen = reply[fault.key] === mode;
       button.setAttribute("aria-pressed", String(isChosen));
     }
 }
