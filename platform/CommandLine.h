@@ -31,8 +31,8 @@ CommandLineOption textOption(std::string name, std::string valueName, std::strin
 }
 
 struct ParsedCommandLine {
-    bool wantsHelp = false;    ///< "--help" or "-h", which every program has
-    bool wantsVersion = false; ///< "--version", likewise
+    bool wantsHelp = false;                ///< "--help" or "-h", which every program has
+    bool wantsVersion = false;             ///< "--version", likewise
     std::vector<std::string> givenOptions; ///< "--panel", as often as it was given
     std::vector<std::string> operands;
     std::optional<std::string> problem; ///< One printable line without its line end.
