@@ -5,6 +5,7 @@
 #include "platform/posix/FatalErrorLog.h"
 #include "platform/posix/StandardDescriptors.h"
 #include "platform/Version.h"
+#include "translations/Language.h"
 #include "ui/Accessibility.h"
 #include "ui/FocusRing.h"
 #include "ui/Theme.h"
@@ -52,6 +53,7 @@ int main(int argc, char** argv)
     QApplication::setDesktopFileName(QStringLiteral("arpa.home.PanelCompanion"));
     AppDelegate delegate;
     QApplication::setQuitOnLastWindowClosed(delegate.applicationShouldTerminateAfterLastWindowClosed());
+    useDesktopLanguage(application);
     Theme::applyColors(application);
     installAccessibility();
     installFocusRing();

@@ -61,10 +61,11 @@ platform/curl    platform platform/posix
 platform/dbus    platform
 platform/portal  platform
 platform/posix   platform
-platform/qt      platform platform/posix
+platform/qt      platform platform/posix translations
 platform/wayland platform
 platform/x11     platform
-ui               platform views discovery dashboard
+translations
+ui               platform views discovery dashboard translations
 simulator        platform platform/avahi platform/posix
 cli              platform platform/avahi platform/curl platform/posix platform/qt panel discovery touchback
 app              *
@@ -171,7 +172,7 @@ own_header_not_first() {
 check_headers() {
     check "every source includes its own header first" own_header_not_first
     check "Qt's headers stay in adapters and widgets" \
-        foreign_headers 'Q[A-Z]|Qt' 'platform/(qt|avahi|dbus|portal|wayland|x11)|ui|app|cli|simulator'
+        foreign_headers 'Q[A-Z]|Qt' 'platform/(qt|avahi|dbus|portal|wayland|x11)|translations|ui|app|cli|simulator'
     check "X11's headers stay in their adapter and panelctl's probe" foreign_headers '(X11|xcb)/' 'platform/x11|cli'
     check "Wayland's headers stay in their adapter and panelctl's probe" foreign_headers 'wayland-' 'platform/wayland|cli'
     check "libcurl's headers stay in their adapter" foreign_headers 'curl/' 'platform/curl'

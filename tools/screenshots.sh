@@ -9,7 +9,7 @@ trap 'rm -rf "$fresh"' EXIT
 
 # The pictures are to look alike wherever they are made.
 export QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8
-unset QT_SCALE_FACTOR QT_STYLE_OVERRIDE QT_QPA_PLATFORMTHEME
+unset LANGUAGE QT_SCALE_FACTOR QT_STYLE_OVERRIDE QT_QPA_PLATFORMTHEME
 
 tools/fetch-fonts.sh
 if [[ ! -f build/fonts/Poppins-Regular.ttf ]]; then

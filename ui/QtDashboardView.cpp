@@ -1,6 +1,7 @@
 #include "ui/QtDashboardView.h"
 
 #include "platform/FatalError.h"
+#include "translations/Language.h"
 #include "ui/Accessibility.h"
 #include "ui/QtDevicesListView.h"
 #include "ui/QtSettingsView.h"
@@ -167,8 +168,7 @@ void QtDashboardView::resizeEvent(QResizeEvent*)
 
 void QtDashboardView::setDeviceStatus(const std::string& text)
 {
-    m_scene->deviceStatusLabel->setText(
-        QString::fromStdString(text)); // which screen readers are told of by itself
+    m_scene->deviceStatusLabel->setText(shown(text)); // which screen readers are told of by itself
 }
 
 QString QtDashboardView::touchText(TouchState state, const QString& sender)
@@ -201,7 +201,7 @@ void QtDashboardView::setTouchState(TouchState state, const std::string& sender)
 
 void QtDashboardView::setTouchObstacle(const std::string& sentence)
 {
-    m_touchObstacle = QString::fromStdString(sentence);
+    m_touchObstacle = shown(sentence);
     showTouchText();
 }
 
@@ -256,7 +256,8 @@ void QtDashboardView::setFilesWaiting(std::size_t count, const std::string& firs
                           .arg(label.fontMetrics().elidedText(
                               QString::fromStdString(firstName), Qt::ElideMiddle, widestFileName)));
     else
-        label.setText(tr("%1 files will be sent to the panel that you pick.").arg(count));
+        label.setText(
+            tr("%n files will be sent to the panel that you pick.", nullptr, static_cast<int>(count)));
 }
 
 void QtDashboardView::presentDevicesList(DevicesListViewController&)

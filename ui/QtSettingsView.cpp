@@ -11,7 +11,7 @@ namespace companion {
 
 namespace {
 
-constexpr int viewWidth = 360; // that of the list of panels
+constexpr int smallestWidth = 360; // that of the list of panels
 
 } // namespace
 
@@ -21,7 +21,7 @@ QtSettingsView::QtSettingsView(QWidget* parent)
 {
     m_scene->setupUi(this);
     setBackgroundColor(Qt::white);
-    setFixedWidth(viewWidth);
+    setMinimumWidth(smallestWidth); // some languages need more
     m_scene->settingsHeaderLabel->setFont(Theme::font(Theme::FontFace::medium, 20));
     setFocusProxy(m_scene->fpsButton);
     for (QComboBox* button : findChildren<QComboBox*>())

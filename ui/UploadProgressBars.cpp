@@ -259,7 +259,7 @@ void UploadProgressBars::paintEvent(QPaintEvent*)
     QPainter painter(this);
     painter.setPen(QColor(Theme::text));
     painter.drawText(place(shown), static_cast<int>(onScreen | Qt::AlignVCenter | Qt::AlignAbsolute),
-        QStringLiteral("and %1 more").arg(count() - shown));
+        tr("and %n more", nullptr, count() - shown));
 }
 
 } // namespace companion

@@ -1,6 +1,7 @@
 #include "platform/qt/QtAlerts.h"
 
 #include "platform/qt/QtApplicationActivation.h"
+#include "translations/Language.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -30,10 +31,11 @@ void showAsPlainText(QMessageBox& box)
     }
 }
 
-/// Not a standard button, since the toolkit translates those.
+/// Not a standard button, which has a word of the toolkit's where our translations are not in use.
 void addOkButton(QMessageBox& box)
 {
-    QPushButton* ok = box.addButton(QStringLiteral("OK"), QMessageBox::AcceptRole);
+    QPushButton* ok = box.addButton(QCoreApplication::translate("Alert", "OK"), QMessageBox::AcceptRole);
+    ok->setAccessibleName(QStringLiteral("OK"));
     ok->setObjectName(QStringLiteral("alertOKButton"));
     box.setDefaultButton(ok);
     box.setEscapeButton(ok);
@@ -69,8 +71,7 @@ bool QtAlerts::runModal(const std::string& message, const std::string& informati
 {
     const QtMainQueue::Blocker blocker(m_mainQueue);
     // The window that it belongs to may be destroyed, and the box with it, while it is open.
-    const QPointer<QMessageBox> box =
-        makeBox(m_mainWindow, QString::fromStdString(message), QString::fromStdString(informativeText));
+    const QPointer<QMessageBox> box = makeBox(m_mainWindow, shown(message), shown(informativeText));
     if (!m_mainWindow.isActiveWindow()) {
         bringToFront(m_mainWindow);
         QApplication::alert(&m_mainWindow);

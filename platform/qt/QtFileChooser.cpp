@@ -1,5 +1,6 @@
 #include "platform/qt/QtFileChooser.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QFileDialog>
@@ -62,11 +63,12 @@ std::optional<FileUrl> QtFileChooser::runOpenPanel(
     const QtMainQueue::Blocker blocker(m_mainQueue);
     const QStringList patterns = patternsFor(allowedFileTypes);
     // The window that it belongs to may be destroyed, and the dialog with it, while it is open.
-    const QPointer<QFileDialog> dialog =
-        new QFileDialog(&m_mainWindow, QStringLiteral("Upload a file"), pathOf(startingFolder));
+    const QPointer<QFileDialog> dialog = new QFileDialog(
+        &m_mainWindow, QCoreApplication::translate("FileChooser", "Upload a file"), pathOf(startingFolder));
     dialog->setAcceptMode(QFileDialog::AcceptOpen);
     dialog->setFileMode(QFileDialog::ExistingFile);
-    dialog->setNameFilter("Files for the panel (" + patterns.join(' ') + ")");
+    dialog->setNameFilter(
+        QCoreApplication::translate("FileChooser", "Files for the panel") + " (" + patterns.join(' ') + ")");
     const bool isConfirmed = dialog->exec() == QDialog::Accepted && dialog;
     const std::optional<QString> path = isConfirmed ? chosenFile(*dialog) : std::nullopt;
     delete dialog;

@@ -1,8 +1,9 @@
 // screen-gallery DIRECTORY [WIDTHxHEIGHT] [NAME...]: writes a picture of every state of the screens, or of those named, as
-// they look on the present platform.
+// they look on the present platform, in the language of LANGUAGE.
 #include "platform/qt/QtAlerts.h"
 #include "platform/qt/WidgetMainQueue.h"
 #include "tests/ui/DashboardOnFakes.h"
+#include "translations/Language.h"
 #include "ui/Accessibility.h"
 #include "ui/FocusRing.h"
 #include "ui/MainWindow.h"
@@ -210,6 +211,7 @@ int main(int argc, char** argv)
         return 2;
     }
     QApplication::setApplicationDisplayName(QStringLiteral("Panel Companion"));
+    useDesktopLanguage(application);
     Theme::apply(application);
     installAccessibility();
     installFocusRing();

@@ -1,3 +1,4 @@
+#include "translations/Language.h"
 #include "ui/Accessibility.h"
 #include "ui/FocusRing.h"
 #include "ui/Theme.h"
@@ -15,6 +16,8 @@ int main(int argc, char** argv)
     QApplication::setPalette(QPalette(QColor(0x20, 0x20, 0x20))); // as on a dark desktop
     // No plugin but the platform's can be loaded any more: the program draws its images without any.
     QCoreApplication::setLibraryPaths({});
+    qputenv("LANGUAGE", qEnvironmentVariable("PANEL_COMPANION_TEST_LANGUAGE", "en").toUtf8());
+    companion::useDesktopLanguage(application);
     companion::Theme::apply(application);
     companion::installAccessibility();
     companion::installFocusRing();

@@ -11,6 +11,7 @@ make_scratch() {
 }
 
 tidy_environment() {
+    unset LANGUAGE
     export LC_ALL=C.UTF-8 PANEL_COMPANION_ROOT=$project_root
     # Debian keeps daemons where it lets ordinary users not look.
     export PATH=$PATH:/usr/sbin:/sbin

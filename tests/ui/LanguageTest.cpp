@@ -1,0 +1,152 @@
+#include "translations/Language.h"
+#include "platform/qt/QtAlerts.h"
+#include "tests/ui/ScreenTest.h"
+#include "ui/QtSplashView.h"
+
+#include <QAccessible>
+#include <QComboBox>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QStyle>
+#include <QStyleOptionComboBox>
+#include <QTimer>
+
+namespace companion::testing {
+namespace {
+
+/// What the layout's tests do not see: texts in popovers, alerts and the splash screen. Run in each language.
+class LanguageTest : public ScreenTest {
+protected:
+    static void expectTextsFit(QWidget& root)
+    {
+        QTest::qWait(1); // the layout
+        for (const QLabel* label : root.findChildren<QLabel*>()) {
+            if (!label->isVisible() || label->text().isEmpty())
+                continue;
+            const int width = label->wordWrap() ? 0 : label->sizeHint().width();
+            EXPECT_GE(label->width(), width) << label->text().toStdString();
+            EXPECT_GE(label->height(), label->hasHeightForWidth() ? label->heightForWidth(label->width()) : 0)
+                << label->text().toStdString();
+        }
+        for (const QPushButton* button : root.findChildren<QPushButton*>())
+            EXPECT_TRUE(button->isHidden() || button->width() >= button->sizeHint().width())
+                << button->text().toStdString();
+        for (const QComboBox* button : root.findChildren<QComboBox*>()) {
+            QStyleOptionComboBox option;
+            option.initFrom(button);
+            const QRect field = button->style()->subControlRect(
+                QStyle::CC_ComboBox, &option, QStyle::SC_ComboBoxEditField, button);
+            EXPECT_GE(field.width(), button->fontMetrics().horizontalAdvance(button->currentText()))
+                << button->currentText().toStdString();
+        }
+    }
+
+    QString heard(const char* name, QAccessible::Text kind)
+    {
+        return QAccessible::queryAccessibleInterface(&find(m_window, name))->text(kind);
+    }
+};
+
+TEST_F(LanguageTest, TheListAndItsHintsFit)
+{
+    openList();
+    expectTextsFit(list());
+    for (const char* hint :
+        {"Looking for panels…",
+            "No panel found yet.\n\nCheck that the panel is switched on and on the same network as this computer. "
+            "“panelctl doctor”, typed into a terminal, shows what else may be wrong."}) {
+        const QString shownHint = QtDevicesListView::tr(hint);
+        QFont font = table().font();
+        font.setPixelSize(14);
+        const QRect place = table().viewport()->rect().adjusted(24, 24, -24, -24);
+        const QRect needed =
+            QFontMetrics(font).boundingRect(place, Qt::AlignCenter | Qt::TextWordWrap, shownHint);
+        EXPECT_TRUE(place.contains(needed)) << shownHint.toStdString();
+    }
+    pair();
+    openList();
+    expectTextsFit(list());
+}
+
+TEST_F(LanguageTest, TheSettingsFit)
+{
+    click(outlet("settingsIcon"));
+    auto& settings = find(m_window, "settingsView");
+    ASSERT_TRUE(settings.isVisible());
+    expectTextsFit(settings);
+    EXPECT_LE(settings.width(), 800 - 2 * 8);
+}
+
+TEST_F(LanguageTest, TheSplashScreensTitlesFit)
+{
+    QtSplashView splash;
+    splash.resize(800, 560);
+    splash.show();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return find(splash, "subTitleLabel").isVisible(); }));
+    expectTextsFit(splash);
+    EXPECT_LE(splash.width(), 800);
+}
+
+TEST_F(LanguageTest, AlertsAreInTheLanguageAndFit)
+{
+    m_dashboard.alerts.whileShown = [] {};
+    pair();
+    click(outlet("castButtonView"));
+    const auto [message, informativeText] = m_dashboard.alerts.shown.back();
+    WidgetMainQueue queue;
+    int shownAlerts = 0;
+    QTimer::singleShot(1, [&, message = message] {
+        auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        ASSERT_NE(box, nullptr);
+        EXPECT_EQ(box->text(), shown(message));
+        EXPECT_EQ(find<QPushButton>(*box, "alertOKButton").accessibleName(), "OK");
+        expectTextsFit(*box);
+        ++shownAlerts;
+        box->accept();
+    });
+    QtAlerts(queue, m_window).runModal(message, informativeText);
+    EXPECT_EQ(shownAlerts, 1);
+}
+
+TEST_F(LanguageTest, NamesOfControlsAreEnglishAndTheirDescriptionsInTheLanguage)
+{
+    EXPECT_EQ(heard("connectButton", QAccessible::Name), "Connect");
+    EXPECT_EQ(heard("connectButton", QAccessible::Description), outlet<QPushButton>("connectButton").text());
+    EXPECT_EQ(heard("fileUploadButton", QAccessible::Name), "Upload a file");
+    EXPECT_EQ(
+        heard("fileUploadButton", QAccessible::Description), outlet<QPushButton>("fileUploadButton").text());
+    EXPECT_EQ(heard("disconnectButton", QAccessible::Name), "Disconnect");
+    EXPECT_EQ(heard("disconnectButton", QAccessible::Description),
+        find<QPushButton>(list(), "disconnectButton").text());
+    EXPECT_EQ(heard("devicesListIcon", QAccessible::Name), "Devices");
+    EXPECT_EQ(heard("devicesListIcon", QAccessible::Description), outlet("devicesListIcon").toolTip());
+    EXPECT_EQ(heard("castButtonView", QAccessible::Name), "Cast");
+    EXPECT_EQ(heard("castButtonView", QAccessible::Description), outlet("castButtonView").toolTip());
+}
+
+TEST_F(LanguageTest, TheSwitchAndTheSettingsAreLabelledByWhatStandsBesideThem)
+{
+    click(outlet("settingsIcon"));
+    for (const auto& [control, label] :
+        {std::pair("wirelessTouchSwitch", "wirelessTouchStatusLabel"), std::pair("fpsButton", "fpsLabel"),
+            std::pair("switchAudioDeviceButton", "switchAudioDeviceLabel")}) {
+        const auto relations = QAccessible::queryAccessibleInterface(&find(m_window, control))->relations();
+        const bool isLabelled = std::any_of(relations.begin(), relations.end(), [&](const auto& relation) {
+            return relation.second == QAccessible::Label
+                && relation.first->object() == &find(m_window, label);
+        });
+        EXPECT_TRUE(isLabelled) << control;
+    }
+}
+
+TEST_F(LanguageTest, WhatIsDataStaysAsItIs)
+{
+    EXPECT_EQ(shown("Room 204"), "Room 204");
+    EXPECT_TRUE(shown("\"Failure\" cannot be read.").contains("Failure"));
+    EXPECT_TRUE(shown("It met an error of its own: Network error").endsWith("Network error"));
+    EXPECT_TRUE(shown("Paired to %1").contains("%1"));
+}
+
+} // namespace
+} // namespace companion::testing
