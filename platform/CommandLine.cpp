@@ -3,6 +3,7 @@
 #include "platform/Text.h"
 
 #include <algorithm>
+#include <CLI/CLI.hpp>
 #include <utility>
 
 namespace companion {
@@ -10,26 +11,121 @@ namespace companion {
 namespace {
 
 using Problem = std::optional<std::string>;
-using Arguments = std::vector<std::string>;
 
-/// Reads the option `argument`, and its value from `next` on unless an equals sign joins the two.
-Problem takeOption(const std::vector<CommandLineOption>& options, const std::string& argument,
-    Arguments::const_iterator& next, Arguments::const_iterator end, std::vector<std::string>& given)
+/// The library's own message differs from version to version, but always begins with the option's name.
+std::string messageOf(const CLI::Error& error)
 {
-    const std::size_t equals = argument.find('=');
-    const bool isJoined = equals != std::string::npos;
-    const std::string name = argument == "-h" ? "--help" : argument.substr(0, equals);
-    const auto option = std::find_if(
-        options.begin(), options.end(), [&](const CommandLineOption& each) { return each.name == name; });
-    if (option == options.end())
-        return "unknown option '" + argument + "'";
-    given.push_back(name);
-    if (option->valueName.empty())
-        return isJoined ? name + " takes no value" : option->accept("");
-    const bool isMissing = !isJoined && next == end;
-    const std::string value = isMissing ? "" : isJoined ? argument.substr(equals + 1) : *next++;
-    return value.empty() ? name + " needs a value" : option->accept(value);
+    const std::string what = error.what();
+    return what.substr(0, what.find(':')) + " needs a value";
 }
+
+CLI::Option* addOption(CLI::App& app, const CommandLineOption& option)
+{
+    if (option.valueName.empty())
+        return app.add_flag(option.name);
+    return app.add_option(option.name)
+        ->expected(1)
+        ->allow_extra_args(false)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+Problem acceptValues(const CommandLineOption& option, const std::vector<std::string>& values)
+{
+    for (const std::string& value : values) {
+        const bool isFlag = option.valueName.empty();
+        if (!isFlag && value.empty())
+            return option.name + " needs a value";
+        if (Problem problem = option.accept(isFlag ? "" : value))
+            return problem;
+    }
+    return std::nullopt;
+}
+
+/// One pass over one command line.
+class Parser {
+public:
+    explicit Parser(std::vector<CommandLineOption> options)
+        : m_options(std::move(options))
+    {
+        m_options.push_back(flagOption("--help", "", m_parsed.wantsHelp));
+        m_options.push_back(flagOption("--version", "", m_parsed.wantsVersion));
+        m_app.set_help_flag("");
+        m_app.allow_extras();
+        m_app.add_flag("-h", m_parsed.wantsHelp);
+        for (const CommandLineOption& option : m_options)
+            m_entries.push_back(addOption(m_app, option));
+    }
+
+    ParsedCommandLine parse(const std::vector<std::string>& arguments)
+    {
+        Problem problem = checkJoinedValues(arguments);
+        if (!problem)
+            problem = readAll(arguments);
+        if (const Problem other = acceptAll(); !problem)
+            problem = other;
+        if (problem)
+            m_parsed.problem = printable(*problem);
+        return std::move(m_parsed);
+    }
+
+private:
+    /// The library would read "--flag=no", and would take the next argument as the value of "--name=".
+    Problem checkJoinedValues(const std::vector<std::string>& arguments) const
+    {
+        for (const std::string& argument : arguments) {
+            if (argument == "--")
+                break;
+            for (const CommandLineOption& option : m_options) {
+                if (option.valueName.empty() && argument.starts_with(option.name + "="))
+                    return option.name + " takes no value";
+                if (!option.valueName.empty() && argument == option.name + "=")
+                    return option.name + " needs a value";
+            }
+        }
+        return std::nullopt;
+    }
+
+    Problem readAll(std::vector<std::string> arguments)
+    {
+        std::reverse(arguments.begin(), arguments.end()); // as the library wants them
+        try {
+            m_app.parse(arguments);
+        } catch (const CLI::Error& error) {
+            return messageOf(error);
+        }
+        return takeOperands(m_app.remaining());
+    }
+
+    /// `remaining` holds all that is no option or its value, the first "--" included.
+    Problem takeOperands(const std::vector<std::string>& remaining)
+    {
+        const auto mark = std::find(remaining.begin(), remaining.end(), "--");
+        const auto unknown = std::find_if(remaining.begin(), mark,
+            [](const std::string& argument) { return argument.size() > 1 && argument.front() == '-'; });
+        if (unknown != mark)
+            return "unknown option '" + *unknown + "'";
+        m_parsed.operands.assign(remaining.begin(), mark);
+        if (mark != remaining.end())
+            m_parsed.operands.insert(m_parsed.operands.end(), mark + 1, remaining.end());
+        return std::nullopt;
+    }
+
+    Problem acceptAll()
+    {
+        for (std::size_t i = 0; i < m_options.size(); ++i) {
+            if (m_entries[i]->count() > 0)
+                m_parsed.givenOptions.push_back(m_options[i].name);
+            if (Problem problem = acceptValues(m_options[i], m_entries[i]->results()))
+                return problem;
+        }
+        return std::nullopt;
+    }
+
+    std::vector<CommandLineOption> m_options; ///< Those of the program, and those that every program has.
+    ParsedCommandLine m_parsed;
+    CLI::App m_app;
+    std::vector<CLI::Option*> m_entries; ///< One for each of `m_options`.
+};
 
 } // namespace
 
@@ -41,26 +137,10 @@ CommandLineOption flagOption(std::string name, std::string help, bool& target)
             }};
 }
 
-ParsedCommandLine parseCommandLine(std::vector<CommandLineOption> options, const Arguments& arguments)
+ParsedCommandLine parseCommandLine(
+    const std::vector<CommandLineOption>& options, const std::vector<std::string>& arguments)
 {
-    ParsedCommandLine parsed;
-    options.push_back(flagOption("--help", "", parsed.wantsHelp));
-    options.push_back(flagOption("--version", "", parsed.wantsVersion));
-    for (auto next = arguments.begin(); next != arguments.end();) {
-        const std::string& argument = *next++;
-        if (argument == "--") {
-            parsed.operands.insert(parsed.operands.end(), next, arguments.end());
-            break;
-        }
-        if (argument.size() < 2 || argument.front() != '-') {
-            parsed.operands.push_back(argument);
-            continue;
-        }
-        const Problem problem = takeOption(options, argument, next, arguments.end(), parsed.givenOptions);
-        if (problem && !parsed.problem)
-            parsed.problem = printable(*problem);
-    }
-    return parsed;
+    return Parser(options).parse(arguments);
 }
 
 std::string helpEntry(const std::string& term, const std::string& help, std::size_t column)

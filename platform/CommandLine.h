@@ -31,9 +31,9 @@ CommandLineOption textOption(std::string name, std::string valueName, std::strin
 }
 
 struct ParsedCommandLine {
-    bool wantsHelp = false;                ///< "--help" or "-h", which every program has
-    bool wantsVersion = false;             ///< "--version", likewise
-    std::vector<std::string> givenOptions; ///< "--panel", as often as it was given
+    bool wantsHelp = false;    ///< "--help" or "-h", which every program has
+    bool wantsVersion = false; ///< "--version", likewise
+    std::vector<std::string> givenOptions;
     std::vector<std::string> operands;
     std::optional<std::string> problem; ///< One printable line without its line end.
 };
@@ -41,7 +41,7 @@ struct ParsedCommandLine {
 /// Reads the arguments behind the program's name. Options may stand anywhere; "--name value" and "--name=value" mean
 /// the same; what follows "--" are operands.
 ParsedCommandLine parseCommandLine(
-    std::vector<CommandLineOption> options, const std::vector<std::string>& arguments);
+    const std::vector<CommandLineOption>& options, const std::vector<std::string>& arguments);
 
 /// "  term    help" with its line end; the help begins at `column`, further lines below its beginning.
 std::string helpEntry(const std::string& term, const std::string& help, std::size_t column);

@@ -41,7 +41,7 @@ TEST(CommandLineTest, OptionsStandAnywhereAndJoinedOrNot)
     EXPECT_EQ(program.items, Texts{"C=D"});
     EXPECT_TRUE(program.isJson);
     EXPECT_EQ(parsed.operands, (Texts{"upload", "file", "-"}));
-    EXPECT_EQ(parsed.givenOptions, (Texts{"--name", "--json", "--item"}));
+    EXPECT_EQ(parsed.givenOptions, (Texts{"--name", "--item", "--json"}));
 }
 
 TEST(CommandLineTest, RepeatedValuesComeInOrder)

@@ -176,6 +176,7 @@ check_headers() {
     check "X11's headers stay in their adapter and panelctl's probe" foreign_headers '(X11|xcb)/' 'platform/x11|cli'
     check "Wayland's headers stay in their adapter and panelctl's probe" foreign_headers 'wayland-' 'platform/wayland|cli'
     check "libcurl's headers stay in their adapter" foreign_headers 'curl/' 'platform/curl'
+    check "the command-line library's headers stay in one file" foreign_headers 'CLI/' 'platform'
     check "the JSON library's headers stay in the simulated panel and panelctl" foreign_headers 'nlohmann/' 'simulator|cli'
     check "the HTTP server's headers stay in the simulated panel" foreign_headers 'microhttpd' 'simulator'
     check "Avahi's own headers are used nowhere: it is spoken to over D-Bus" foreign_headers 'avahi-' 'none'
