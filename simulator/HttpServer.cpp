@@ -20,7 +20,6 @@ namespace companion::simulator {
 
 namespace {
 
-constexpr unsigned idleSeconds = 30;
 constexpr unsigned maxConnections = 480; // on each of two ports, below the usual 1024 descriptors
 constexpr std::size_t connectionMemory = 128 * 1024;
 constexpr std::size_t generatedBlock = 64 * 1024;
@@ -227,6 +226,8 @@ std::optional<std::string> Request::query(const char* name) const
 bool Request::wait(std::chrono::milliseconds time) const
 {
     // A wait is not idleness: setting the time-out again after it restarts the library's count.
+    const unsigned idleSeconds =
+        MHD_get_connection_info(m_connection, MHD_CONNECTION_INFO_CONNECTION_TIMEOUT)->connection_timeout;
     MHD_set_connection_option(m_connection, MHD_CONNECTION_OPTION_TIMEOUT, 0U);
     pollfd client{socket(), POLLRDHUP, 0};
     const int events = poll(&client, 1, static_cast<int>(time.count()));
@@ -280,7 +281,8 @@ struct HttpServer::Callbacks {
     }
 };
 
-HttpServer::HttpServer(const std::string& address, std::uint16_t port, OpenExchange open)
+HttpServer::HttpServer(
+    const std::string& address, std::uint16_t port, OpenExchange open, std::chrono::seconds idleTimeout)
     : m_open(std::move(open))
     , m_socket(openListener(address, port))
     , m_port(portOf(m_socket))
@@ -289,8 +291,8 @@ HttpServer::HttpServer(const std::string& address, std::uint16_t port, OpenExcha
         MHD_start_daemon(MHD_USE_THREAD_PER_CONNECTION | MHD_USE_INTERNAL_POLLING_THREAD | MHD_USE_POLL, 0,
             nullptr, nullptr, &Callbacks::access, this, MHD_OPTION_LISTEN_SOCKET, m_socket,
             MHD_OPTION_NOTIFY_COMPLETED, &Callbacks::completed, nullptr, MHD_OPTION_CONNECTION_TIMEOUT,
-            idleSeconds, MHD_OPTION_CONNECTION_LIMIT, maxConnections, MHD_OPTION_CONNECTION_MEMORY_LIMIT,
-            connectionMemory, MHD_OPTION_END);
+            static_cast<unsigned>(idleTimeout.count()), MHD_OPTION_CONNECTION_LIMIT, maxConnections,
+            MHD_OPTION_CONNECTION_MEMORY_LIMIT, connectionMemory, MHD_OPTION_END);
     if (m_daemon)
         return;
     close(m_socket);

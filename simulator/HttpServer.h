@@ -96,9 +96,10 @@ class HttpServer {
 public:
     using OpenExchange = std::function<std::unique_ptr<Exchange>(const Request&)>;
 
-    /// Serves at once. What `open` uses must outlive the server. Throws std::system_error if the port is taken or the
-    /// address is not this computer's.
-    HttpServer(const std::string& address, std::uint16_t port, OpenExchange open);
+    /// Serves at once. What `open` uses must outlive the server. Connections that are idle for `idleTimeout` are closed.
+    /// Throws std::system_error if the port is taken or the address is not this computer's.
+    HttpServer(const std::string& address, std::uint16_t port, OpenExchange open,
+        std::chrono::seconds idleTimeout = std::chrono::seconds(30));
     /// Closes all connections; exchanges that wait are woken by that.
     ~HttpServer();
     HttpServer(const HttpServer&) = delete;

@@ -218,14 +218,6 @@ TEST_F(ServicePortTest, DelayOf250MillisecondsDelaysNoOtherRequest)
     EXPECT_GE(std::chrono::steady_clock::now() - start, 250ms);
 }
 
-TEST_F(ServicePortTest, DelayOf31SecondsOutlastsTheServersIdleTimeout)
-{
-    replyWith("delay 31000");
-    HttpClient client(panel.address(), panel.servicePort());
-    client.send(httpRequest("GET", pingTarget));
-    EXPECT_EQ(client.receive(40s).body, "OK");
-}
-
 TEST_F(ServicePortTest, EachRequestHasItsOwnMode)
 {
     replyWith("touchback status 500");
