@@ -76,9 +76,14 @@ class Screens:
 
     def focused(self):
         """The name of what the keyboard works; a row counts as its list, as it says so in a closed popover, too."""
-        time.sleep(0.15)
         found = [e for e in self.app.window.find_all() if e.has("focused") and e.role != "list item"]
         return found[-1].name if found else None
+
+    def tab(self):
+        """The name of what the keyboard works after another press of Tab."""
+        before = self.focused()
+        keys("Tab")
+        return wait_until(lambda: self.focused() not in (None, before) and self.focused(), f"Tab leaves {before}")
 
     def wake_ups(self, seconds):
         """Of all threads: how often one of them waited for something, proc(5)."""
@@ -235,10 +240,9 @@ def test_an_alert_blocks_clicks_and_return_and_escape_close_it(screens):
     screens.click("Cast")
     screens.app.expect_alert(ENABLED)
     screens.click("Settings")
-    time.sleep(0.5)
-    assert not screens.app.window.is_showing("combo box"), "the settings opened under the alert"
     keys("Return")
     screens.app.window.gone("alert|dialog")
+    assert not screens.app.window.is_showing("combo box"), "the settings opened under the alert"
     screens.click("Cast")
     screens.app.window.find("alert|dialog")
     keys("Escape")
@@ -248,28 +252,23 @@ def test_an_alert_blocks_clicks_and_return_and_escape_close_it(screens):
 def test_the_keyboard_alone_pairs_and_casts(screens):
     screens.start()
     xdotool("windowfocus", "--sync", screens.main_windows()[0])
-    order = []
-    for _ in range(4):
-        keys("Tab")
-        order.append(screens.focused())
+    order = [screens.tab() for _ in range(4)]
     start = order.index("Devices") if "Devices" in order else 0
     assert (sorted(order[:3]) == ["Connect", "Devices", "Settings"]
            and [*order, *order][start:start + 3] == ["Devices", "Settings", "Connect"]), f"Tab went to {order}"
     while screens.focused() != "Devices":
-        keys("Tab")
+        screens.tab()
     keys("space")
     screens.app.window.find("list", "Panels")
     keys("Down", "Return")
     status = wait_until(lambda: [e for e in screens.app.window.find_all("label") if e.name.startswith("Paired to")],
                         "a pick")[0].name
-    keys("Tab")
-    assert screens.focused() == "Disconnect", f"Tab in the list went to {screens.focused()}"
+    assert (name := screens.tab()) == "Disconnect", f"Tab in the list went to {name}"
     keys("Escape")
     screens.expect_list_closed()
     order = []
     while len(order) < 6 and (not order or order[-1] != "Cast"):
-        keys("Tab")
-        order.append(screens.focused())
+        order.append(screens.tab())
     assert order[-1] == "Cast", f"Tab went to {order}"
     keys("space")
     screens.app.expect_alert(ENABLED)

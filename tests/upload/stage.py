@@ -77,7 +77,6 @@ class Stage:
         program, *options = [*wrapper, self.programs / "panel-companion", "--panel", service]
         self.companion = Companion(self.processes, self.desktop, program, options)
         self.companion.pair(panel)
-        time.sleep(0.5)  # the list's popover has gone from the picture
 
     def end_programs(self):
         self.processes.end(list(self._own))
@@ -140,7 +139,7 @@ class Stage:
         self.companion.expect_alert(text, timeout)
         self.companion.window.dismiss_alert()
 
-    def no_alert(self, what, seconds=1.5):
+    def no_alert(self, what, seconds=1):
         time.sleep(seconds)
         assert not self.companion.window.is_showing("alert|dialog"), f"an alert {what}"
         self.companion.expect_alive()
@@ -159,7 +158,7 @@ class Stage:
     def pixels(self):
         """A strip at the upper edge of the drop area, away from the pointer and from what stands in it."""
         x, y, width, _ = self.area().area()
-        return pixels_of(x + 20, y + 12, width - 40, 16)
+        return still_pixels_of(x + 20, y + 12, width - 40, 16)
 
     def place_of_names(self):
         """Where the names of uploads begin, at the left of what stands in the drop area."""
@@ -171,6 +170,17 @@ def pixels_of(x, y, width, height):
     return subprocess.run(
         ["import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "-depth", "8", "rgb:-"],
         check=True, timeout=20, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+
+
+def still_pixels_of(*place):
+    """Once they no longer change: popovers and highlights go from the picture a little later than they are said to."""
+    pictures = [pixels_of(*place)]
+
+    def stands_still():
+        pictures.append(pixels_of(*place))
+        return pictures[-1] == pictures[-2]
+    wait_until(stands_still, "a picture that stands still", interval=0.1)
+    return pictures[-1]
 
 
 def expect_same(stage, path, file_type, before):

@@ -27,7 +27,6 @@ def test_a_dropped_file_reaches_the_panel_and_stays_with_its_owner(stage):
 def test_the_drop_area_is_highlighted_under_a_drag(stage):
     stage.paired()
     pointer("mousemove", 5, 5)
-    time.sleep(0.3)
     rest = stage.pixels()
     drag = stage.drag(stage.file("a.png"))
     drag.to(*stage.area().center())
@@ -39,18 +38,15 @@ def test_the_drop_area_is_highlighted_under_a_drag(stage):
     assert stage.pixels() == over, "a second visit looks different"
     assert drag.drop() == "copy", "the drop was not taken as a copy"
     stage.alert(SUCCESS)
-    time.sleep(0.3)
-    dropped = stage.pixels()
     assert over != rest, "the drop area looks the same while a drag is over it"
     assert left == rest, "the drop area does not look as before once the drag has left"
-    assert dropped == rest, "the drop area does not look as before after the drop"
+    wait_until(lambda: stage.pixels() == rest, "the drop area looks as before after the drop")
 
 
 def test_an_alert_that_opens_under_a_drag_removes_the_highlight(stage):
     """The outcome of an upload is told while another drag is over the drop area."""
     stage.paired()
     pointer("mousemove", 5, 5)
-    time.sleep(0.3)
     rest = stage.pixels()
     stage.answer("silence")
     stage.drop(stage.file("first.png"))
@@ -63,8 +59,7 @@ def test_an_alert_that_opens_under_a_drag_removes_the_highlight(stage):
     drag.drop()
     stage.companion.window.dismiss_alert()
     stage.progress_gone()
-    time.sleep(0.3)
-    assert stage.pixels() == rest, "the drop area is still lit"
+    wait_until(lambda: stage.pixels() == rest, "the drop area is lit no more")
 
 
 def active_window():
