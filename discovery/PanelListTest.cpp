@@ -64,6 +64,7 @@ TEST_F(PanelListTest, RemovalIsByTheAddressAsAnnouncedAndByNameInEveryRow)
     accept("Meridian 65|Room|0A00020F");
     accept("Tandem|Room|0A000211");
     EXPECT_FALSE(remove("Tandem|Room|0a00020f")) << "listed in other letters";
+    EXPECT_THAT(list.names(), ElementsAre("Room", "Room"));
     EXPECT_TRUE(remove("mERIDIAN 65|Room|0A00020F")) << "the model's letter case does not matter here";
     EXPECT_THAT(list.panels(), ElementsAre(PanelName{"Tandem", "Room", "0A000211", "10.0.2.17"}));
     EXPECT_THAT(list.names(), IsEmpty());
