@@ -17,13 +17,19 @@ struct Monitor {
     }
 };
 
+void xrandr(const std::string& display, std::vector<std::string> arguments)
+{
+    arguments.insert(arguments.begin(), "xrandr");
+    ChildProcess program(arguments, {{"DISPLAY", display}});
+    ASSERT_EQ(program.waitForExit(), 0) << program.output();
+}
+
 void setMonitor(const std::string& display, const Monitor& monitor, const char* output)
 {
     const auto length = [](int pixels) { return std::to_string(pixels) + "/" + std::to_string(pixels / 4); };
     const std::string geometry = length(monitor.width) + "x" + length(monitor.height) + "+"
         + std::to_string(monitor.x) + "+" + std::to_string(monitor.y);
-    ChildProcess xrandr({"xrandr", "--setmonitor", monitor.name, geometry, output}, {{"DISPLAY", display}});
-    ASSERT_EQ(xrandr.waitForExit(), 0) << xrandr.output();
+    xrandr(display, {"--setmonitor", monitor.name, geometry, output});
 }
 
 void expectEdgesBelongTo(const std::string& display, const Monitor& monitor, const std::string& scale)
@@ -53,13 +59,21 @@ void expectEdgesBelongTo(const std::string& display, const Monitor& monitor, con
 
 } // namespace
 
-class XTestMonitorsTest : public ::testing::TestWithParam<std::pair<Monitor, Monitor>> { };
+template <typename Base> class WithXrandr : public Base {
+protected:
+    void SetUp() override
+    {
+        if (!isInstalled("xrandr"))
+            GTEST_SKIP() << "xrandr (package x11-xserver-utils) is missing";
+    }
+};
+
+class XTestMonitorsTest : public WithXrandr<::testing::TestWithParam<std::pair<Monitor, Monitor>>> { };
+class XTestMonitorTest : public WithXrandr<::testing::Test> { };
 
 // 641 pixels are 320.5 points at scale 2, and 1280 are 853.3 at scale 1.5.
 TEST_P(XTestMonitorsTest, TheEdgesOfEitherOfTwoMonitorsBelongToItAtScales1And1AndAHalfAnd2)
 {
-    if (!isInstalled("xrandr"))
-        GTEST_SKIP() << "xrandr (package x11-xserver-utils) is missing";
     const auto& [first, second] = GetParam();
     XvfbServer xvfb("1921x1281");
     setMonitor(xvfb.display(), first, "screen");
@@ -76,5 +90,22 @@ INSTANTIATE_TEST_SUITE_P(LeftAndRight, XTestMonitorsTest,
     ::testing::Values(std::pair(Monitor{"LEFT", 0, 0, 641, 1281}, Monitor{"RIGHT", 641, 0, 1280, 1281})));
 INSTANTIATE_TEST_SUITE_P(UpperAndLower, XTestMonitorsTest,
     ::testing::Values(std::pair(Monitor{"UPPER", 0, 0, 1921, 641}, Monitor{"LOWER", 0, 641, 1921, 640})));
+
+// 641 pixels are as many points as 642, so the toolkit's place of the screen stays as it was.
+TEST_F(XTestMonitorTest, OneThatGrewByAPixelIsNoticedWhenTouchesBegin)
+{
+    XvfbServer xvfb("1366x768");
+    const ScreenMapping mapping{0, 0, 2, {321, 384}};
+    const auto poster = openPoster(xvfb.display(), [&] { return mapping; });
+    XRecorder recorder(xvfb.display());
+    for (const int width : {641, 642}) {
+        setMonitor(xvfb.display(), {"ONLY", 0, 0, width, 768}, "screen");
+        poster->touchesBegin();
+        poster->post(MouseEvent{leftDragged, {321, 0}});
+        poster->sync();
+        EXPECT_EQ(recorder.takeText(), "motion " + std::to_string(width - 1) + ",0");
+        xrandr(xvfb.display(), {"--delmonitor", "ONLY"});
+    }
+}
 
 } // namespace companion::testing
