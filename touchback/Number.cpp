@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdint>
 
 namespace companion {
 
@@ -13,10 +14,27 @@ bool areDigits(std::string_view text)
         && std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
 }
 
+/// Panels send whole numbers, of which so short ones are exact without any rounding: a quarter of the work.
+std::optional<double> shortWholeNumber(std::string_view text)
+{
+    constexpr std::size_t mostDigits = 15;
+    if (text.empty() || text.size() > mostDigits)
+        return std::nullopt;
+    std::int64_t number = 0;
+    for (const char c : text) {
+        if (c < '0' || c > '9')
+            return std::nullopt;
+        number = number * 10 + (c - '0');
+    }
+    return static_cast<double>(number);
+}
+
 } // namespace
 
 std::optional<double> parseNumber(std::string_view text)
 {
+    if (const auto number = shortWholeNumber(text))
+        return number;
     // The library's function alone would accept "inf", "nan", ".5" and "5.", too.
     const std::string_view magnitude = text.substr(text.starts_with('-') ? 1 : 0);
     const std::string_view whole = magnitude.substr(0, magnitude.find('.'));
