@@ -93,6 +93,19 @@ class Desktop:
     def key(self, name):
         subprocess.run(["xdotool", "key", name], check=True, timeout=5, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
 
+    def colors(self, x, y, width, height):
+        """How many a part of the screen shows."""
+        return int(subprocess.run(
+            ["import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "-format", "%k", "info:"],
+            check=True, timeout=20, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True).stdout)
+
+    def has_icon(self, title):
+        """Whether the window has one in which a pixel is drawn: width, height, and a number with the opacity on top each."""
+        shown = subprocess.run(["xprop", "-name", title, "32c", "_NET_WM_ICON"], stdout=subprocess.PIPE, text=True,
+                               check=False, timeout=10).stdout
+        pixels = [int(number) for number in re.findall(r"\d+", shown.partition("=")[2])]
+        return any(pixel >> 24 for pixel in pixels[2:])
+
     def screenshot(self, file):
         if shutil.which("import"):
             subprocess.run(["import", "-window", "root", str(file)], check=False, timeout=20,

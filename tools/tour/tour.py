@@ -26,9 +26,9 @@ class Tour:
 
     def play(self):
         """Whether every step happened."""
-        steps = [self.panel_waits, self.application_starts, self.panel_found, self.paired, self.instructions,
-                 self.touch_enabled, self.pointer_follows, self.drag, self.double_click, self.heartbeat, self.stopped,
-                 self.file_sent]
+        steps = [self.panel_waits, self.application_starts, self.pictures_drawn, self.panel_found, self.paired,
+                 self.instructions, self.touch_enabled, self.pointer_follows, self.drag, self.double_click, self.heartbeat,
+                 self.stopped, self.file_sent]
         for step in steps:
             name = step.__name__.replace("_", " ")
             try:
@@ -59,6 +59,19 @@ class Tour:
         self.companion = Companion(self.processes, self.desktop, self.programs / "panel-companion", self.options)
         self.picture("dashboard")
         return f"window on a screen of {self.desktop.width}x{self.desktop.height}"
+
+    def pictures_drawn(self):
+        """A picture that cannot be drawn leaves its place in one colour, silently."""
+        places = {}
+        for name in ("Devices", "Settings"):
+            x, y = self.companion.window.find(name=name).center()
+            places[f"the icon {name!r}"] = (x - 12, y - 12, 24, 24)
+        x, y, width, _ = self.companion.window.find("label", "No panel connected").area()
+        places["the picture"] = (x + width // 2 - 80, y - 170, 160, 120)
+        for name, place in places.items():
+            wait_until(lambda place=place: self.desktop.colors(*place) > 4, f"pixels of {name}", 5)
+        wait_until(lambda: self.desktop.has_icon("Panel Companion"), "pixels of the window's icon", 5)
+        return f"{', '.join(places)}, the window's icon"
 
     def panel_found(self):
         row = self.companion.wait_for_row(self.panel.name)
