@@ -8,9 +8,11 @@
 #include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QStyle>
 #include <QStyleOptionComboBox>
 #include <QTimer>
+#include <QTranslator>
 
 namespace companion::testing {
 namespace {
@@ -146,6 +148,82 @@ TEST_F(LanguageTest, WhatIsDataStaysAsItIs)
     EXPECT_TRUE(shown("\"Failure\" cannot be read.").contains("Failure"));
     EXPECT_TRUE(shown("It met an error of its own: Network error").endsWith("Network error"));
     EXPECT_TRUE(shown("Paired to %1").contains("%1"));
+}
+
+/// Says that it has translated.
+class Marker : public QTranslator {
+public:
+    bool isEmpty() const override { return false; }
+    QString translate(const char*, const char* text, const char*, int) const override
+    {
+        return QString::fromUtf8(text) + QStringLiteral("§");
+    }
+};
+
+/// What can be seen or heard below `root` and has not been translated, but for data.
+QStringList untranslated(const QWidget& root)
+{
+    static const QRegularExpression data("^(Panel Companion|\\d+P?|[^a-zA-Z]*|plan\\.pdf)$");
+    QStringList texts;
+    for (const QWidget* view : root.findChildren<QWidget*>()) {
+        texts << view->toolTip() << view->accessibleDescription();
+        if (const auto* label = qobject_cast<const QLabel*>(view))
+            texts << label->text();
+        if (const auto* button = qobject_cast<const QAbstractButton*>(view))
+            texts << button->text();
+        if (const auto* button = qobject_cast<const QComboBox*>(view)) {
+            for (int item = 0; item < button->count(); ++item)
+                texts << button->itemText(item);
+        }
+    }
+    texts.removeDuplicates();
+    texts.removeIf([](const QString& text) { return text.contains("§") || data.match(text).hasMatch(); });
+    return texts;
+}
+
+TEST_F(LanguageTest, NothingIsShownUntranslated)
+{
+    Marker marker;
+    QCoreApplication::installTranslator(&marker);
+    {
+        MainWindow window;
+        DashboardOnFakes dashboard;
+        QtDashboardView& view = *dashboard.view;
+        window.setContentView(&view);
+        window.show();
+        const auto expectAllTranslated = [&view](const char* state) {
+            EXPECT_EQ(untranslated(view).join(" | ").toStdString(), "") << state;
+        };
+        expectAllTranslated("unpaired");
+        view.setFilesWaiting(1, "plan.pdf");
+        expectAllTranslated("a file waits");
+        view.setFilesWaiting(2, "plan.pdf");
+        expectAllTranslated("files wait");
+        click(find(view, "devicesListIcon"));
+        click(find(view, "settingsIcon"));
+        dashboard.controller->didPickCastingDeviceWithIP("10.0.2.15", "0A00020F", "Meridian 65");
+        expectAllTranslated("paired");
+        view.showUpload("plan.pdf", std::make_shared<UploadUnderWay>());
+        expectAllTranslated("uploading");
+        view.fileUploadView().draggingEntered();
+        expectAllTranslated("dragging");
+        click(find(view, "castButtonView"));
+        expectAllTranslated("casting");
+        for (const TouchState state : {TouchState::noPort, TouchState::awaited, TouchState::missing,
+                 TouchState::ignored, TouchState::works, TouchState::worksFromElsewhere}) {
+            view.setTouchState(state, "10.0.2.99");
+            expectAllTranslated("the line about touches");
+        }
+        view.setTouchObstacle(
+            "No touch: the desktop's dialog was cancelled; turn touch on again to be asked again");
+        expectAllTranslated("an obstacle");
+        for (const auto& [message, informativeText] : dashboard.alerts.shown) {
+            EXPECT_TRUE(shown(message).contains("§")) << message;
+            EXPECT_TRUE(shown(informativeText).contains("§")) << informativeText;
+        }
+        EXPECT_EQ(dashboard.alerts.shown.size(), 1);
+    }
+    QCoreApplication::removeTranslator(&marker);
 }
 
 } // namespace
