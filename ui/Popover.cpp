@@ -1,7 +1,9 @@
 #include "ui/Popover.h"
 
+#include "ui/Fade.h"
 #include "ui/Theme.h"
 
+#include <cmath>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -20,13 +22,14 @@ constexpr int shadowOffset = 6;   // downwards
 constexpr int marginInWindow = 8; // of the body
 constexpr int arrowMargin = shadowMargin + cornerRadius + arrowHeight + 1; // of its middle, from the edges
 
-/// Soft: many layers, each fainter than an eye tells from none.
+/// Soft: many layers, each fainter than an eye tells from none, which crowd together towards the body.
 void paintShadow(QPainter& painter, const QRectF& body)
 {
-    constexpr int step = 2;
+    constexpr int layers = 12;
     const QRectF cast = body.translated(0, shadowOffset);
-    for (int spread = shadowMargin - shadowOffset; spread > 0; spread -= step) {
-        painter.setBrush(QColor(0, 0, 0, 5));
+    painter.setBrush(QColor(0, 0, 0, 4));
+    for (int layer = layers; layer > 0; --layer) {
+        const double spread = (shadowMargin - shadowOffset) * std::pow(layer / double(layers), 2);
         painter.drawRoundedRect(
             cast.adjusted(-spread, -spread, spread, spread), cornerRadius + spread, cornerRadius + spread);
     }
@@ -57,8 +60,10 @@ void Popover::present()
         m_focusBefore = window()->focusWidget();
     layout()->activate();
     placeBelowAnchor();
-    show();
-    raise();
+    fade(*parentWidget(), geometry(), [this] {
+        show();
+        raise();
+    });
     m_content.setFocus(Qt::PopupFocusReason);
 }
 
@@ -68,7 +73,7 @@ void Popover::dismiss()
         const bool isStillThere = m_focusBefore && m_focusBefore->isVisible();
         (isStillThere ? m_focusBefore.data() : &m_anchor)->setFocus(Qt::PopupFocusReason);
     }
-    hide();
+    fade(*parentWidget(), geometry(), [this] { hide(); });
 }
 
 void Popover::placeBelowAnchor()

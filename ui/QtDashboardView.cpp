@@ -3,6 +3,7 @@
 #include "platform/FatalError.h"
 #include "translations/Language.h"
 #include "ui/Accessibility.h"
+#include "ui/Fade.h"
 #include "ui/QtDevicesListView.h"
 #include "ui/QtSettingsView.h"
 #include "ui/Theme.h"
@@ -17,6 +18,7 @@ namespace {
 constexpr int widestContent = 1100;
 constexpr int smallestSideMargin = 32;
 constexpr int widestFileName = 360;
+constexpr int bottomMargin = 32;
 constexpr Color switchTint{
     11 / 255.0, 122 / 255.0, 101 / 255.0, 1}; // Theme::accent: 5.3 to 1 on the white plate
 
@@ -74,6 +76,7 @@ void QtDashboardView::style()
     m_scene->castCaptionLabel->setFont(Theme::font(FontFace::medium, 16));
     m_scene->deviceHDMIMainLabel->setFont(Theme::font(FontFace::semiBold, 32));
 
+    m_scene->touchStateLabel->setContentsMargins(smallestSideMargin, 0, smallestSideMargin, 0);
     for (QLabel* label : {m_scene->facingProblemLabel, m_scene->castHintLabel, m_scene->touchStateLabel}) {
         QPalette quiet = label->palette();
         quiet.setColor(QPalette::WindowText, QColor(Theme::secondaryText));
@@ -154,6 +157,10 @@ void QtDashboardView::placeTouchState()
     const bool isBarEmpty = m_scene->hdmiToggleView->isHidden();
     m_scene->maskedLayout->addWidget(
         m_scene->touchStateLabel, isBarEmpty ? 1 : 0, 0, isBarEmpty ? Qt::AlignVCenter : Qt::AlignBottom);
+    const bool isBelowPanes = !isBarEmpty && !m_scene->touchStateLabel->isHidden();
+    QMargins margins = m_scene->panesLayout->contentsMargins();
+    margins.setBottom(isBelowPanes ? m_scene->touchStateLabel->minimumHeight() : bottomMargin);
+    m_scene->panesLayout->setContentsMargins(margins);
 }
 
 /// In a wide window what belongs together stays together.
@@ -209,11 +216,19 @@ void QtDashboardView::setTouchObstacle(const std::string& sentence)
 void QtDashboardView::showTouchText()
 {
     m_scene->touchStateLabel->setVisible(m_touchState != TouchState::notExpected);
+    placeTouchState();
     m_scene->touchStateLabel->setText(
         m_touchObstacle.isEmpty() ? touchText(m_touchState, m_touchSender) : m_touchObstacle);
 }
 
 void QtDashboardView::setCastButtonImage(const std::string& imageName)
+{
+    if (imageName == m_scene->castButtonView->imageName().toStdString())
+        return;
+    fade(*m_scene->castCardView, m_scene->castCardView->rect(), [&] { showCastState(imageName); });
+}
+
+void QtDashboardView::showCastState(const std::string& imageName)
 {
     m_scene->castButtonView->setImageName(QString::fromStdString(imageName));
     const bool isCasting = imageName == "castingActive";
@@ -227,14 +242,22 @@ void QtDashboardView::setCastButtonImage(const std::string& imageName)
 
 void QtDashboardView::setFileUploadViewImage(const std::string& imageName)
 {
-    m_scene->fileUploadView->setImageName(QString::fromStdString(imageName));
+    changeDropArea(*m_scene->fileUploadView, imageName);
     m_scene->fileUploadHeading->setText(
         imageName == "fileUploadGridActive" ? tr("Drop it to send it") : tr("Send a file"));
 }
 
 void QtDashboardView::setUploadArrowImage(const std::string& imageName)
 {
-    m_scene->uploadArrowImage->setImageName(QString::fromStdString(imageName));
+    changeDropArea(*m_scene->uploadArrowImage, imageName);
+}
+
+void QtDashboardView::changeDropArea(ImageView& image, const std::string& imageName)
+{
+    const QString name = QString::fromStdString(imageName);
+    if (name == image.imageName()) // while a drag moves
+        return;
+    fade(*m_scene->fileUploadView, m_scene->fileUploadView->rect(), [&] { image.setImageName(name); });
 }
 
 void QtDashboardView::showUpload(const std::string& fileName, std::weak_ptr<UploadUnderWay> upload)

@@ -15,6 +15,7 @@ class DashboardScene;
 
 namespace companion {
 
+class ImageView;
 class QtDevicesListView;
 class QtSettingsView;
 
@@ -61,6 +62,8 @@ private:
     static bool closeIfOpen(Popover* popover);
     void keepPlaceOfHdmiPane(bool isKept);
     void placeTouchState();
+    void showCastState(const std::string& imageName);
+    void changeDropArea(ImageView& image, const std::string& imageName);
     QWidget& paneView(Pane pane) const;
     static QString touchText(TouchState state, const QString& sender);
     void showTouchText();
