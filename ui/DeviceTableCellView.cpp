@@ -9,8 +9,8 @@ namespace companion {
 
 namespace {
 
-constexpr int margin = 16;
 constexpr int iconSize = 24;
+constexpr int markWidth = 4; // at the start of the row that is picked
 
 const SvgImage& image(const QString& name)
 {
@@ -49,6 +49,10 @@ void DeviceTableCellView::paint(QPainter& painter, const QRect& bounds, bool isH
     if (isPicked || isHovered)
         painter.fillRect(bounds, QColor(isPicked ? Theme::pickedRow : Theme::hoveredRow));
     const bool isRightToLeft = painter.layoutDirection() == Qt::RightToLeft;
+    if (isPicked) {
+        const int start = isRightToLeft ? bounds.right() + 1 - markWidth : bounds.left();
+        painter.fillRect(start, bounds.top(), markWidth, bounds.height(), QColor(Theme::accent));
+    }
     QRect icon(0, 0, iconSize, iconSize);
     icon.moveCenter(bounds.center());
     isRightToLeft ? icon.moveRight(bounds.right() - margin) : icon.moveLeft(bounds.left() + margin);
@@ -58,10 +62,21 @@ void DeviceTableCellView::paint(QPainter& painter, const QRect& bounds, bool isH
                                      : bounds.adjusted(textInset, 8, -margin, -8);
     drawLine(painter, QRect(text.topLeft(), QSize(text.width(), 24)), nameFont(), QColor(Theme::text),
         deviceNameLabel);
-    const QString address =
-        dottedAddress.isEmpty() ? deviceIPLabel : deviceIPLabel + QStringLiteral("   ") + dottedAddress;
     drawLine(painter, QRect(text.left(), text.top() + 25, text.width(), 19), addressFont(),
-        QColor(Theme::secondaryText), address);
+        QColor(Theme::secondaryText), addresses());
+}
+
+QString DeviceTableCellView::addresses() const
+{
+    return dottedAddress.isEmpty() ? deviceIPLabel : deviceIPLabel + QStringLiteral("   ") + dottedAddress;
+}
+
+QString DeviceTableCellView::toolTip(int rowWidth) const
+{
+    const int width = rowWidth - textInset - margin;
+    const bool fits = QFontMetrics(nameFont()).horizontalAdvance(deviceNameLabel) <= width
+        && QFontMetrics(addressFont()).horizontalAdvance(addresses()) <= width;
+    return fits ? QString() : (deviceNameLabel + QLatin1Char('\n') + addresses()).toHtmlEscaped();
 }
 
 } // namespace companion

@@ -17,11 +17,18 @@ struct DeviceTableCellView {
     QString dottedAddress;
 
     static constexpr int textInset = 56; ///< From the row's start.
+    static constexpr int margin = 16;    ///< At both ends of the row.
 
     static QFont nameFont();
     static QFont addressFont();
 
     void paint(QPainter& painter, const QRect& bounds, bool isHovered) const;
+
+    /// Both texts, if one of them ends in an ellipsis in a row of that width; "" otherwise.
+    QString toolTip(int rowWidth) const;
+
+private:
+    QString addresses() const;
 };
 
 } // namespace companion

@@ -4,11 +4,13 @@
 
 #include <algorithm>
 #include <QAbstractListModel>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
 #include <QStyledItemDelegate>
+#include <QToolTip>
 #include <utility>
 #include <vector>
 
@@ -114,11 +116,23 @@ public:
         painter->restore();
     }
 
+    /// What does not fit into its row, whole.
+    bool helpEvent(QHelpEvent* event, QAbstractItemView* view, const QStyleOptionViewItem& option,
+        const QModelIndex& index) override
+    {
+        const bool isTip = event && event->type() == QEvent::ToolTip && index.isValid();
+        if (!isTip)
+            return QStyledItemDelegate::helpEvent(event, view, option, index);
+        QToolTip::showText(
+            event->globalPos(), m_model.cellAt(index.row()).toolTip(view->visualRect(index).width()), view);
+        return true;
+    }
+
 private:
     static QRect separatorIn(const QRect& row)
     {
         return {row.left() + DeviceTableCellView::textInset, row.bottom(),
-            row.width() - DeviceTableCellView::textInset, 1};
+            row.width() - DeviceTableCellView::textInset - DeviceTableCellView::margin, 1};
     }
 
     const DevicesTableModel& m_model;

@@ -9,6 +9,7 @@
 #include <QComboBox>
 #include <QEvent>
 #include <QFocusFrame>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QPointer>
 
@@ -98,10 +99,8 @@ public:
             break;
         case QEvent::KeyPress:
             m_isKeyLast = true;
-            if (qobject_cast<DevicesTableView*>(watched)) { // which row the keys have reached has to be seen
-                if (!m_ring)
-                    showRing(*widget);
-            }
+            if (widget && !m_ring && leadsTheEyeTo(*widget, *static_cast<QKeyEvent*>(event)))
+                showRing(*widget);
             break;
         case QEvent::FocusIn:
             if (widget)
@@ -117,6 +116,13 @@ public:
     }
 
 private:
+    /// Which row the keys have reached has to be seen, and where Tab is that finds nowhere else to go.
+    static bool leadsTheEyeTo(const QWidget& widget, const QKeyEvent& event)
+    {
+        const bool isTab = event.key() == Qt::Key_Tab || event.key() == Qt::Key_Backtab;
+        return widget.hasFocus() && (isTab || qobject_cast<const DevicesTableView*>(&widget));
+    }
+
     void showRing(QWidget& control)
     {
         delete m_ring;

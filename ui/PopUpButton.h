@@ -6,7 +6,8 @@
 
 namespace companion {
 
-/// A combo box with the program's own arrow; a style sheet's images would need a plugin.
+/// A combo box with the program's own arrow, as a style sheet's images would need a plugin, and a pop-up with round
+/// corners, a gap away from it.
 class PopUpButton : public QComboBox {
     Q_OBJECT
 

@@ -73,7 +73,10 @@ const char* const styleSheet = R"(
         }
         companion--PopUpButton:hover { background: #f6f8fa; }
         companion--PopUpButton::drop-down { subcontrol-origin: border; border: none; width: 40px; }
-        companion--PopUpButton QAbstractItemView { background: white; border: 1px solid #6b7c8c; outline: 0; padding: 4px; }
+        companion--PopUpButton QComboBoxPrivateContainer { background: transparent; border: none; }
+        companion--PopUpButton QAbstractItemView {
+            background: white; border: 1px solid #6b7c8c; border-radius: 8px; outline: 0; padding: 4px;
+        }
         companion--PopUpButton QAbstractItemView::item { min-height: 36px; padding: 0 8px; border-radius: 4px; color: #22303c; }
         companion--PopUpButton QAbstractItemView::item:selected { background: #0b7a65; color: white; }
         QMessageBox QPushButton { min-width: 56px; min-height: 26px; }

@@ -46,10 +46,13 @@ public:
     QString text() const override;
 
 protected:
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    int barWidth() const { return width() - buttonSize - buttonGap; }
+    QString shownName() const;
     void giveUp();
     void drawBar(QPainter& painter, const QRect& bar, const QColor& color) const;
     void drawText(QPainter& painter, const QRect& area, Qt::Alignment alignment, const QString& text) const;
@@ -110,20 +113,31 @@ QString UploadProgressBars::UploadBar::text() const
     return QStringLiteral("%1 %2 %").arg(accessibleName(), QString::number(value()));
 }
 
+/// Of a long name the end tells as much as the beginning.
+QString UploadProgressBars::UploadBar::shownName() const
+{
+    return fontMetrics().elidedText(
+        m_isFileBeingRead ? activity() : accessibleName(), Qt::ElideMiddle, barWidth() - percentageWidth);
+}
+
+bool UploadProgressBars::UploadBar::event(QEvent* event)
+{
+    if (event->type() == QEvent::ToolTip)
+        setToolTip(shownName().contains(accessibleName()) ? QString() : accessibleName().toHtmlEscaped());
+    return QProgressBar::event(event);
+}
+
 void UploadProgressBars::UploadBar::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const int barWidth = width() - buttonSize - buttonGap;
-    const QRect name(0, 0, barWidth - percentageWidth, textHeight);
-    const QRect percentage(barWidth - percentageWidth, 0, percentageWidth, textHeight);
-    const QString elided = painter.fontMetrics().elidedText(
-        m_isFileBeingRead ? activity() : accessibleName(), Qt::ElideMiddle, name.width());
-    drawText(painter, name, Qt::AlignLeft, elided);
+    const QRect name(0, 0, barWidth() - percentageWidth, textHeight);
+    const QRect percentage(barWidth() - percentageWidth, 0, percentageWidth, textHeight);
+    drawText(painter, name, Qt::AlignLeft, shownName());
     if (!m_isFileBeingRead)
         drawText(painter, percentage, Qt::AlignRight, QStringLiteral("%1 %").arg(value()));
 
-    QRect bar(0, textHeight, barWidth, barHeight);
+    QRect bar(0, textHeight, barWidth(), barHeight);
     drawBar(painter, bar, Theme::line);
     bar.setWidth(bar.width() * value() / 100);
     drawBar(painter, bar, Theme::accent);

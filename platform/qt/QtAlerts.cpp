@@ -4,6 +4,8 @@
 #include "translations/Language.h"
 
 #include <QApplication>
+#include <QDialogButtonBox>
+#include <QGridLayout>
 #include <QLabel>
 #include <QLayout>
 #include <QMessageBox>
@@ -16,6 +18,8 @@ namespace companion {
 namespace {
 
 constexpr int margin = 24;
+constexpr int width = 440;
+constexpr int gapAboveButton = 12; // besides the layout's own
 
 /// A message may quote what came from outside; it is text, never mark-up.
 void showAsPlainText(QMessageBox& box)
@@ -41,6 +45,18 @@ void addOkButton(QMessageBox& box)
     box.setEscapeButton(ok);
 }
 
+/// The box takes the least width that its layout allows, so that has to be the one.
+void makeWide(QMessageBox& box)
+{
+    for (QLabel* label : box.findChildren<QLabel*>()) {
+        if (label->objectName() != QLatin1String("qt_msgboxex_icon_label"))
+            label->setWordWrap(true);
+    }
+    if (auto* layout = qobject_cast<QGridLayout*>(box.layout()))
+        layout->addItem(
+            new QSpacerItem(width - 2 * margin, 0), layout->rowCount(), 0, 1, layout->columnCount());
+}
+
 QMessageBox* makeBox(QWidget& parent, const QString& message, const QString& informativeText)
 {
     auto* box = new QMessageBox(&parent);
@@ -55,6 +71,8 @@ QMessageBox* makeBox(QWidget& parent, const QString& message, const QString& inf
     addOkButton(*box);
     // Last, since the layout is made anew by all of the above.
     box->layout()->setContentsMargins(margin, margin, margin, margin);
+    box->findChild<QDialogButtonBox*>()->setContentsMargins(0, gapAboveButton, 0, 0);
+    makeWide(*box);
     return box;
 }
 

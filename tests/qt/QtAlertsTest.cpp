@@ -84,6 +84,7 @@ TEST_F(QtAlertsTest, TheMessageIsSemiBoldAndTheMarginsAre24Points)
         EXPECT_EQ(box.findChild<QLabel*>("qt_msgbox_label")->font().weight(), QFont::DemiBold);
         EXPECT_EQ(box.layout()->contentsMargins(), QMargins(24, 24, 24, 24));
         EXPECT_GE(box.findChild<QLabel*>("qt_msgbox_label")->x(), 24);
+        EXPECT_EQ(box.width(), 440);
         pressOk(box);
     });
     m_alerts.runModal("Network error", "Please retry.");

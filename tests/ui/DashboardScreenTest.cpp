@@ -501,7 +501,7 @@ TEST_F(DashboardScreenTest, AnAlertThatAClickOpensHasNoRing)
     alert.activateWindow();
     QCoreApplication::processEvents();
     EXPECT_EQ(button->findChild<QFocusFrame*>(), nullptr);
-    reachByKeyboard(*button);
+    QTest::keyClick(button, Qt::Key_Tab); // which finds nothing else
     EXPECT_NE(button->findChild<QFocusFrame*>(), nullptr);
 }
 

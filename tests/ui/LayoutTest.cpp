@@ -5,9 +5,12 @@
 #include "ui/QtSplashView.h"
 #include "ui/Theme.h"
 
+#include <QComboBox>
 #include <QHelpEvent>
 #include <QLabel>
+#include <QProgressBar>
 #include <QPushButton>
+#include <QToolTip>
 
 namespace companion::testing {
 namespace {
@@ -288,6 +291,71 @@ TEST_F(LayoutTest, ALongStatusEndsInAnEllipsisAndShowsItselfWholeInItsToolTip)
     EXPECT_EQ(m_window.width(), 800);
     EXPECT_LT(inWindow("deviceStatusLabel").right(), inWindow("settingsIcon").left());
     EXPECT_EQ(toolTip(), whole);
+}
+
+TEST_F(LayoutTest, APanelsLongNameEndsInAnEllipsisAndShowsItselfWholeInItsToolTip)
+{
+    const auto toolTipOf = [this](int row) {
+        QToolTip::hideText();
+        const QPoint at = table().visualRect(table().model()->index(row, 0)).center();
+        QHelpEvent event(QEvent::ToolTip, at, table().viewport()->mapToGlobal(at));
+        QApplication::sendEvent(table().viewport(), &event);
+        return QToolTip::text().toStdString();
+    };
+    openList();
+    announce("Meridian 65|Room 204|0A00020F");
+    announce("Tandem 86|Teachers' library <beside> the gymnasium, second floor|0A000212");
+    EXPECT_EQ(toolTipOf(0), "");
+    EXPECT_EQ(
+        toolTipOf(1), "Teachers' library &lt;beside&gt; the gymnasium, second floor\n0A000212   10.0.2.18");
+}
+
+TEST_F(LayoutTest, AnUploadsLongNameIsShortenedAndShowsItselfWholeInItsToolTip)
+{
+    pair();
+    const auto toolTipOf = [this](const std::string& fileName) {
+        const auto upload = std::make_shared<UploadUnderWay>();
+        m_dashboard.view->showUpload(fileName, upload);
+        QTest::qWait(1); // the layout
+        QWidget& bar = *outlet("uploadProgressBars").findChildren<QProgressBar*>().last();
+        QHelpEvent event(QEvent::ToolTip, {9, 9}, bar.mapToGlobal(QPoint(9, 9)));
+        QApplication::sendEvent(&bar, &event);
+        return bar.toolTip().toStdString();
+    };
+    EXPECT_EQ(toolTipOf("Timetable.pdf"), "");
+    const std::string whole = "Timetable" + std::string(200, 'e') + ".pdf";
+    EXPECT_EQ(toolTipOf(whole), whole);
+}
+
+TEST_F(LayoutTest, TheLineAboutTouchesKeepsClearOfTheBarAndThePanes)
+{
+    m_window.resize(800, 560);
+    pair();
+    m_dashboard.view->wirelessTouchSwitch().accessibilityPerformPress();
+    openList();
+    clickRow(1); // which shows the drop area again
+    click(outlet("devicesListIcon"));
+    QTest::qWait(1); // the layout
+    ASSERT_TRUE(outlet("fileUploadView").isVisible());
+    EXPECT_EQ(inWindow("touchStateLabel").bottom() + 1, inWindow("hdmiToggleView").top());
+    EXPECT_EQ(inWindow("touchStateLabel").top(), inWindow("fileUploadView").bottom() + 1);
+    EXPECT_EQ(outlet("touchStateLabel").height(), 64); // around a line of 24
+}
+
+TEST_F(LayoutTest, APopUpsListHasTheButtonsCornersAndAGapOf4Points)
+{
+    click(outlet("settingsIcon"));
+    auto& button = find<QComboBox>(m_window, "fpsButton");
+    button.showPopup();
+    QTest::qWait(1); // the layout
+    QWidget& list = *button.view();
+    EXPECT_EQ(list.mapToGlobal(QPoint()).y() - button.mapToGlobal(QPoint(0, button.height())).y(), 4);
+    const QImage picture = list.window()->grab().toImage();
+    const QPoint corner = list.mapTo(list.window(), QPoint()) * picture.devicePixelRatio();
+    EXPECT_EQ(picture.pixelColor(corner).alpha(), 0);
+    EXPECT_EQ(picture.pixelColor(corner + QPoint(2, list.height() / 2) * picture.devicePixelRatio()),
+        QColor(Qt::white));
+    button.hidePopup();
 }
 
 TEST_F(LayoutTest, TheSwitchStandsOutFromItsPlateOnAndOff)
