@@ -1,5 +1,7 @@
 #!/bin/bash
-# tools/screenshots.sh: writes docs/screenshots, a picture of every state of the screens, with the debug build.
+# tools/screenshots.sh [--references]: with the debug build, writes docs/screenshots, a picture of every state of the
+# screens. With --references it writes instead what ./test compares the screens with: tests/ui/pictures, every state at
+# three sizes and two scales, and tests/ui/ScreenReader.txt, what a screen reader finds in it and where Tab goes.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
@@ -18,6 +20,30 @@ if [[ ! -f build/fonts/Poppins-Regular.ttf ]]; then
 fi
 cmake --preset debug >/dev/null
 cmake --build --preset debug --target screen-gallery >/dev/null
+
+# Few colours are used: a palette of 256 halves a file, and no eye tells.
+shrink() {
+    local folder=$1 picture
+    mkdir -p "$folder"
+    for picture in "$fresh"/*.png; do
+        convert "$picture" -dither None -colors 256 -strip -define png:compression-level=9 "$folder/$(basename "$picture")"
+    done
+}
+
+if [[ ${1-} == --references ]]; then
+    cmake --build --preset debug --target ui_test >/dev/null
+    for scale in 1 2; do
+        QT_SCALE_FACTOR=$scale PANEL_COMPANION_NEW_PICTURES=$fresh \
+            build/debug/bin/ui_test --gtest_brief --gtest_filter='ReferencePictureTest.*'
+    done
+    PANEL_COMPANION_NEW_TEXT=tests/ui/ScreenReader.txt \
+        build/debug/bin/ui_test --gtest_brief --gtest_filter='ScreenReaderTest.*'
+    rm -rf tests/ui/pictures
+    shrink tests/ui/pictures
+    mv "$fresh/made-with.txt" tests/ui/pictures
+    git diff --stat -- tests/ui
+    exit
+fi
 
 gallery() {
     build/debug/bin/screen-gallery "$@" 2> >(grep -v -e 'This plugin does not support' -e XDG_RUNTIME_DIR >&2)
@@ -40,9 +66,5 @@ else
     echo "panel-page.png stays as it is: chromium or chromedriver is not here." >&2
 fi
 
-mkdir -p "$folder"
-for picture in "$fresh"/*.png; do
-    # Few colours are used: a palette of 256 halves a file, and no eye tells.
-    convert "$picture" -dither None -colors 256 -strip -define png:compression-level=9 "$folder/$(basename "$picture")"
-done
+shrink "$folder"
 ls -l "$folder"
