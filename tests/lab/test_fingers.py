@@ -92,19 +92,23 @@ class Hand:
         places = [(x, y) for x in range(left + 20, left + width - 20, KEY) for y in range(top + 20, top + height - 20, KEY)]
         return self.random.sample(places, count)
 
-    def expect(self, *presses, timeout=10):
-        """These presses and no others, in this order; returns all events."""
+    def events_of(self, count, timeout=10):
+        """All events once there are so many presses."""
         events = []
 
         def all_there():
             events.extend(self.witness.events())
-            return len(self.pressed(events)) >= len(presses)
+            return len(self.pressed(events)) >= count
         try:
-            wait_until(all_there, f"{len(presses)} presses", timeout)
+            wait_until(all_there, f"{count} presses", timeout)
         except Failure as failure:
-            raise Failure(f"{failure}: {self.pressed(events)} instead of {list(presses)}") from None
+            raise Failure(f"{failure}: {self.pressed(events)}") from None
         time.sleep(0.1)  # one too many would come with the last touch
-        events.extend(self.witness.events())
+        return events + self.witness.events()
+
+    def expect(self, *presses):
+        """These presses and no others, in this order; returns all events."""
+        events = self.events_of(len(presses))
         assert self.pressed(events) == list(presses), f"pressed {self.pressed(events)}, not {list(presses)}: {events}"
         self.done["presses"] += len(presses)
         return events
@@ -167,11 +171,15 @@ class Hand:
         place = self.keys(1)[0]
         gap = self.random.randint(120, 300)
         self.send(*self.tap_lines(place), *self.tap_lines(place, gap - HELD))
-        events = self.expect(place, place)
+        events = self.events_of(2)
         assert not self.is_held_after(events), f"held after a double tap: {events}"
-        first, second = [time for what, _, _, time in events if what == "press"]
-        # A computer that stops for a moment makes two clicks of it.
-        self.done["double taps" if second - first < ClickWindow.INTERVAL else "double taps that came late"] += 1
+        pressed = self.pressed(events)
+        assert set(pressed) == {place}, f"pressed {pressed}, not {place}: {events}"
+        # A computer that stops for a moment makes two clicks of it, and presses as often as a double click still lacks.
+        is_late = events[-1][3] - events[0][3] >= ClickWindow.INTERVAL
+        assert len(pressed) == 2 or is_late and len(pressed) <= 4, f"{len(pressed)} presses: {events}"
+        self.done["presses"] += len(pressed)
+        self.done["double taps that came late" if is_late else "double taps"] += 1
 
     def drag_while_the_server_is_grabbed(self):
         (x, y), (to_x, to_y) = self.keys(2)
