@@ -305,7 +305,7 @@ Le programme a été relancé. Choisissez votre écran interactif pour continuer
     </message>
     <message>
         <source>On Wayland touches reach X11 programs only; an X11 session has no such limit%1</source>
-        <translation>Sous Wayland, le tactile n’atteint que les programmes X11 ; une session X11 n’a pas cette limite%1</translation>
+        <translation>Sous Wayland, le tactile n’atteint que les programmes X11&#xa0;; une session X11 n’a pas cette limite%1</translation>
     </message>
 </context>
 <context>
