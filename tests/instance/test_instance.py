@@ -90,10 +90,10 @@ def test_files_of_a_second_start_are_sent_one_after_the_other_by_the_running_pro
     assert (second.returncode, second.stderr) == (0, "")
     wait_until(lambda: session.desktop.active_window_name() == TITLE, "the window is in front again")
     for name in ("a.png", "plan b.pdf"):
+        wait_until(lambda name=name: session.sent()[-1:] == [name], f"{name} arrives")
         companion.expect_alert(UPLOADED, 10)
-        assert session.sent()[-1] == name
-        companion.window.dismiss_alert()
-    companion.expect_alert('"gone.doc" cannot be read.')
+        companion.window.press("OK")
+    wait_until(lambda: '"gone.doc" cannot be read.' in companion.window.alert_texts(), "the alert that comes at once")
     assert session.sent() == ["a.png", "plan b.pdf"]
     assert session.desktop.visible_windows(TITLE) == 2, "more than the window and its alert"
 
