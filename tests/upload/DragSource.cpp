@@ -1,7 +1,8 @@
 // drag-source [--text TEXT] [--png BYTES] [--url URL]... [--move-only] [--portal] [FILE]...
 // Another program that things are dragged from, as a file manager: a small window at the top left of the screen, in
 // which a press and a move begin one drag. It would rather move than copy, and deletes the files if they were moved.
-// Tells by lines on standard output: "ready", "started", and "ended copy", "ended move", "ended link" or "ended none".
+// Tells by lines on standard output: "ready", "started", "would copy" whenever the target's answer changes, and "ended copy";
+// also with "move", "link" or "none".
 #include <cstdio>
 #include <fcntl.h>
 #include <QApplication>
@@ -17,29 +18,30 @@
 #include <QTimer>
 #include <QUrl>
 #include <QWidget>
+#include <string>
 #include <unistd.h>
 
 namespace {
 
 constexpr int side = 60; // pixels
 
-void tell(const char* line)
+void tell(const std::string& line)
 {
-    std::puts(line);
+    std::puts(line.c_str());
     std::fflush(stdout);
 }
 
-const char* nameOf(Qt::DropAction action)
+std::string nameOf(Qt::DropAction action)
 {
     switch (action) {
     case Qt::CopyAction:
-        return "ended copy";
+        return "copy";
     case Qt::MoveAction:
-        return "ended move";
+        return "move";
     case Qt::LinkAction:
-        return "ended link";
+        return "link";
     default:
-        return "ended none";
+        return "none";
     }
 }
 
@@ -119,12 +121,14 @@ protected:
         m_hasStarted = true;
         auto* drag = new QDrag(this);
         drag->setMimeData(m_offer.data());
+        connect(drag, &QDrag::actionChanged, this,
+            [](Qt::DropAction action) { tell("would " + nameOf(action)); });
         tell("started");
         const Qt::DropAction action = drag->exec(m_offer.actions, Qt::MoveAction);
         if (action == Qt::MoveAction)
             for (const QString& file : m_offer.files)
                 QFile::remove(file);
-        tell(nameOf(action)); // what it offers can still be read: the target may be slow
+        tell("ended " + nameOf(action)); // what it offers can still be read: the target may be slow
     }
 
 private:

@@ -262,7 +262,7 @@ def test_a_file_is_dropped_from_another_program(make_session, output):
     wait_until(lambda: "ready" in source.output() and session.desktop.windows("drag-source"), "the other program's window")
     session.desktop.tell('[title="^drag-source$"] move position 0 0')
     area = session.app.window.find("label", "Drag and drop a file here to send it to the panel").center()
-    session.desktop.drag((20, 20), area, lambda: "started" in source.output())
+    session.desktop.drag((20, 20), area, lambda: "started" in source.output(), lambda: "would copy" in source.output())
     wait_until(lambda: "ended copy" in source.output(), "the end of the drag")
     is_uploaded(session, file)
 

@@ -123,8 +123,8 @@ class WaylandDesktop:
         """The titles of those that ask for attention."""
         return [node["name"] for node in self._nodes() if node["urgent"]]
 
-    def drag(self, start, end, has_started):
-        """In points of the first output. Moves on once the program has begun its drag."""
+    def drag(self, start, end, has_started, is_welcome):
+        """In points of the first output. Moves on once the program has begun its drag, and drops what is welcome."""
         output = self.outputs[0]
         self.mouse.move(output, *start)
         self.mouse.press()
@@ -133,6 +133,7 @@ class WaylandDesktop:
         wait_until(has_started, "a drag", 20)
         for step in range(1, 9):
             self.mouse.move(output, *(a + (b - a) * step / 8 for a, b in zip(start, end)))
+        wait_until(is_welcome, "the target's answer", 20)
         self.mouse.release()
 
     def click(self, x, y):
