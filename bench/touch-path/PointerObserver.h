@@ -2,9 +2,6 @@
 
 #include <chrono>
 #include <optional>
-#include <string>
-
-struct _XDisplay;
 
 namespace companion::bench {
 
@@ -18,16 +15,14 @@ public:
         int y = 0;
     };
 
-    explicit PointerObserver(const std::string& display);
-    ~PointerObserver();
-    PointerObserver(const PointerObserver&) = delete;
-    PointerObserver& operator=(const PointerObserver&) = delete;
+    virtual ~PointerObserver() = default;
 
     /// The next motion, waited for until the deadline.
-    std::optional<Motion> next(TimePoint deadline);
+    virtual std::optional<Motion> next(TimePoint deadline) = 0;
 
-private:
-    _XDisplay* m_display;
+protected:
+    /// Whether that much arrived before the deadline.
+    static bool waitReadable(int fd, TimePoint deadline);
 };
 
 } // namespace companion::bench

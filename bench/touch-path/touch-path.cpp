@@ -2,11 +2,15 @@
 // against the bare loop. Only the ratios mean something on another machine.
 //
 //     bench_touch_path [--display :N] [--rounds N] [--moves N] [--peer NAME=PORT[:PID]]...
+//     bench_touch_path --wayland yes [--rounds N] [--moves N] --peer NAME=PORT[:PID]...
 //
-// Without --display a private Xvfb of 1280 × 800 is started. A --peer is a program that runs already, takes touch
+// Without --display a private Xvfb of 1280 × 800 is started. With --wayland the other client is one of the compositor
+// that $WAYLAND_DISPLAY names, and the first peer is the limit. A --peer is a program that runs already, takes touch
 // records on that UDP port of loopback and posts to the same display; with its process id, its processor time is
 // told as well.
 #include "bench/touch-path/Measurement.h"
+#include "bench/touch-path/WaylandPointerObserver.h"
+#include "bench/touch-path/X11PointerObserver.h"
 #include "tests/support/XvfbServer.h"
 
 #include <algorithm>
@@ -36,6 +40,7 @@ struct Peer {
 
 struct Options {
     std::string display;
+    bool isWayland = false;
     int rounds = 9;
     int moves = 2000;
     std::vector<std::string> peers;
@@ -53,6 +58,11 @@ const std::vector<Mode> modes{
     {"64 in flight", [](Measurement& m, int moves) { return m.inFlight(moves, 64); }, 20},
 };
 
+const std::vector<Mode> waylandModes{
+    modes[0],
+    {"240 a second", [](Measurement& m, int moves) { return m.atRate(moves, 1'000'000'000ns / 240); }},
+};
+
 Options parse(int argc, char** argv)
 {
     Options options;
@@ -60,6 +70,8 @@ Options parse(int argc, char** argv)
         const std::string name = argv[i];
         if (name == "--display")
             options.display = argv[i + 1];
+        else if (name == "--wayland")
+            options.isWayland = true;
         else if (name == "--rounds")
             options.rounds = std::stoi(argv[i + 1]);
         else if (name == "--moves")
@@ -196,7 +208,7 @@ void measure(
     }
 }
 
-void run(const Options& options)
+void runOnX11(const Options& options)
 {
     std::unique_ptr<testing::XvfbServer> xvfb;
     if (options.display.empty())
@@ -213,8 +225,21 @@ void run(const Options& options)
     for (const std::string& peer : options.peers)
         peers.push_back(runningPeer(peer));
 
-    PointerObserver observer(display);
+    X11PointerObserver observer(display);
     for (const Mode& mode : modes)
+        measure(mode, peers, observer, options);
+}
+
+void runOnWayland(const Options& options)
+{
+    std::vector<Peer> peers;
+    for (const std::string& peer : options.peers)
+        peers.push_back(runningPeer(peer));
+    if (peers.empty())
+        throw std::invalid_argument("--wayland without a --peer");
+
+    WaylandPointerObserver observer;
+    for (const Mode& mode : waylandModes)
         measure(mode, peers, observer, options);
 }
 
@@ -223,7 +248,8 @@ void run(const Options& options)
 int main(int argc, char** argv)
 {
     try {
-        run(parse(argc, argv));
+        const Options options = parse(argc, argv);
+        options.isWayland ? runOnWayland(options) : runOnX11(options);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "bench_touch_path: %s\n", error.what());
         return 2;

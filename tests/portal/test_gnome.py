@@ -100,6 +100,9 @@ class Reporter:
         self._process = process
         wait_until(lambda: "ready" in process.output(), "the window that covers the screen", 30)
 
+    def is_running(self):
+        return self._process.running()
+
     def events(self, *kinds):
         """(what, x, y) of those kinds."""
         found = re.findall(r"^(\w+) (\S+) (\S+)$", self._process.output(), re.MULTILINE)

@@ -33,6 +33,9 @@ class Reporter:
         mouse.move(output, output.width - 9, output.height - 11)
         return any(near(event[1:], output.width - 9, output.height - 11) for event in self.events())
 
+    def is_running(self):
+        return self._process.running()
+
     def events(self):
         """[(what, x, y)] since it came up."""
         return [(what, float(x), float(y)) for what, x, y in re.findall(

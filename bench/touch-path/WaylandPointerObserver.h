@@ -1,0 +1,43 @@
+#pragma once
+
+#include "bench/touch-path/PointerObserver.h"
+
+#include <deque>
+
+struct wl_compositor;
+struct wl_display;
+struct wl_pointer;
+struct wl_seat;
+struct wl_shm;
+struct wl_surface;
+struct xdg_wm_base;
+
+namespace companion::bench {
+
+/// On the compositor that $WAYLAND_DISPLAY names, which has one screen of 1280 × 800.
+class WaylandPointerObserver : public PointerObserver {
+public:
+    WaylandPointerObserver();
+    ~WaylandPointerObserver() override;
+    WaylandPointerObserver(const WaylandPointerObserver&) = delete;
+    WaylandPointerObserver& operator=(const WaylandPointerObserver&) = delete;
+
+    std::optional<Motion> next(TimePoint deadline) override;
+
+private:
+    struct Callbacks;
+
+    void showWindow();
+    void paint();
+
+    wl_display* m_display;
+    wl_compositor* m_compositor = nullptr;
+    wl_shm* m_shm = nullptr;
+    wl_seat* m_seat = nullptr;
+    wl_pointer* m_pointer = nullptr;
+    xdg_wm_base* m_shell = nullptr;
+    wl_surface* m_surface = nullptr;
+    std::deque<Motion> m_motions;
+};
+
+} // namespace companion::bench
