@@ -40,7 +40,7 @@ if [[ ${1-} == --references ]]; then
         build/debug/bin/ui_test --gtest_brief --gtest_filter='ScreenReaderTest.*'
     rm -rf tests/ui/pictures
     shrink tests/ui/pictures
-    mv "$fresh/made-with.txt" tests/ui/pictures
+    mv "$fresh"/made-with@*.txt tests/ui/pictures
     git diff --stat -- tests/ui
     exit
 fi
