@@ -310,6 +310,7 @@ TEST_F(SwitchWidgetTest, TheOpacityChangesInTheAnimationsTimeToo)
 
 TEST_F(SwitchWidgetTest, TheKnobCastsAShadowDownwardsAndItsInsideOneAllAround)
 {
+    m_widget.clearFocus();   // whose ring shows if the test before this one used the keyboard
     m_widget.resize(67, 36); // so that the knob ends at 36 points, but for a hundredth
     QCoreApplication::processEvents();
     const auto darkness = [this](
