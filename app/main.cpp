@@ -11,11 +11,24 @@
 #include "ui/Theme.h"
 
 #include <cstdio>
+#include <malloc.h>
 #include <QApplication>
+#include <QPixmapCache>
 
 using namespace companion;
 
 namespace {
+
+/// Once a large block has been freed, the C library would take later ones of up to that size from the heap, where files and
+/// answers that come and go leave holes: a day of lessons would cost memory that nobody uses. Naming the threshold, even
+/// its default, keeps it where it is (mallopt(3)).
+void giveLargeBlocksBack()
+{
+#ifdef M_MMAP_THRESHOLD
+    constexpr int defaultThreshold = 128 << 10;
+    mallopt(M_MMAP_THRESHOLD, defaultThreshold);
+#endif
+}
 
 /// The process's exit status when the arguments ask for no window.
 std::optional<int> answerWithoutWindow(const ParsedOptions& parsed)
@@ -40,6 +53,7 @@ std::optional<int> answerWithoutWindow(const ParsedOptions& parsed)
 int main(int argc, char** argv)
 {
     openStandardDescriptors();
+    giveLargeBlocksBack();
     makeUncaughtExceptionsFatal();
     setFatalErrorHandler([](std::string_view what) { logFatalError(what); }); // until a button may be held
     const ParsedOptions parsed = parseOptions({argv + 1, argv + argc});
@@ -55,6 +69,8 @@ int main(int argc, char** argv)
     QApplication::setQuitOnLastWindowClosed(delegate.applicationShouldTerminateAfterLastWindowClosed());
     useDesktopLanguage(application);
     Theme::applyColors(application);
+    // Every file dialog adds pictures of its own to the toolkit's cache, a third of a mebibyte, and nobody looks at them again.
+    QPixmapCache::setCacheLimit(2 << 10); // KiB; the default is five times that
     installAccessibility();
     installFocusRing();
 

@@ -271,3 +271,19 @@ def test_an_alert_is_answered_as_usual_though_the_mdns_daemon_restarted_meanwhil
         time.sleep(0.5)
         lab.avahi.start()
     expect_alert_outlives(lab, restart)
+
+
+def test_25_file_dialogs_keep_less_than_4_mib(lab):
+    panel = lab.start_panel()
+    companion = lab.start_companion(panel)
+    companion.pair(panel)
+    grown = []
+    for _ in range(26):
+        companion.window.press("Upload a file")
+        companion.window.find("dialog|file chooser", "Upload a file")
+        lab.desktop.key("Escape")
+        companion.window.gone("dialog|file chooser", "Upload a file")
+        grown.append(companion.memory())
+    kept = grown[-1] - grown[0]
+    print(f"25 more dialogs keep {kept / 2**20:.1f} MiB")
+    assert kept < 4 * 2**20, f"25 more dialogs keep {kept / 2**20:.1f} MiB"
