@@ -20,6 +20,8 @@ endif()
 
 add_compile_options(-Wall -Wextra -Wpedantic)
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wshadow> $<$<COMPILE_LANGUAGE:CXX>:-Wnon-virtual-dtor>)
+# For the programs and their libraries, but not for tests, whose macros cast and whose numbers are small.
+set(product_warnings $<$<COMPILE_LANGUAGE:CXX>:-Wconversion> $<$<COMPILE_LANGUAGE:CXX>:-Wold-style-cast>)
 if(PANEL_COMPANION_WERROR)
     add_compile_options(-Werror)
 endif()
