@@ -53,8 +53,8 @@ class Companion:
 
     def pair(self, panel):
         """Picks the panel in the list; returns what the status says then."""
-        self.wait_for_row(panel.name)
-        self._desktop.click(*self.row(panel.name).center())
+        row = self.wait_for_row(panel.name)
+        self._desktop.click(*row.center())
         status = self.window.find("label", f"Paired to {panel.hex}").name
         self.close_list()
         return status
