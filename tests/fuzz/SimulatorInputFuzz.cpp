@@ -30,12 +30,18 @@ void checkGesture(std::string_view text)
         require(lift->isTouch && lift->bytes.starts_with("UP,") && lift->bytes.ends_with(','));
 }
 
+/// What describes a mode sets the same one.
 void checkModes(std::string_view text)
 {
-    if (const auto mode = ReplyMode::parse(text))
-        require(ReplyMode::parse(mode->description()) == mode);
-    if (const auto mode = UploadMode::parse(text))
-        require(UploadMode::parse(mode->description()) == mode);
+    if (const auto mode = ReplyMode::parse(text)) {
+        const auto again = ReplyMode::parse(mode->description);
+        require(again && again->kind == mode->kind && again->number == mode->number
+            && again->text == mode->text && again->delay == mode->delay);
+    }
+    if (const auto mode = UploadMode::parse(text)) {
+        const auto again = UploadMode::parse(mode->description);
+        require(again && again->kind == mode->kind && again->status == mode->status);
+    }
 }
 
 void checkFileName(std::string_view offered)
