@@ -115,9 +115,10 @@ def test_a_panel_that_comes_back_with_another_address_can_be_paired_again(lab):
     lab.ip("address", "del", f"{lab.panel_address}/24", "dev", "en0", host=lab.panel_network)
     lab.ip("address", "add", f"{OTHER_ADDRESS}/24", "dev", "en0", host=lab.panel_network)
     lab.panel_address = OTHER_ADDRESS
-    panel = lab.start_panel()
     companion.open_list()
-    wait_until(lambda: companion.row(panel.hex) and not companion.row("0A1F0714"), "a row with the new address alone", 30)
+    wait_until(lambda: not companion.row("0A1F0714"), "the row with the old address gone", 30)  # and its name with it
+    panel = lab.start_panel()
+    wait_until(lambda: companion.row(panel.hex), "a row with the new address", 30)
     companion.window.press("Disconnect")  # the row counts as picked, whoever is in it now
     companion.expect_alert(DISABLED)
     companion.window.dismiss_alert()

@@ -186,5 +186,6 @@ def test_a_monkey_breaks_nothing(lab):
         status = companion.process.wait(5)
         assert status == 0, f"it ended with status {status}"
     except (AssertionError, Failure) as failure:
-        raise Failure(f"seed {seed} after {dict(monkey.done)}: {failure}\n{companion.process.output()[-500:]}") from None
+        raise Failure(f"seed {seed} after {dict(monkey.done)}: {failure}\n{companion.window.describe()}\n"
+                      f"{companion.process.output()[-500:]}") from None
     print(f"seed {seed}, {seconds:g} s: {dict(sorted(monkey.done.items()))}")
