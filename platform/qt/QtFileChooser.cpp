@@ -67,6 +67,7 @@ std::optional<FileUrl> QtFileChooser::runOpenPanel(
         &m_mainWindow, QCoreApplication::translate("FileChooser", "Upload a file"), pathOf(startingFolder));
     dialog->setAcceptMode(QFileDialog::AcceptOpen);
     dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setOption(QFileDialog::ReadOnly); // the toolkit's own dialog would delete and rename files
     dialog->setNameFilter(
         QCoreApplication::translate("FileChooser", "Files for the panel") + " (" + patterns.join(' ') + ")");
     const bool isConfirmed = dialog->exec() == QDialog::Accepted && dialog;

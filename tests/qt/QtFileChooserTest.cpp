@@ -84,6 +84,7 @@ TEST_F(QtFileChooserTest, OneFileOfTheGivenTypesIsAskedForInTheUsersDownloadsFol
     whenShown([this](QFileDialog& dialog) {
         EXPECT_EQ(dialog.fileMode(), QFileDialog::ExistingFile);
         EXPECT_EQ(dialog.acceptMode(), QFileDialog::AcceptOpen);
+        EXPECT_TRUE(dialog.testOption(QFileDialog::ReadOnly));
         EXPECT_EQ(dialog.nameFilters(), QStringList("Files for the panel (*.png *.pdf)"));
         EXPECT_EQ(dialog.directory().canonicalPath(), QDir(downloads()).canonicalPath());
         EXPECT_EQ(dialog.windowModality(), Qt::ApplicationModal);
