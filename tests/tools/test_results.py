@@ -99,6 +99,15 @@ def test_cases_are_named_after_their_group(test, case, name):
     assert results.case_name(test, case) == name
 
 
+def test_a_test_of_one_case_is_among_the_cases_that_a_filter_chooses(tmp_path):
+    several = tmp_path / "test_several.py"
+    several.write_text("def test_drag():\n    pass\n", encoding="utf-8")
+    tests = [("lab/several", ["python3", "-m", "pytest", str(several)]),
+             ("lab/a_drag", ["python3", "-m", "pytest", "test_one.py::test_a_drag"])]
+    assert choose.choose(tests, lambda name: "drag" in name)[2] == {"drag", "a_drag"}
+    assert choose.choose(tests[1:], lambda name: "drag" in name) == (["lab/a_drag"], set(), set())
+
+
 def test_a_filter_chooses_cases_and_whole_tests(monkeypatch, tmp_path):
     monkeypatch.setattr(choose, "gtest_cases", lambda program: {"bin/x_test": ["S.Tap", "S.Drag"], "bin/y_test": ["S.Tap"]}[program])
     file = tmp_path / "test_page.py"

@@ -31,7 +31,7 @@ def pytest_cases(file):
 
 def choose(tests, matches):
     """(names of CTest's tests, GoogleTest's cases, pytest's cases) that match."""
-    names, gtest, pytest = [], set(), set()
+    names, gtest, pytest, single = [], set(), set(), set()
     for name, command in tests:
         program, group = command[0] if command else "", re.sub(r"/\d+$", "", name)
         if program.endswith("_test"):
@@ -42,9 +42,12 @@ def choose(tests, matches):
             pytest |= cases
         else:
             cases = matches(name)
+            if cases and command and "::test_" in command[-1]:
+                single.add(command[-1].split("::test_")[1])
         if cases:
             names.append(name)
-    return names, gtest, pytest
+    # Tests of one case each need no choice of theirs, but must be in the one that is made for others.
+    return names, gtest, (pytest | single if pytest else set())
 
 
 def main():
