@@ -32,6 +32,13 @@ test_needed_packages_are_installed_by_the_name_that_the_distribution_has() {
     expect installed 'g++ old' "$(installs)"
 }
 
+test_a_script_that_ends_at_errors_installs_what_is_missing() {
+    pretend_distribution g++ new chromium zsh
+    (set -euo pipefail && install_dependencies build run 2>/dev/null)
+    expect status 0 $?
+    expect installed 'g++ new' "$(installs)"
+}
+
 test_a_needed_package_that_does_not_exist_is_named_and_a_failure() {
     pretend_distribution g++ chromium zsh
     echo new >broken

@@ -20,8 +20,9 @@ missing_of() {
     local installed=$'\n' wanted names name status
     wanted=$(cat)
     # One call for all of them: this runs at every start, and mostly there is nothing to do.
+    # It fails when one is unknown, which ends no caller that runs with errexit and pipefail.
     # shellcheck disable=SC2016 # the braces are dpkg-query's
-    installed+=$(tr '|' '\n' <<<"$wanted" | xargs dpkg-query -W -f '${db:Status-Status} ${Package}\n' 2>/dev/null |
+    installed+=$(tr '|' '\n' <<<"$wanted" | { xargs dpkg-query -W -f '${db:Status-Status} ${Package}\n' 2>/dev/null || true; } |
         sed -n 's/^installed //p')
     installed+=$'\n'
     while read -r names; do
