@@ -8,4 +8,5 @@ def lab(programs, output, has_failed):
     yield lab
     if has_failed():
         lab.desktop.screenshot(output / "failed.png")
+        print(lab.announcements())
     lab.processes.end()

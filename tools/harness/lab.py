@@ -61,6 +61,14 @@ class Lab:
         """The ip command on the computer, or on `host`."""
         return self.processes.run(["ip", *arguments], namespace=host)
 
+    def announcements(self):
+        """What the mDNS daemon of each host says of panels, to tell who lost one."""
+        browse = "DBUS_SYSTEM_BUS_ADDRESS=$0 timeout 10 avahi-browse -rpt _airplay._tcp 2>&1"
+        hosts = {"computer": (self.bus, None), "panel": (self.panel_bus, self.panel_network)}
+        return "\n".join(
+            f"{name}'s mDNS daemon:\n" + self.processes.run(["sh", "-c", browse, bus.address], namespace=host, check=False)
+            for name, (bus, host) in hosts.items() if bus)
+
     def plug(self, is_in):
         """Pulls the cable at the panel's end, or puts it in."""
         self.ip("link", "set", "en0", "up" if is_in else "down", host=self.panel_network)
