@@ -5,12 +5,13 @@ Where networks of one's own are not allowed there is one host with both roles on
 
 import os
 import pathlib
+import socket
 
 from . import mdns, network
 from .companion import Companion
 from .desktop import Desktop
 from .panel import Panel
-from .processes import Failure, NetworkNamespace, Processes
+from .processes import Failure, NetworkNamespace, Processes, wait_until
 
 COMPUTER_ADDRESS = "10.31.7.5"
 PANEL_ADDRESS = "10.31.7.20"
@@ -70,8 +71,20 @@ class Lab:
             for name, (bus, host) in hosts.items() if bus)
 
     def plug(self, is_in):
-        """Pulls the cable at the panel's end, or puts it in."""
+        """Pulls the cable at the panel's end, or puts it in and waits for it: an address that could not be resolved before
+        stays unreachable for some seconds."""
         self.ip("link", "set", "en0", "up" if is_in else "down", host=self.panel_network)
+        if is_in:
+            wait_until(self._reaches_panel, "the panel is reached by the cable")
+
+    def _reaches_panel(self):
+        try:
+            socket.create_connection((self.panel_address, 5000), 1).close()
+        except ConnectionRefusedError:
+            pass
+        except OSError:
+            return False
+        return True
 
     def start_panel(self, name="Room 204", **options):
         return Panel(self.processes, self.programs / "panel-simulator", self.panel_address, name=name,
