@@ -150,16 +150,12 @@ void DesktopProgram::Backend::tellTouchStatus(const std::string& sentence)
         m_view->setTouchObstacle(sentence);
 }
 
-/// Qt takes the token for the next activation from where a program's launcher would put it.
 void DesktopProgram::Backend::askForAttention()
 {
     if (!QGuiApplication::platformName().startsWith(QLatin1String("wayland")))
         return;
-    m_activationToken = std::make_unique<ActivationToken>([this](const std::string& token) {
-        qputenv("XDG_ACTIVATION_TOKEN", token.c_str());
-        m_window.activateWindow();
-        qunsetenv("XDG_ACTIVATION_TOKEN");
-    });
+    m_activationToken = std::make_unique<ActivationToken>(
+        [this](const std::string& token) { bringToFront(m_window, token); });
 }
 
 void DesktopProgram::Backend::showDashboard()
@@ -219,7 +215,7 @@ DesktopProgram::DesktopProgram(const Options& options, char* const* arguments)
     : m_options(options)
     , m_restart(arguments)
     , m_signalNotifier(m_signals.fd(), QSocketNotifier::Read)
-    , m_instance([this](const auto& urls) { serve(urls); })
+    , m_instance([this](const auto& urls, const auto& token) { serve(urls, token); })
     , m_filesToSend(
           m_restart.reason() ? std::vector<std::string>{} : urlsOfFiles(m_options.files)) // were taken before
 {
@@ -260,10 +256,10 @@ std::optional<int> DesktopProgram::leaveToRunningProgram()
 }
 
 /// What the desktop or a further start asks for.
-void DesktopProgram::serve(const std::vector<std::string>& urls)
+void DesktopProgram::serve(const std::vector<std::string>& urls, const std::string& activationToken)
 {
     m_filesToSend.insert(m_filesToSend.end(), urls.begin(), urls.end());
-    bringToFront(m_window);
+    bringToFront(m_window, activationToken);
     if (!m_window.isActiveWindow())
         QApplication::alert(&m_window); // where programs may not come to the front by themselves
     if (m_backend)

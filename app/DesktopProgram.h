@@ -38,7 +38,7 @@ private:
     void showDashboard();
     void restartAfter(std::string_view fatalError);
     void endOnSignal();
-    void serve(const std::vector<std::string>& urls);
+    void serve(const std::vector<std::string>& urls, const std::string& activationToken);
     void sendFiles();
 
     const Options m_options;

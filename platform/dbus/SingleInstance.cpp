@@ -13,6 +13,8 @@ const QString path =
     QStringLiteral("/arpa/home/PanelCompanion"); // the name with slashes, as desktops expect it
 const QString interface = QStringLiteral("org.freedesktop.Application");
 
+const QString tokenKey = QStringLiteral("activation-token");
+
 constexpr uint doNotQueue = 4; // D-Bus Specification, "org.freedesktop.DBus.RequestName"
 constexpr uint stayInQueue = 0;
 
@@ -24,6 +26,18 @@ QDBusMessage blockingCall(
     const QDBusConnection& bus, const QDBusMessage& call, std::chrono::milliseconds timeout)
 {
     return bus.call(call, QDBus::Block, static_cast<int>(timeout.count()));
+}
+
+/// What the desktop gave this start to let a window come to the front.
+QVariantMap platformData()
+{
+    const QString token = qEnvironmentVariable("XDG_ACTIVATION_TOKEN");
+    return token.isEmpty() ? QVariantMap() : QVariantMap{{tokenKey, token}};
+}
+
+std::string activationToken(const QVariantMap& platformData)
+{
+    return platformData.value(tokenKey).toString().toStdString();
 }
 
 } // namespace
@@ -83,21 +97,21 @@ bool SingleInstance::ask(const std::vector<std::string>& urls)
             list << QString::fromStdString(url);
         call << list;
     }
-    call << QVariantMap();
+    call << platformData();
     return blockingCall(m_bus, call, programTimeout).type() == QDBusMessage::ReplyMessage;
 }
 
-void SingleInstance::Activate(const QVariantMap&)
+void SingleInstance::Activate(const QVariantMap& platformData)
 {
-    m_whenAsked({});
+    m_whenAsked({}, activationToken(platformData));
 }
 
-void SingleInstance::Open(const QStringList& urls, const QVariantMap&)
+void SingleInstance::Open(const QStringList& urls, const QVariantMap& platformData)
 {
     std::vector<std::string> texts;
     for (const QString& url : urls)
         texts.push_back(url.toStdString());
-    m_whenAsked(texts);
+    m_whenAsked(texts, activationToken(platformData));
 }
 
 /// The desktop entry has none.

@@ -21,8 +21,10 @@ class SingleInstance : public QObject, protected QDBusContext {
     Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
 public:
-    /// `urls` are those of the files to take; the program is to come to the front in any case.
-    using WhenAsked = std::function<void(const std::vector<std::string>& urls)>;
+    /// `urls` are those of the files to take; the program is to come to the front in any case, which the desktop's token lets
+    /// it do. It is empty where the desktop has none.
+    using WhenAsked =
+        std::function<void(const std::vector<std::string>& urls, const std::string& activationToken)>;
 
     enum class Claim {
         isTheOne,   ///< This program is asked from now on; without a bus nobody can ask.

@@ -1,5 +1,8 @@
 // pointer-reporter: another program, over the whole screen, that prints each mouse event as "press X Y",
-// "move X Y", "double X Y" or "release X Y", in its window's coordinates; "ready" comes first.
+// "move X Y", "double X Y" or "release X Y", in its window's coordinates; "ready" comes first. "token TOKEN" is what lets
+// another program's window come to the front.
+#include "platform/wayland/ActivationToken.h"
+
 #include <cstdio>
 #include <QApplication>
 #include <QMouseEvent>
@@ -43,5 +46,9 @@ int main(int argc, char** argv)
         std::fflush(stdout);
     });
     poll.start(20);
+    const companion::ActivationToken activation([](const std::string& token) {
+        std::printf("token %s\n", token.c_str());
+        std::fflush(stdout);
+    });
     return QApplication::exec();
 }

@@ -282,6 +282,20 @@ def is_uploaded(session, file):
     assert session.panel.state()["uploads"]["list"][-1]["size"] == file.stat().st_size
 
 
+def test_a_second_start_brings_the_running_program_to_the_front_with_its_token(make_session):
+    session = make_session()
+    session.desktop.tell("focus_on_window_activation focus")
+    session.start()
+    session.desktop.tell("workspace 2")
+    launcher = session.processes.start([session.programs / "pointer-reporter"], name="launcher")
+    wait_until(lambda: "ready" in launcher.output(), "another program's window", 30)
+    token = wait_until(lambda: re.search(r"^token (\S+)$", launcher.output(), re.MULTILINE), "a token")[1]
+    for environment, title in (({}, "Touches"), ({"XDG_ACTIVATION_TOKEN": token}, "Panel Companion")):
+        second = session.processes.start([session.programs / "panel-companion"], name="second", environment=environment)
+        assert second.wait() == 0
+        wait_until(lambda title=title: session.desktop.focused_window() == title, f"the focus in {title}", 20)
+
+
 def test_an_alert_behind_another_program_asks_for_attention(make_session):
     session = make_session()
     session.start()

@@ -119,6 +119,10 @@ class WaylandDesktop:
         """The nodes of the windows of that title."""
         return [node for node in self._nodes() if node["name"] == title]
 
+    def focused_window(self):
+        """The title of the one that gets what is typed."""
+        return next((node["name"] for node in self._nodes() if node["focused"]), None)
+
     def urgent_windows(self):
         """The titles of those that ask for attention."""
         return [node["name"] for node in self._nodes() if node["urgent"]]
