@@ -100,6 +100,8 @@ DBusRemoteDesktopPortal::DBusRemoteDesktopPortal(const QDBusConnection& bus)
         SLOT(takeResponse(uint, QVariantMap, QDBusMessage)));
     m_bus.connect(QString(), QString(), sessionInterface, QStringLiteral("Closed"), this,
         SLOT(takeClosed(QDBusMessage)));
+    m_bus.connect(QString(), QString(), QString(), QStringLiteral("ActiveChanged"), this,
+        SLOT(takeActiveChanged(bool, QDBusMessage)));
     connect(&m_watcher, &QDBusServiceWatcher::serviceUnregistered, this,
         [this] { loseSession(Loss::portalGone); });
     m_responseTimeout.setSingleShot(true);
@@ -259,6 +261,13 @@ void DBusRemoteDesktopPortal::takeClosed(const QDBusMessage& message)
 {
     if (!m_session.isEmpty() && message.path() == m_session && message.service() == m_owner)
         loseSession(Loss::closed);
+}
+
+/// Of org.freedesktop.ScreenSaver or a desktop's own, such as org.gnome.ScreenSaver.
+void DBusRemoteDesktopPortal::takeActiveChanged(bool isActive, const QDBusMessage& message)
+{
+    if (m_whenLocked && message.interface().endsWith(QLatin1String(".ScreenSaver")))
+        m_whenLocked(isActive);
 }
 
 void DBusRemoteDesktopPortal::loseSession(Loss loss)

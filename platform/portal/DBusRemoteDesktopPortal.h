@@ -28,10 +28,15 @@ public:
     void notifyLeftButton(bool isDown, Notified answered) override;
     void closeSession() override;
     void setWhenLost(std::function<void(Loss)> whenLost) override { m_whenLost = std::move(whenLost); }
+    void setWhenLocked(std::function<void(bool isLocked)> whenLocked) override
+    {
+        m_whenLocked = std::move(whenLocked);
+    }
 
 private Q_SLOTS:
     void takeResponse(uint response, const QVariantMap& results, const QDBusMessage& message);
     void takeClosed(const QDBusMessage& message);
+    void takeActiveChanged(bool isActive, const QDBusMessage& message);
 
 private:
     using Replied = std::function<void(const QDBusMessage& reply)>;
@@ -47,6 +52,7 @@ private:
     QDBusServiceWatcher m_watcher;
     QString m_owner; ///< The portal's unique name; other programs may emit its signals as well.
     std::function<void(Loss)> m_whenLost;
+    std::function<void(bool isLocked)> m_whenLocked;
 
     int m_sessionSerial = 0; ///< Answers of earlier sessions are dropped.
     int m_requestSerial = 0;

@@ -8,6 +8,9 @@ namespace {
 
 constexpr unsigned firstVersionWithTokens = 2;
 
+// Desktops close sessions first, and say that they are locked once the lock screen has faded in.
+constexpr std::chrono::seconds longestFadeOfLockScreen{5};
+
 std::string dropped(const std::string& why)
 {
     return "No touch: " + why + "; turn touch on again to be asked again";
@@ -16,17 +19,20 @@ std::string dropped(const std::string& why)
 } // namespace
 
 RemoteDesktopPointer::RemoteDesktopPointer(std::unique_ptr<RemoteDesktopPortal> portal, const Screen& screen,
-    RestoreToken token, StatusChanged statusChanged)
+    RestoreToken token, StatusChanged statusChanged, Now now)
     : m_portal(std::move(portal))
     , m_screen(screen)
     , m_token(std::move(token))
     , m_statusChanged(std::move(statusChanged))
+    , m_now(std::move(now))
 {
     m_portal->setWhenLost([this](RemoteDesktopPortal::Loss loss) {
-        const bool isClosed = loss == RemoteDesktopPortal::Loss::closed;
-        close(dropped(isClosed ? "the desktop stopped sharing the screen"
-                               : "the desktop's portal has gone or was restarted"));
+        if (loss == RemoteDesktopPortal::Loss::closed)
+            lose("the desktop stopped sharing the screen", m_isLocked);
+        else
+            lose("the desktop's portal has gone or was restarted", /*isLostByLock=*/false);
     });
+    m_portal->setWhenLocked([this](bool isLocked) { lockChanged(isLocked); });
 }
 
 RemoteDesktopPointer::~RemoteDesktopPointer()
@@ -46,6 +52,8 @@ void RemoteDesktopPointer::touchesBegin()
     if (m_state != State::closed)
         return;
     m_state = State::asking;
+    m_lostAt.reset();
+    m_isLostByLock = false;
     m_portal->readVersion([this](unsigned version, const std::string& error) { create(version, error); });
 }
 
@@ -113,6 +121,7 @@ void RemoteDesktopPointer::grant(const ScreenStream& stream)
     m_stream = stream;
     m_calls.emplace([this](const PointerCallQueue::Event& event) { send(event); });
     m_state = State::granted;
+    m_wasLocked = m_isLocked;
     m_statusChanged("");
 }
 
@@ -131,6 +140,34 @@ void RemoteDesktopPointer::close(const std::string& sentence)
     m_statusChanged(sentence);
 }
 
+void RemoteDesktopPointer::lose(const std::string& why, bool isLostByLock)
+{
+    const bool wasGranted = m_state == State::granted;
+    close(dropped(why));
+    if (!wasGranted)
+        return;
+    m_lostAt = m_now();
+    m_isLostByLock = isLostByLock;
+    restoreWhatLockEnded();
+}
+
+void RemoteDesktopPointer::lockChanged(bool isLocked)
+{
+    m_isLocked = isLocked;
+    if (isLocked) {
+        m_wasLocked = true;
+        m_isLostByLock |= m_lostAt && m_now() - *m_lostAt <= longestFadeOfLockScreen;
+    }
+    restoreWhatLockEnded();
+}
+
+/// What the person ended by the desktop's "Stop sharing" stays ended.
+void RemoteDesktopPointer::restoreWhatLockEnded()
+{
+    if (m_isLostByLock && !m_isLocked && !m_token.value().empty())
+        touchesBegin();
+}
+
 void RemoteDesktopPointer::moveTo(Point at)
 {
     if (m_calls)
@@ -147,10 +184,10 @@ void RemoteDesktopPointer::setLeftButtonDown(bool isDown)
 void RemoteDesktopPointer::send(const PointerCallQueue::Event& event)
 {
     const auto answered = [this](const std::string& error) {
-        if (error.empty())
-            m_calls->answered();
-        else
-            close(dropped("the desktop no longer takes touches (" + error + ")"));
+        if (!error.empty())
+            return lose("the desktop no longer takes touches (" + error + ")", m_wasLocked);
+        m_wasLocked = m_isLocked;
+        m_calls->answered();
     };
     if (const Point* const at = std::get_if<Point>(&event))
         m_portal->notifyMotion(m_stream.node, *at, answered);

@@ -6,6 +6,7 @@
 #include "platform/portal/RestoreToken.h"
 #include "platform/Screen.h"
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -17,15 +18,18 @@ namespace companion {
 /// thread only.
 ///
 /// It is asked for when touches begin, unless it is there or being asked for. The session stays open from then on; when
-/// the desktop ends it, the next touches ask again, by the token of the last consent if there is one.
+/// the desktop ends it, the next touches ask again, by the token of the last consent if there is one. What the lock screen
+/// ended is restored by that token as soon as it is unlocked.
 class RemoteDesktopPointer : public PointerDevice {
 public:
     /// One sentence on why touches do not arrive, or "" when they do. It may be called within `touchesBegin`.
     using StatusChanged = std::function<void(const std::string& sentence)>;
+    using TimePoint = std::chrono::steady_clock::time_point;
+    using Now = std::function<TimePoint()>;
 
     /// `screen`, which stands in where the portal does not tell the size of the picked one, must outlive this object.
     RemoteDesktopPointer(std::unique_ptr<RemoteDesktopPortal> portal, const Screen& screen,
-        RestoreToken token, StatusChanged statusChanged);
+        RestoreToken token, StatusChanged statusChanged, Now now = std::chrono::steady_clock::now);
     ~RemoteDesktopPointer() override;
 
     std::optional<Size> area() const override;
@@ -50,6 +54,9 @@ private:
     void grant(const ScreenStream& stream);
     void fail(const PortalAnswer& answer);
     void close(const std::string& sentence);
+    void lose(const std::string& why, bool isLostByLock);
+    void lockChanged(bool isLocked);
+    void restoreWhatLockEnded();
     PersistMode persistMode() const;
     void send(const PointerCallQueue::Event& event);
 
@@ -57,10 +64,16 @@ private:
     const Screen& m_screen;
     RestoreToken m_token;
     StatusChanged m_statusChanged;
+    const Now m_now;
     State m_state = State::closed;
     unsigned m_version = 0;
     ScreenStream m_stream;
     std::optional<PointerCallQueue> m_calls; ///< Of the session.
+
+    bool m_isLocked = false;
+    bool m_wasLocked = false;          ///< Since the session was last known to be open.
+    std::optional<TimePoint> m_lostAt; ///< Of the session that was granted last.
+    bool m_isLostByLock = false;
 };
 
 } // namespace companion

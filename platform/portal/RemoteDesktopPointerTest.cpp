@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
 
 namespace companion::testing {
@@ -12,6 +13,8 @@ namespace companion::testing {
 namespace {
 
 using Kind = PortalAnswer::Kind;
+using Loss = RemoteDesktopPortal::Loss;
+using namespace std::chrono_literals;
 
 /// What a portal does is up to the test, which answers each call.
 struct PortalSide {
@@ -20,6 +23,7 @@ struct PortalSide {
     RemoteDesktopPortal::Answered answered;
     std::deque<RemoteDesktopPortal::Notified> notified;
     std::function<void(RemoteDesktopPortal::Loss)> whenLost;
+    std::function<void(bool isLocked)> whenLocked;
 };
 
 class FakePortal : public RemoteDesktopPortal {
@@ -55,6 +59,10 @@ public:
     }
     void closeSession() override { m_side.calls.add("close"); }
     void setWhenLost(std::function<void(Loss)> whenLost) override { m_side.whenLost = std::move(whenLost); }
+    void setWhenLocked(std::function<void(bool isLocked)> whenLocked) override
+    {
+        m_side.whenLocked = std::move(whenLocked);
+    }
 
 private:
     void request(const std::string& what, Answered answered)
@@ -93,6 +101,11 @@ protected:
     void ask(unsigned version = 2)
     {
         pointer->touchesBegin();
+        answerUpToTheDialog(version);
+    }
+
+    void answerUpToTheDialog(unsigned version = 2)
+    {
         side.versionRead(version, "");
         answer({});
         answer({});
@@ -117,9 +130,10 @@ protected:
     PortalSide side;
     FakeScreen screen;
     std::string status = "as ever";
-    std::unique_ptr<RemoteDesktopPointer> pointer =
-        std::make_unique<RemoteDesktopPointer>(std::make_unique<FakePortal>(side), screen, RestoreToken(),
-            [this](const std::string& sentence) { status = sentence; });
+    RemoteDesktopPointer::TimePoint now{1234567ms};
+    std::unique_ptr<RemoteDesktopPointer> pointer = std::make_unique<RemoteDesktopPointer>(
+        std::make_unique<FakePortal>(side), screen, RestoreToken(),
+        [this](const std::string& sentence) { status = sentence; }, [this] { return now; });
 };
 
 TEST_F(RemoteDesktopPointerTest, NothingIsAskedBeforeTouchesBegin)
@@ -224,7 +238,7 @@ TEST_F(RemoteDesktopPointerTest, WithoutASizeOfItsOwnTheScreenIsTheMainOne)
 TEST_F(RemoteDesktopPointerTest, WhatTheDesktopClosesIsRestoredByTheNewestToken)
 {
     obtainConsent("a1");
-    side.whenLost(RemoteDesktopPortal::Loss::closed);
+    side.whenLost(Loss::closed);
     expectDropped("the desktop stopped sharing the screen");
     pointer->setLeftButtonDown(true);
     EXPECT_EQ(calls(), "close");
@@ -233,7 +247,7 @@ TEST_F(RemoteDesktopPointerTest, WhatTheDesktopClosesIsRestoredByTheNewestToken)
     EXPECT_EQ(calls(), "version|create|pointer mode 1 token a1|monitor|start");
     answer(consent("b2"));
     EXPECT_EQ(status, "");
-    side.whenLost(RemoteDesktopPortal::Loss::portalGone);
+    side.whenLost(Loss::portalGone);
     expectDropped("the desktop's portal has gone or was restarted");
     ask();
     EXPECT_EQ(calls(), "close|version|create|pointer mode 1 token b2|monitor|start");
@@ -247,6 +261,115 @@ TEST_F(RemoteDesktopPointerTest, ARefusedCallCountsAsClosed)
     side.notified.front()("Invalid session");
     expectDropped("the desktop no longer takes touches (Invalid session)");
     EXPECT_EQ(side.calls.lines().back(), "close");
+}
+
+TEST_F(RemoteDesktopPointerTest, WhatIsClosedWhileTheScreenIsLockedIsRestoredByItsTokenWhenItIsUnlocked)
+{
+    obtainConsent("a1");
+    side.whenLocked(true);
+    side.whenLost(Loss::closed);
+    EXPECT_EQ(calls(), "close");
+    side.whenLocked(false);
+    answerUpToTheDialog();
+    answer(consent("b2"));
+    EXPECT_EQ(calls(), "version|create|pointer mode 1 token a1|monitor|start");
+    EXPECT_EQ(status, "");
+    side.whenLocked(false); // of another interface
+    EXPECT_EQ(calls(), "");
+}
+
+TEST_F(RemoteDesktopPointerTest, WhatIsClosed5SecondsBeforeTheScreenIsLockedIsRestored)
+{
+    obtainConsent("a1");
+    side.whenLost(Loss::closed);
+    now += 5s;
+    side.whenLocked(true);
+    EXPECT_EQ(calls(), "close");
+    now += 2h;
+    side.whenLocked(false);
+    EXPECT_EQ(calls(), "version");
+}
+
+TEST_F(RemoteDesktopPointerTest, WhatIsStoppedEarlierThanThatStaysStoppedUntilTouchesBeginAgain)
+{
+    obtainConsent("a1");
+    side.whenLost(Loss::closed);
+    now += 5001ms;
+    side.whenLocked(true);
+    side.whenLocked(false);
+    expectDropped("the desktop stopped sharing the screen");
+    EXPECT_EQ(calls(), "close");
+    pointer->touchesBegin();
+    EXPECT_EQ(calls(), "version");
+}
+
+TEST_F(RemoteDesktopPointerTest, WhatIsStoppedAfterTheScreenWasUnlockedStaysStopped)
+{
+    obtainConsent("a1");
+    side.whenLocked(true);
+    side.whenLocked(false);
+    side.whenLost(Loss::closed);
+    EXPECT_EQ(calls(), "close");
+}
+
+TEST_F(RemoteDesktopPointerTest, ASessionWithoutATokenIsNotRestored)
+{
+    obtainConsent();
+    side.whenLocked(true);
+    side.whenLost(Loss::closed);
+    side.whenLocked(false);
+    expectDropped("the desktop stopped sharing the screen");
+    EXPECT_EQ(calls(), "close");
+}
+
+TEST_F(RemoteDesktopPointerTest, ALockThatClosesADialogAsksNothingWhenItEnds)
+{
+    obtainConsent("a1");
+    side.whenLost(Loss::portalGone);
+    now += 1min;
+    ask();
+    calls();
+    side.whenLocked(true);
+    side.whenLost(Loss::closed);
+    side.whenLocked(false);
+    EXPECT_EQ(calls(), "close");
+}
+
+TEST_F(RemoteDesktopPointerTest, ARestoreThatIsRefusedIsTriedOnce)
+{
+    obtainConsent("a1");
+    side.whenLocked(true);
+    side.whenLost(Loss::closed);
+    side.whenLocked(false);
+    answerUpToTheDialog();
+    answer(answerOfKind(Kind::cancelled));
+    expectDropped("the desktop's dialog was cancelled");
+    calls();
+    side.whenLocked(true);
+    side.whenLocked(false);
+    EXPECT_EQ(calls(), "");
+}
+
+TEST_F(RemoteDesktopPointerTest, ACallThatIsRefusedAfterALockRestoresTheSession)
+{
+    obtainConsent("a1");
+    side.whenLocked(true);
+    side.whenLocked(false);
+    pointer->setLeftButtonDown(true);
+    side.notified.front()("Invalid session");
+    EXPECT_EQ(calls(), "down|close|version");
+}
+
+TEST_F(RemoteDesktopPointerTest, ACallThatIsRefusedAfterOneThatWasTakenSinceTheLockRestoresNothing)
+{
+    obtainConsent("a1");
+    side.whenLocked(true);
+    side.whenLocked(false);
+    pointer->setLeftButtonDown(true);
+    pointer->setLeftButtonDown(false);
+    side.notified.front()("");
+    side.notified.back()("Invalid session");
+    EXPECT_EQ(calls(), "down|up|close");
 }
 
 TEST_F(RemoteDesktopPointerTest, TheSessionIsClosedWithThePointer)

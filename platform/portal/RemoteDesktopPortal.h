@@ -60,6 +60,9 @@ public:
     enum class Loss { closed, portalGone };
     /// Called when the portal ends the session or a request; nothing is left to be closed then.
     virtual void setWhenLost(std::function<void(Loss)> whenLost) = 0;
+
+    /// Called when the desktop's lock screen or screen saver begins and when it ends, perhaps more than once.
+    virtual void setWhenLocked(std::function<void(bool isLocked)> whenLocked) = 0;
 };
 
 } // namespace companion

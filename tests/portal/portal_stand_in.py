@@ -2,9 +2,10 @@
 
     portal_stand_in.py VERSION MODE
 
-MODE says what becomes of Start: "allow", "deny", or "silent". The interface test.StandIn has Answer() for a Start that was
-left without an answer, Close() for the session, Hold(b): without an answer to events while it is true, and Forge(): what
-another program does that pretends to be the portal."""
+MODE says what becomes of Start: "allow", "deny", or "silent". The interface test.StandIn has Mode(s) for another one,
+Answer() for a Start that was left without an answer, Close() for the session, Lock(bs): what the desktop says when it is
+locked or unlocked, with the session "open", "closed" or, as older portals do it, "closed silently", Hold(b): without an answer
+to events while it is true, and Forge(): what another program does that pretends to be the portal."""
 
 import json
 import sys
@@ -24,7 +25,7 @@ INTERFACES = """<node>
 <interface name="org.freedesktop.portal.ScreenCast">
  <method name="SelectSources"><arg type="o" direction="in"/><arg type="a{sv}" direction="in"/><arg type="o" direction="out"/></method>
 </interface>
-<interface name="test.StandIn"><method name="Answer"/><method name="Close"/><method name="Forge"/><method name="Hold"><arg type="b" direction="in"/></method></interface>
+<interface name="test.StandIn"><method name="Mode"><arg type="s" direction="in"/></method><method name="Answer"/><method name="Close"/><method name="Forge"/><method name="Hold"><arg type="b" direction="in"/></method><method name="Lock"><arg type="b" direction="in"/><arg type="s" direction="in"/></method></interface>
 </node>"""
 SESSION = """<node><interface name="org.freedesktop.portal.Session"><method name="Close"/></interface></node>"""
 
@@ -96,6 +97,10 @@ class StandIn:
         else:
             call.return_value(None)
 
+    def _on_Mode(self, _sender, call, mode):
+        self._mode = mode
+        call.return_value(None)
+
     def _on_Answer(self, _sender, call):
         self._allow(self._unanswered)
         call.return_value(None)
@@ -104,6 +109,15 @@ class StandIn:
         """As the desktop does it."""
         self._emit_closed(self._bus)
         self._end_session()
+        call.return_value(None)
+
+    def _on_Lock(self, _sender, call, is_locked, session):
+        if session == "closed":
+            self._emit_closed(self._bus)
+        if session != "open":
+            self._end_session()
+        self._bus.emit_signal(None, "/org/gnome/ScreenSaver", "org.gnome.ScreenSaver", "ActiveChanged",
+                              GLib.Variant("(b)", (is_locked,)))
         call.return_value(None)
 
     def _emit_closed(self, bus):

@@ -6,6 +6,7 @@ import pathlib
 import re
 import signal
 import stat
+import time
 
 import pytest
 from harness import network
@@ -42,6 +43,16 @@ class Portal:
     def hold(self, holds):
         from gi.repository import GLib
         self.ask("Hold", GLib.Variant("(b)", (holds,)))
+
+    def lock(self, session="closed"):
+        """With what becomes of the session."""
+        from gi.repository import GLib
+        self.ask("Lock", GLib.Variant("(bs)", (True, session)))
+
+    def unlock(self, mode="allow"):
+        from gi.repository import GLib
+        self.ask("Mode", GLib.Variant("(s)", (mode,)))
+        self.ask("Lock", GLib.Variant("(bs)", (False, "open")))
 
 
 class Stage:
@@ -162,6 +173,80 @@ def test_a_session_closed_in_mid_drag_is_told_and_restored_by_its_token(stage):
     assert len(portal.seen("button")) == 1
     stage.touch(("DOWN", 960, 540))
     wait_until(lambda: len(portal.seen("button")) == 2, "the press after it arrives")
+
+
+def cast_with_permission(stage, version=2):
+    portal = Portal(stage.processes, version)
+    stage.start()
+    stage.cast()
+    stage.expect_log(ALLOWED)
+    return portal
+
+
+def expect_press(stage, portal):
+    """One more."""
+    count = len(portal.seen("button"))
+    stage.touch(("DOWN", 960, 540))
+    wait_until(lambda: len(portal.seen("button")) > count, "the press arrives")
+
+
+def test_what_the_lock_screen_closes_is_restored_by_its_token_after_unlocking(stage):
+    portal = cast_with_permission(stage)
+    portal.lock()
+    stage.expect_told("No touch: the desktop stopped sharing the screen" + AGAIN)
+    portal.unlock()
+    stage.expect_log(ALLOWED, count=2)
+    assert [line["token"] for line in portal.seen("devices")] == [None, "token-1"]
+    expect_press(stage, portal)
+
+
+def test_what_the_lock_screen_closes_silently_is_restored_at_the_first_touch_after_unlocking(stage):
+    portal = cast_with_permission(stage)
+    portal.lock("closed silently")
+    portal.unlock()
+    stage.touch(("DOWN", 960, 540), ("UP", 960, 540))
+    stage.expect_log(ALLOWED, count=2)
+    assert [line["token"] for line in portal.seen("devices")] == [None, "token-1"]
+    expect_press(stage, portal)
+
+
+def test_without_a_token_the_next_touch_on_asks_after_unlocking(stage):
+    portal = cast_with_permission(stage, version=1)
+    portal.lock()
+    portal.unlock()
+    stage.expect_told("No touch: the desktop stopped sharing the screen" + AGAIN)
+    stage.touch(("DOWN", 960, 540))
+    stage.expect_log("::: Mouse Down")
+    assert len(portal.seen("start")) == 1
+    stage.cast_again()
+    stage.expect_log(ALLOWED, count=2)
+    expect_press(stage, portal)
+
+
+def test_a_restore_after_unlocking_that_is_refused_is_told_and_not_tried_again(stage):
+    portal = cast_with_permission(stage)
+    portal.lock()
+    portal.unlock("deny")
+    stage.expect_told("No touch: the desktop's dialog was cancelled" + AGAIN)
+    portal.lock("open")
+    portal.unlock()
+    stage.touch(("DOWN", 960, 540))
+    stage.expect_log("::: Mouse Down")
+    assert len(portal.seen("start")) == 2
+    stage.cast_again()
+    stage.expect_log(ALLOWED, count=2)
+
+
+def test_what_was_stopped_before_the_screen_was_locked_stays_stopped(stage):
+    portal = cast_with_permission(stage)
+    portal.ask("Close")
+    time.sleep(6)  # a desktop that locks the screen says so within 5 seconds of closing the session
+    portal.lock("open")
+    portal.unlock()
+    stage.touch(("DOWN", 960, 540))
+    stage.expect_log("::: Mouse Down")
+    assert len(portal.seen("start")) == 1
+    assert stage.log_count(ALLOWED) == 1
 
 
 def test_only_the_portal_answers_and_closes(stage):
