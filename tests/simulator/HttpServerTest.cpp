@@ -10,26 +10,43 @@ namespace {
 using namespace std::chrono_literals;
 using namespace simulator;
 
-/// Answers requests after a second and a half, with connections that may be idle for one.
-std::unique_ptr<Exchange> answerLate(const Request& request)
-{
-    return collectBody(request, [](const Request& waiting, const std::string&) -> Outcome {
-        return waiting.wait(1500ms) ? Outcome(lineAnswer(200, "late")) : Outcome(HangUp());
-    });
-}
+/// Takes every piece of a body for a second and a half.
+class SlowExchange : public Exchange {
+public:
+    explicit SlowExchange(const Request& request)
+        : m_request(request)
+    {
+    }
 
-TEST(HttpServerTest, AnswerThatWaitsForLongerThanTheIdleTimeOutArrives)
+    std::optional<Outcome> headArrived() override { return std::nullopt; }
+
+    std::optional<Outcome> bodyArrived(std::string_view) override
+    {
+        return m_request.wait(1500ms) ? std::nullopt : std::optional<Outcome>(HangUp());
+    }
+
+    Outcome requestComplete() override { return lineAnswer(200, "late"); }
+
+private:
+    const Request& m_request;
+};
+
+/// Connections may be idle for a second.
+class HttpServerTest : public ::testing::Test {
+protected:
+    const HttpServer server{
+        "127.0.0.1", 0, [](const Request& request) { return std::make_unique<SlowExchange>(request); }, 1s};
+    HttpClient client{"127.0.0.1", server.port()};
+};
+
+TEST_F(HttpServerTest, BodyThatIsTakenMoreSlowlyThanTheIdleTimeOutIsAnswered)
 {
-    const HttpServer server("127.0.0.1", 0, answerLate, /*idleTimeout=*/1s);
-    HttpClient client("127.0.0.1", server.port());
-    client.send(httpRequest("GET", "/"));
+    client.send(httpRequest("POST", "/", std::string(100'000, 'x')));
     EXPECT_EQ(client.receive().body, "late\n");
 }
 
-TEST(HttpServerTest, ConnectionThatIsIdleForTheTimeOutIsClosed)
+TEST_F(HttpServerTest, ConnectionThatIsIdleForTheTimeOutIsClosed)
 {
-    const HttpServer server("127.0.0.1", 0, answerLate, /*idleTimeout=*/1s);
-    HttpClient client("127.0.0.1", server.port());
     EXPECT_TRUE(client.receive().isClosed);
 }
 
