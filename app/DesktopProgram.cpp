@@ -9,7 +9,6 @@
 #include "platform/avahi/AvahiServiceBrowser.h"
 #include "platform/curl/CurlHttpSession.h"
 #include "platform/FatalError.h"
-#include "platform/FlushingPause.h"
 #include "platform/posix/FatalErrorLog.h"
 #include "platform/posix/PosixAsyncUdpSocket.h"
 #include "platform/posix/PosixFileReader.h"
@@ -80,12 +79,11 @@ private:
     SyslogLog m_log{"panel-companion"};
     StdoutConsole m_console;
     SystemClock m_clock;
-    ThreadPause m_threadPause;
+    ThreadPause m_pause;
     QtAlerts m_alerts{m_mainQueue, m_window, [this] { askForAttention(); }};
     std::unique_ptr<ActivationToken> m_activationToken; ///< Of the last alert.
     QtScreen m_screen;
     InputInjection m_poster;
-    FlushingPause m_pause{m_threadPause, m_poster};
 
     PosixInterfaceAddresses m_interfaceAddresses;
     RoutedInterfaceName m_interfaceName;

@@ -118,12 +118,6 @@ void InputInjection::flush()
         m_poster->flush();
 }
 
-void InputInjection::sync()
-{
-    if (m_poster)
-        m_poster->sync();
-}
-
 void InputInjection::touchesBegin()
 {
     m_areTouchesExpected = true;

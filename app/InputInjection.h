@@ -40,7 +40,6 @@ public:
     void post(const MouseEvent& event) override;
     void post(const KeyEvent& event) override;
     void flush() override;
-    void sync() override;
     void touchesBegin() override;
     void touchesEnd() override;
     void releaseHeldButton() override;

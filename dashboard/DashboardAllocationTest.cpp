@@ -43,7 +43,6 @@ public:
     void post(const MouseEvent&) override { ++posted; }
     void post(const KeyEvent&) override { ++posted; }
     void flush() override { }
-    void sync() override { }
     void touchesBegin() override { }
     void touchesEnd() override { }
     void releaseHeldButton() override { }

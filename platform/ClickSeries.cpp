@@ -18,13 +18,4 @@ bool ClickSeries::isContinuedBy(const Press& press, double scale) const
         && std::abs(press.at.x - m_last.at.x) <= distance && std::abs(press.at.y - m_last.at.y) <= distance;
 }
 
-int ClickSeries::missingPresses(const Press& press, double scale, bool isHeld) const
-{
-    const bool isContinued = isContinuedBy(press, scale);
-    const int counted = isHeld || isContinued ? m_count : 0;
-    if (counted >= 2)
-        return 0;
-    return counted == 1 && isContinued ? 1 : 2;
-}
-
 } // namespace companion

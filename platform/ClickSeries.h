@@ -43,14 +43,17 @@ public:
     /// Which press of its series the last one was: 1 for a single click, 2 for a double one; 0 before any.
     int count() const { return m_count; }
 
-    /// Whether a program would count the press as one more of the same series.
-    bool isContinuedBy(const Press& press, double scale) const;
-
-    /// How many more presses like this one programs need for a double click: 0 when they have had it. While the button
-    /// is held, the last press counts however long ago it was.
-    int missingPresses(const Press& press, double scale, bool isHeld) const;
+    /// Whether programs have had the double click already whose first or second click (`clickState`) is asked for. It
+    /// comes at the second release of a double tap: the press of its second tap, which is still held, may have been it,
+    /// or may become it by one more press.
+    bool hasDoubleClick(std::int64_t clickState, bool isHeld) const
+    {
+        return m_count >= 2 && (isHeld || clickState == 2);
+    }
 
 private:
+    bool isContinuedBy(const Press& press, double scale) const;
+
     ClickRules m_rules;
     int m_count = 0;
     Press m_last;

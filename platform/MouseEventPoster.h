@@ -46,9 +46,6 @@ public:
     /// Sends what may still wait in a buffer; waits for nothing.
     virtual void flush() = 0;
 
-    /// Flushes and waits until the window server has processed, and stamped with its time, what was posted.
-    virtual void sync() = 0;
-
     /// Touches are expected from now on: releases a button that an earlier run of the program left held, and asks for
     /// the permission that injecting input may take.
     virtual void touchesBegin() = 0;

@@ -23,9 +23,6 @@ public:
     /// Sends what may still wait in a buffer; waits for nothing.
     virtual void flush() = 0;
 
-    /// What was posted before this call gets an earlier time stamp than what is posted after it.
-    virtual void sync() = 0;
-
     /// Touches are expected from now on: the time to ask for what the device needs.
     virtual void touchesBegin() = 0;
 

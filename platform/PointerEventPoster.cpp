@@ -50,14 +50,12 @@ void PointerEventPoster::post(const MouseEvent& event)
     const bool isSecondClick = event.clickState == 2;
     if (event.type == MouseEventType::leftDragged)
         moveUnlessThere(place->at);
-    else if (isSecondClick && m_leavesOutSecondClick)
-        return;
-    else if (event.type == MouseEventType::leftUp)
-        release(place->at);
-    else if (event.clickState == 1)
-        postFirstClick(*place);
-    else
+    else if (event.type == MouseEventType::leftDown && event.clickState != 0)
+        postClick(event.clickState, *place);
+    else if (event.type == MouseEventType::leftDown)
         press(*place);
+    else if (!isSecondClick || !m_leavesOutClick)
+        release(place->at);
 }
 
 /// Nothing when there is no screen, or the device cannot deliver.
@@ -73,15 +71,13 @@ std::optional<PointerEventPoster::Place> PointerEventPoster::placeOf(Point point
         scale};
 }
 
-// A double click is asked for at the second release of a double tap, while the press of its second tap is held, which
-// may have been the program's double click already.
-void PointerEventPoster::postFirstClick(const Place& place)
+// The first click of a double click that programs have had already is left out; the release that follows ends the
+// held press.
+void PointerEventPoster::postClick(std::int64_t clickState, const Place& place)
 {
-    m_clicks.setRules(m_rules());
-    const int missing = m_clicks.missingPresses({m_now(), place.at}, place.scale, m_isHeld);
-    m_leavesOutSecondClick = missing < 2;
-    if (missing == 0)
-        return; // the release that follows ends the held press
+    m_leavesOutClick = m_clicks.hasDoubleClick(clickState, m_isHeld);
+    if (m_leavesOutClick)
+        return;
     release(place.at);
     press(place);
 }

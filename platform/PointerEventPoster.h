@@ -33,7 +33,6 @@ public:
     void post(const MouseEvent& event) override;
     void post(const KeyEvent&) override { }
     void flush() override { m_device->flush(); }
-    void sync() override { m_device->sync(); }
     void touchesBegin() override;
     void touchesEnd() override;
 
@@ -47,7 +46,7 @@ private:
     };
 
     std::optional<Place> placeOf(Point point) const;
-    void postFirstClick(const Place& place);
+    void postClick(std::int64_t clickState, const Place& place);
     void press(const Place& place);
     void release(Point at);
     void moveUnlessThere(Point to);
@@ -60,7 +59,7 @@ private:
     ClickSeries m_clicks;
     std::optional<Point> m_lastMove;
     std::atomic<bool> m_isHeld = false;
-    bool m_leavesOutSecondClick = false;
+    bool m_leavesOutClick = false;
     std::atomic<bool> m_hasEnded = false;
 };
 

@@ -35,7 +35,6 @@ public:
     void moveTo(Point at) override { m_pointer.transcript.add(text(at.x) + "," + text(at.y)); }
     void setLeftButtonDown(bool isDown) override { m_pointer.transcript.add(isDown ? "down" : "up"); }
     void flush() override { m_pointer.transcript.add("flush"); }
-    void sync() override { m_pointer.transcript.add("sync"); }
     void touchesBegin() override { m_pointer.transcript.add("begin"); }
     void releaseWhenProgramFails() override { m_pointer.transcript.add("up at failure"); }
 

@@ -54,7 +54,6 @@ public:
     }
     void post(const KeyEvent&) override { }
     void flush() override { }
-    void sync() override { }
     void touchesBegin() override { }
     void touchesEnd() override { }
     void releaseHeldButton() override { }

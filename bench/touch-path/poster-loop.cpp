@@ -1,6 +1,5 @@
 // The touch path without its receive thread and event loop: receive the datagram, simulate the mouse, post, flush.
 // Prints its UDP port and goes on until it is ended.
-#include "platform/FlushingPause.h"
 #include "platform/x11/XTestMouseEventPoster.h"
 #include "touchback/MouseSimulate.h"
 #include "touchback/TouchMessage.h"
@@ -68,8 +67,7 @@ int main()
     }
     WallClock clock;
     OneScreen screen;
-    Sleep sleep;
-    FlushingPause pause(sleep, *poster);
+    Sleep pause;
     NoConsole console;
     MouseSimulate mouse(clock, screen, pause, *poster, console);
 

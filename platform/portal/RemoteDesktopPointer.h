@@ -38,7 +38,6 @@ public:
     void flush() override { }
 
     /// The desktop stamps events as it receives them, and nothing tells when that was.
-    void sync() override { }
     void touchesBegin() override;
 
 private:

@@ -44,7 +44,6 @@ public:
     }
 
     void flush() override { }
-    void sync() override { }
     void touchesBegin() override { ++touchesBegan; }
     void touchesEnd() override { ++touchesEnded; }
     void releaseHeldButton() override { }

@@ -39,9 +39,6 @@ public:
     void setLeftButtonDown(bool isDown) override;
     void flush() override;
 
-    /// Time stamps are made here and not by the compositor.
-    void sync() override { flush(); }
-
     /// Releases a button that an earlier run of the program left held, as the opening does: wlroots 0.15 does not when a
     /// program is killed, and the real mouse then clicks nothing.
     void touchesBegin() override;

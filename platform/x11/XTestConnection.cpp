@@ -65,7 +65,7 @@ std::unique_ptr<XTestConnection> XTestConnection::open(const std::string& displa
     connection->m_root = rootOfScreen(connection->m_connection, screen);
     xcb_test_grab_control(connection->m_connection, /*impervious=*/1);
     connection->readPointerMapping();
-    connection->watchOtherDevices();
+    connection->watchPresses();
     return connection;
 }
 
@@ -94,6 +94,10 @@ void XTestConnection::move(RootPixel to)
 void XTestConnection::setButtonDown(unsigned button, bool isDown)
 {
     post(isDown ? XCB_BUTTON_PRESS : XCB_BUTTON_RELEASE, button, XCB_NONE, {});
+    if (isDown && m_inputExtension == 0)
+        m_presses.push_back({std::chrono::duration_cast<std::chrono::milliseconds>(
+                                 std::chrono::steady_clock::now().time_since_epoch()),
+            /*isByXTest=*/true});
 }
 
 void XTestConnection::setKeyDown(unsigned keycode, bool isDown)
@@ -190,7 +194,7 @@ void XTestConnection::readPointerMapping()
 }
 
 // Raw events come from every device whatever window the pointer is in. Without X Input 2.2 none do.
-void XTestConnection::watchOtherDevices()
+void XTestConnection::watchPresses()
 {
     const xcb_query_extension_reply_t* const input = xcb_get_extension_data(m_connection, &xcb_input_id);
     if (!input || !input->present)
@@ -244,9 +248,8 @@ void XTestConnection::handleError(const void* error)
 void XTestConnection::handleGenericEvent(const void* event)
 {
     const auto& raw = *static_cast<const xcb_input_raw_button_press_event_t*>(event);
-    if (raw.extension == m_inputExtension && raw.event_type == XCB_INPUT_RAW_BUTTON_PRESS
-        && raw.sourceid != m_xtestPointer)
-        ++m_foreignPresses;
+    if (raw.extension == m_inputExtension && raw.event_type == XCB_INPUT_RAW_BUTTON_PRESS)
+        m_presses.push_back({std::chrono::milliseconds(raw.time), raw.sourceid == m_xtestPointer});
 }
 
 void XTestConnection::noticeLoss()

@@ -3,10 +3,12 @@
 #include "platform/Log.h"
 #include "platform/x11/RootPixel.h"
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 struct xcb_connection_t;
@@ -24,6 +26,12 @@ public:
         bool isLeftButtonDown = false; ///< On any pointing device.
         RootPixel target;              ///< The pixel asked for, moved onto the root window.
         std::uint32_t window = 0;      ///< The top-level window below it; 0 for the bare root window.
+    };
+
+    /// A press of a mouse button, as programs are told of it.
+    struct SeenPress {
+        std::chrono::milliseconds time; ///< By the server's clock.
+        bool isByXTest = false;         ///< And not by another device, such as a real mouse.
     };
 
     /// An empty name stands for $DISPLAY. Nothing, and why in one line, when there is no such display, or it has
@@ -60,9 +68,9 @@ public:
     /// none is. As of the last `lookAt`.
     unsigned leftButton() const { return m_leftButton; }
 
-    /// Button presses of other devices than XTEST's, such as a real mouse, up to the last `lookAt`. Stays 0 where the
-    /// server has no X Input 2.
-    unsigned foreignPresses() const { return m_foreignPresses; }
+    /// Those up to the last `lookAt`, this connection's own included, oldest first; each is told of once. Where the
+    /// server has no X Input 2, they are this connection's own, by our clock.
+    std::vector<SeenPress> takePresses() { return std::exchange(m_presses, {}); }
 
     /// 0 when no key of the keyboard has that symbol: a round trip.
     unsigned keycodeOf(std::uint32_t keysym);
@@ -71,7 +79,7 @@ private:
     XTestConnection(xcb_connection_t* connection, std::string displayName);
     void post(std::uint8_t type, unsigned detail, std::uint32_t root, RootPixel at);
     void readPointerMapping();
-    void watchOtherDevices();
+    void watchPresses();
     void handleEvents();
     void handleError(const void* error);
     void handleGenericEvent(const void* event);
@@ -86,7 +94,7 @@ private:
     unsigned m_leftButton = 1;
     std::uint8_t m_inputExtension = 0; ///< X Input's major opcode; 0 when the server has none.
     std::uint16_t m_xtestPointer = 0;  ///< The device that XTEST's button events come from.
-    unsigned m_foreignPresses = 0;
+    std::vector<SeenPress> m_presses;
 };
 
 } // namespace companion

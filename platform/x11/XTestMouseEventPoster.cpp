@@ -81,14 +81,12 @@ void XTestMouseEventPoster::post(const MouseEvent& event)
     const bool isSecondClick = event.clickState == 2;
     if (event.type == MouseEventType::leftDragged)
         drag(at);
-    else if (isSecondClick && m_leavesOutSecondClick)
-        return;
-    else if (event.type == MouseEventType::leftUp)
-        release(at);
-    else if (event.clickState == 1)
-        postFirstClick(at, mapping->scale);
-    else
+    else if (event.type == MouseEventType::leftDown && event.clickState != 0)
+        postClick(event.clickState, at, mapping->scale);
+    else if (event.type == MouseEventType::leftDown)
         press(at, mapping->scale);
+    else if (!isSecondClick || !m_leavesOutClick)
+        release(at);
 }
 
 // The server is asked once for each place that the screen has had, since moves must not wait for it.
@@ -110,7 +108,7 @@ void XTestMouseEventPoster::reconnectIfLost()
     if (!connection)
         return;
     m_connection = std::move(connection);
-    m_foreignPresses = 0;
+    m_uncountedPress.reset();
     m_areaIsOf.reset();
     m_lastMove.reset();
     m_clicks.reset();
@@ -120,29 +118,17 @@ void XTestMouseEventPoster::reconnectIfLost()
     m_log->log("The connection to the X display \"" + m_displayName + "\" is back");
 }
 
-// A double click is asked for at the second release of a double tap, while the press of its second tap is held.
-// That press may have been the program's double click already, or it may become one by just one more press; then
-// the first press asked for is that one.
-void XTestMouseEventPoster::postFirstClick(RootPixel at, double scale)
+// The first click of a double click that programs have had already is left out; the release that follows ends the
+// held press.
+void XTestMouseEventPoster::postClick(std::int64_t clickState, RootPixel at, double scale)
 {
-    const int missing = missingPresses(at, scale);
-    m_leavesOutSecondClick = missing < 2;
-    if (missing == 0)
-        return; // the release that follows ends the held press
+    lookAt(at);
+    m_leavesOutClick = m_clicks.hasDoubleClick(clickState, holds(leftButton));
+    if (m_leavesOutClick)
+        return;
     if (holds(leftButton))
         release(at);
     press(at, scale);
-}
-
-int XTestMouseEventPoster::missingPresses(RootPixel at, double scale)
-{
-    m_clicks.setRules(m_rules());
-    return m_clicks.missingPresses(pressAt(at, lookAt(at)), scale, holds(leftButton));
-}
-
-ClickSeries::Press XTestMouseEventPoster::pressAt(RootPixel at, const Surroundings& seen)
-{
-    return {m_now(), {static_cast<double>(at.x), static_cast<double>(at.y)}, seen ? seen->window : 0};
 }
 
 void XTestMouseEventPoster::press(RootPixel at, double scale)
@@ -155,8 +141,8 @@ void XTestMouseEventPoster::press(RootPixel at, double scale)
     if (seen && seen->isLeftButtonDown)
         m_connection->setButtonDown(m_connection->leftButton(), false);
     setLeftButtonDown(true);
-    m_clicks.setRules(m_rules());
-    m_clicks.addPress(pressAt(at, seen), scale);
+    m_uncountedPress = {
+        {{}, {static_cast<double>(at.x), static_cast<double>(at.y)}, seen ? seen->window : 0}, scale};
 }
 
 void XTestMouseEventPoster::release(RootPixel at)
@@ -175,8 +161,7 @@ void XTestMouseEventPoster::drag(RootPixel to)
         move(to);
 }
 
-// A press of another device ends the series that programs count: theirs begins anew with it. A loss may be noticed only
-// here, by the first round trip, and the touch that notices it must not be lost with it.
+// A loss may be noticed only here, by the first round trip, and the touch that notices it must not be lost with it.
 XTestMouseEventPoster::Surroundings XTestMouseEventPoster::lookAt(RootPixel target)
 {
     Surroundings seen = m_connection->lookAt(target);
@@ -184,9 +169,24 @@ XTestMouseEventPoster::Surroundings XTestMouseEventPoster::lookAt(RootPixel targ
         reconnectIfLost();
         seen = m_connection->lookAt(target);
     }
-    if (std::exchange(m_foreignPresses, m_connection->foreignPresses()) != m_connection->foreignPresses())
-        m_clicks.reset();
+    countPresses();
     return seen;
+}
+
+// Programs count by the server's time of a press, which is later than ours when the server stood still, so that two of
+// them may be closer together or further apart than they were sent. A press of another hand ends the series.
+void XTestMouseEventPoster::countPresses()
+{
+    for (const auto& [time, isByXTest] : m_connection->takePresses()) {
+        if (!isByXTest || !m_uncountedPress) {
+            m_clicks.reset();
+            continue;
+        }
+        m_uncountedPress->press.time = ClickSeries::TimePoint(time);
+        m_clicks.setRules(m_rules());
+        m_clicks.addPress(m_uncountedPress->press, m_uncountedPress->scale);
+        m_uncountedPress.reset();
+    }
 }
 
 // A motion to where the pointer is already is an event like any other: between a press and its release programs

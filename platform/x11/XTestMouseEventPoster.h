@@ -54,7 +54,7 @@ public:
     void post(const KeyEvent& event) override;
 
     void flush() override { m_connection->flush(); }
-    void sync() override { m_connection->sync(); }
+    void sync() { m_connection->sync(); } ///< Waits until the server has done what was posted.
     void touchesBegin() override;
     void touchesEnd() override;
 
@@ -64,16 +64,21 @@ public:
 private:
     enum Held : unsigned { leftButton = 1, shiftKey = 2, controlKey = 4 };
 
+    /// The server has yet to say when it made it.
+    struct UncountedPress {
+        ClickSeries::Press press;
+        double scale;
+    };
+
     XTestMouseEventPoster(std::unique_ptr<XTestConnection> connection, Mapping mapping, Rules rules, Now now);
 
     using Surroundings = std::optional<XTestConnection::Surroundings>;
 
     void reconnectIfLost();
     RootPixel toRootPixel(Point point, const ScreenMapping& mapping);
-    void postFirstClick(RootPixel at, double scale);
-    int missingPresses(RootPixel at, double scale);
-    ClickSeries::Press pressAt(RootPixel at, const Surroundings& seen);
+    void postClick(std::int64_t clickState, RootPixel at, double scale);
     void press(RootPixel at, double scale);
+    void countPresses();
     void release(RootPixel at);
     void drag(RootPixel to);
     Surroundings lookAt(RootPixel target);
@@ -96,11 +101,11 @@ private:
     SystemLog* m_log = nullptr;
     RetryLimit m_reconnects;
     ClickSeries m_clicks;
-    unsigned m_foreignPresses = 0;           ///< As of the last look.
+    std::optional<UncountedPress> m_uncountedPress;
     std::optional<ScreenMapping> m_areaIsOf; ///< The mapping that the server was asked about.
     RootArea m_area;
     std::optional<RootPixel> m_lastMove;
-    bool m_leavesOutSecondClick = false;
+    bool m_leavesOutClick = false;
     std::atomic<unsigned> m_held = 0; ///< Never less than what the server holds down for us.
     std::atomic<bool> m_isPressing = false;
     std::atomic<bool> m_hasEnded = false;

@@ -1,7 +1,6 @@
 // What a text field of another program makes of double taps on the panel, with the real click counting of Qt and GTK: they
 // count by the X server's time, so the taps take the time that they take. Each case has a server of its own, and
 // they run side by side.
-#include "platform/FlushingPause.h"
 #include "platform/testing/FakeLog.h"
 #include "platform/testing/FakeScreen.h"
 #include "platform/x11/XTestMouseEventPoster.h"
@@ -14,10 +13,31 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <functional>
 #include <future>
 #include <optional>
 #include <regex>
 #include <thread>
+#include <utility>
+
+#include <dlfcn.h>
+#include <xcb/xcb.h>
+
+namespace {
+
+thread_local std::function<void()>
+    beforeNextFlush; ///< Called once, when the program is about to send an event.
+
+} // namespace
+
+// In place of libxcb's own, which it calls.
+extern "C" int xcb_flush(xcb_connection_t* connection)
+{
+    static const auto flush = reinterpret_cast<decltype(&xcb_flush)>(dlsym(RTLD_NEXT, "xcb_flush"));
+    if (const auto call = std::exchange(beforeNextFlush, nullptr))
+        call();
+    return flush(connection);
+}
 
 namespace companion::testing {
 
@@ -45,7 +65,6 @@ public:
     explicit Finger(const std::string& display)
         : m_poster(XTestMouseEventPoster::open(
             display, [] { return ScreenMapping{}; }, m_whyNot))
-        , m_pause(m_realPause, *m_poster)
         , m_mouse(m_clock, m_screen, m_pause, *m_poster, m_console)
     {
     }
@@ -65,12 +84,11 @@ public:
 private:
     RealClock m_clock;
     FakeScreen m_screen;
-    RealPause m_realPause;
+    RealPause m_pause;
     Transcript m_transcript;
     FakeConsole m_console{m_transcript};
     std::string m_whyNot;
     std::unique_ptr<XTestMouseEventPoster> m_poster;
-    FlushingPause m_pause;
     MouseSimulate m_mouse;
 };
 
@@ -208,6 +226,43 @@ void expectOneDoubleClickEach(const std::string& kind, const std::vector<Case>& 
     }
 }
 
+enum class Stop { atFirstPress, betweenTaps, atSecondPress, atSecondRelease };
+
+constexpr milliseconds longestPair = 750ms; // from release to release, with 50 ms to spare
+
+/// With a server that stops for half a second, right before it gets an event. Returns the time between the releases.
+milliseconds tapTwice(Stage& stage, Stop stop)
+{
+    std::jthread continuing;
+    const auto stopServer = [&] {
+        stage.xvfb.pause();
+        continuing = std::jthread([&] {
+            std::this_thread::sleep_for(500ms);
+            stage.xvfb.resume();
+        });
+    };
+    const auto stopAt = [&](Stop event) {
+        if (stop == event)
+            beforeNextFlush = stopServer;
+    };
+    const Point at{100, 30};
+    stopAt(Stop::atFirstPress);
+    stage.finger.down(at);
+    std::this_thread::sleep_for(50ms);
+    const auto released = std::chrono::steady_clock::now();
+    stage.finger.up(at);
+    std::this_thread::sleep_for(100ms);
+    if (stop == Stop::betweenTaps)
+        stopServer();
+    stopAt(Stop::atSecondPress);
+    stage.finger.down(at);
+    std::this_thread::sleep_for(50ms);
+    stopAt(Stop::atSecondRelease);
+    const auto releasedAgain = std::chrono::steady_clock::now();
+    stage.finger.up(at);
+    return std::chrono::ceil<milliseconds>(releasedAgain - released);
+}
+
 std::vector<Case> everyGapAndDistance(const std::vector<milliseconds>& gaps, milliseconds secondHeld)
 {
     std::vector<Case> cases;
@@ -283,6 +338,30 @@ TEST(DoubleTapTest, TheTapAfterOneThatClosedAWindowIsADoubleClickInTheFieldBelow
         EXPECT_TRUE(stage.field.waitForOutput("doubleclick")) << stage.field.output();
         std::this_thread::sleep_for(250ms); // whatever is one click too many
         expectOneDoubleClick(stage.field.output());
+    }
+}
+
+// What is sent to a server that stands still is stamped when it goes on: programs count by that time. Without the press
+// of a second tap in a field of GTK, which counts by when it gets a press, and may itself be waiting for the server.
+TEST(DoubleTapTest, TapsWhileTheServerStandsStillForHalfASecondAreOneDoubleClick)
+{
+    for (const char* kind : {"text", "gtk"}) {
+        for (const Stop stop :
+            {Stop::atFirstPress, Stop::betweenTaps, Stop::atSecondPress, Stop::atSecondRelease}) {
+            if (kind == std::string("gtk") && stop == Stop::atSecondPress)
+                continue;
+            SCOPED_TRACE(kind + std::string(", stop ") + std::to_string(static_cast<int>(stop)));
+            Stage stage(kind);
+            const bool isReady = stage.field.waitForOutput("ready", 60s);
+            if (isFieldMissing(stage))
+                GTEST_SKIP() << "GTK for Python (package gir1.2-gtk-3.0) is " << stage.field.output();
+            ASSERT_TRUE(isReady) << stage.field.output();
+            if (tapTwice(stage, stop) > longestPair)
+                GTEST_SKIP() << "this computer is too busy to tap in time";
+            EXPECT_TRUE(stage.field.waitForOutput("doubleclick")) << stage.field.output();
+            std::this_thread::sleep_for(250ms); // whatever is one click too many
+            expectOneDoubleClick(stage.field.output());
+        }
     }
 }
 

@@ -1,6 +1,5 @@
 #include "platform/x11/XTestMouseEventPoster.h"
 
-#include "platform/FlushingPause.h"
 #include "tests/x11/PosterTest.h"
 
 #include <cmath>
@@ -12,24 +11,6 @@ namespace companion::testing {
 using XTestMouseEventPosterTest = PosterTest;
 
 namespace {
-
-class PauseThatLooks : public Pause {
-public:
-    explicit PauseThatLooks(XRecorder& recorder)
-        : m_recorder(recorder)
-    {
-    }
-
-    void pauseFor(std::chrono::microseconds duration) override
-    {
-        seen = m_recorder.takeText() + " in " + std::to_string(duration.count());
-    }
-
-    std::string seen;
-
-private:
-    XRecorder& m_recorder;
-};
 
 } // namespace
 
@@ -179,15 +160,6 @@ TEST_F(XTestMouseEventPosterTest, AReleaseOfNothingOnlyMoves)
 {
     post(leftUp, {160, 200});
     EXPECT_EQ(recorded(), "motion 160,200");
-}
-
-TEST_F(XTestMouseEventPosterTest, APauseBeginsWhenTheServerHasSeenWhatWasPostedBefore)
-{
-    PauseThatLooks look(recorder);
-    FlushingPause pause(look, *poster);
-    post(leftDragged, {55, 66});
-    pause.pauseFor(1000us);
-    EXPECT_EQ(look.seen, "motion 55,66 in 1000");
 }
 
 TEST_F(XTestMouseEventPosterTest, PressAndReleaseAreSentWithoutAFlush)
