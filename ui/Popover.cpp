@@ -50,6 +50,9 @@ Popover::Popover(QWidget& view, QWidget& anchor, QWidget& content, const QString
         shadowMargin, arrowHeight + cornerRadius, shadowMargin, cornerRadius + shadowMargin);
     layout->setSizeConstraint(QLayout::SetFixedSize); // it grows and shrinks with the content
     layout->addWidget(&content);
+    // Opaque, so that its changes repaint neither the shadow nor what lies below.
+    content.setBackgroundRole(QPalette::Base);
+    content.setAutoFillBackground(true);
     content.show();
     hide();
 }

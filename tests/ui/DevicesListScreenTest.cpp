@@ -356,6 +356,23 @@ TEST_F(DevicesListScreenTest, OneMoreRowThan1000AsksOnlyForTheRowsOnScreen)
     EXPECT_LE(asked, 6);
 }
 
+TEST_F(DevicesListScreenTest, OneMoreRowThan1000RepaintsNothingAroundTheList)
+{
+    openList();
+    for (int i = 0; i < 1000; ++i)
+        m_dashboard.browsers.findAndResolve("Meridian 65|Panel|0A" + std::to_string(100000 + i));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return table().model()->rowCount() == 1000; }));
+    QTest::qWait(300); // the list has faded in
+    const EventCounter rows(*table().viewport(), QEvent::Paint);
+    const EventCounter popover(*list().parentWidget(), QEvent::Paint);
+    const EventCounter dashboard(*m_dashboard.view, QEvent::Paint);
+    announce("Meridian 65|Panel|0B000001");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return rows.count > 0; }));
+    QTest::qWait(50);
+    EXPECT_EQ(popover.count, 0);
+    EXPECT_EQ(dashboard.count, 0);
+}
+
 TEST_F(DevicesListScreenTest, TheListIsAsHighAsItsRowsAndAPlaceToClickBelowThemUpToFive)
 {
     openList();
