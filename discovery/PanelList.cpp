@@ -36,13 +36,15 @@ std::optional<PanelList::Resolved> PanelList::acceptService(const Service& servi
     const std::optional<PanelName> panel = supportedPanel(service);
     if (!panel)
         return std::nullopt;
-    const bool isListed = std::any_of(m_panels.begin(), m_panels.end(),
-        [&](const PanelName& listed) { return listed.ip == panel->ip || listed.hex == panel->hex; });
-    if (!isListed) {
+    // Different hexadecimal texts can mean the same address.
+    const bool isNew = m_listedIps.insert(panel->ip).second;
+    if (isNew) {
+        eraseRemovedRows();
+        m_listedHex.insert(panel->hex);
         m_panels.push_back(*panel);
         m_names.push_back(panel->name);
     }
-    return Resolved{*panel, !isListed};
+    return Resolved{*panel, isNew};
 }
 
 bool PanelList::removeService(const Service& service)
@@ -62,12 +64,33 @@ bool PanelList::removeService(const Service& service)
     const std::optional<PanelName> panel = parsePanelName(name);
     if (!panel || !namesSupportedModelInAnyCase(panel->model))
         return false;
-    // The address as announced decides the numeric one, so both are listed, in the same row, or neither is.
-    const std::size_t dropped =
-        std::erase_if(m_panels, [&](const PanelName& listed) { return listed.hex == panel->hex; });
-    if (dropped > 0)
-        std::erase(m_names, panel->name);
-    return dropped > 0;
+    const bool isListed = m_listedHex.erase(panel->hex) > 0;
+    if (isListed) {
+        m_listedIps.erase(panel->ip); // which the hexadecimal text decides
+        m_removedNames.insert(panel->name);
+    }
+    return isListed;
+}
+
+const std::vector<PanelName>& PanelList::panels() const
+{
+    eraseRemovedRows();
+    return m_panels;
+}
+
+const std::vector<std::string>& PanelList::names() const
+{
+    eraseRemovedRows();
+    return m_names;
+}
+
+void PanelList::eraseRemovedRows() const
+{
+    if (m_removedNames.empty())
+        return;
+    std::erase_if(m_panels, [this](const PanelName& panel) { return !m_listedHex.contains(panel.hex); });
+    std::erase_if(m_names, [this](const std::string& name) { return m_removedNames.contains(name); });
+    m_removedNames.clear();
 }
 
 std::vector<std::shared_ptr<Service>> PanelList::services() const

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 namespace companion {
@@ -38,10 +39,10 @@ public:
     bool removeService(const Service& service);
 
     /// In the order in which they were accepted; no address is listed twice.
-    const std::vector<PanelName>& panels() const { return m_panels; }
+    const std::vector<PanelName>& panels() const;
 
     /// The names by row. Removal is by value, so there are fewer than panels once one of two namesakes has gone.
-    const std::vector<std::string>& names() const { return m_names; }
+    const std::vector<std::string>& names() const;
 
     /// Found and not yet removed, in no order.
     std::vector<std::shared_ptr<Service>> services() const;
@@ -50,9 +51,15 @@ public:
     std::size_t otherServices() const;
 
 private:
+    void eraseRemovedRows() const;
+
     std::unordered_multimap<std::string, std::shared_ptr<Service>> m_services; ///< By name.
-    std::vector<PanelName> m_panels;
-    std::vector<std::string> m_names;
+    std::unordered_set<std::string> m_listedHex; ///< Decides which of `m_panels` are listed.
+    std::unordered_set<std::string> m_listedIps;
+    // Rows go when somebody looks next, since erasing each by itself would take quadratic time for all.
+    mutable std::vector<PanelName> m_panels;
+    mutable std::vector<std::string> m_names;
+    mutable std::unordered_set<std::string> m_removedNames;
 };
 
 } // namespace companion

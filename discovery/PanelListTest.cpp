@@ -70,6 +70,21 @@ TEST_F(PanelListTest, RemovalIsByTheAddressAsAnnouncedAndByNameInEveryRow)
     EXPECT_THAT(list.names(), IsEmpty());
 }
 
+TEST_F(PanelListTest, PanelsThatComeBackBeforeAnybodyLooksHaveNewRowsAtTheEnd)
+{
+    accept("Meridian 65|Room|0A00020F");
+    accept("Tandem|Hall|0A000210");
+    EXPECT_TRUE(remove("Meridian 65|Room|0A00020F"));
+    EXPECT_FALSE(remove("Meridian 65|Room|0A00020F")) << "it has gone";
+    EXPECT_TRUE(accept("Tandem|Room|0A000211")) << "a namesake";
+    EXPECT_TRUE(accept("Meridian 65|Room|0a00020f")) << "the same address in other letters";
+    EXPECT_THAT(list.names(), ElementsAre("Hall", "Room", "Room"));
+    EXPECT_THAT(list.panels(),
+        ElementsAre(PanelName{"Tandem", "Hall", "0A000210", "10.0.2.16"},
+            PanelName{"Tandem", "Room", "0A000211", "10.0.2.17"},
+            PanelName{"Meridian 65", "Room", "0a00020f", "10.0.2.15"}));
+}
+
 TEST_F(PanelListTest, ARemovedServiceIsHeldNoLongerAndReportsToNobody)
 {
     const auto first = find("Meridian 65|Room|0A00020F");
