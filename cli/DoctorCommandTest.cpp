@@ -47,6 +47,16 @@ TEST_F(DoctorCommandTest, EverythingIsLookedAtInOrder)
     EXPECT_THAT(inner.sent(), IsEmpty()) << "panels are asked nothing without --touches";
 }
 
+TEST_F(DoctorCommandTest, OfManyPanelsThePortsOfEightAreChecked)
+{
+    DoctorCommand command(tools(), about({}));
+    start(command);
+    for (int i = 0; i < 1000; ++i)
+        browsers.findAndResolve("Tandem|Room|C0A9" + std::to_string(1000 + i));
+    queue.advance(3s);
+    EXPECT_EQ(resultText(), "0 22 checks: 22 ok, 0 warnings, 0 failed"); // two ports each, and six others
+}
+
 TEST_F(DoctorCommandTest, PanelThatIsMeantEndsTheSearch)
 {
     DoctorCommand command(tools(), about({std::nullopt, "Room"}));
