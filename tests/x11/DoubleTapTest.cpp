@@ -341,14 +341,14 @@ TEST(DoubleTapTest, TheTapAfterOneThatClosedAWindowIsADoubleClickInTheFieldBelow
     }
 }
 
-// What is sent to a server that stands still is stamped when it goes on: programs count by that time. Without the press
-// of a second tap in a field of GTK, which counts by when it gets a press, and may itself be waiting for the server.
+// What is sent to a server that stands still is stamped when it goes on: programs count by that time. Without a second
+// press that is late in a field of GTK, which counts by when it gets a press, and may itself be waiting for the server.
 TEST(DoubleTapTest, TapsWhileTheServerStandsStillForHalfASecondAreOneDoubleClick)
 {
     for (const char* kind : {"text", "gtk"}) {
         for (const Stop stop :
             {Stop::atFirstPress, Stop::betweenTaps, Stop::atSecondPress, Stop::atSecondRelease}) {
-            if (kind == std::string("gtk") && stop == Stop::atSecondPress)
+            if (kind == std::string("gtk") && (stop == Stop::betweenTaps || stop == Stop::atSecondPress))
                 continue;
             SCOPED_TRACE(kind + std::string(", stop ") + std::to_string(static_cast<int>(stop)));
             Stage stage(kind);
