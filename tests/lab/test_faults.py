@@ -66,12 +66,23 @@ def test_the_run_after_sigkill_with_a_finger_down_releases_the_button(lab):
     wait_until(lambda: clicks.releases() == 1, "the release", 10)
 
 
-def test_the_program_ends_with_its_x_server_and_dumps_no_core(lab):
-    _, companion = cast(lab)
+def test_the_program_ends_with_its_x_server_says_so_and_works_with_the_next_one(lab):
+    """As all programs of the desktop do, and the session with them."""
+    panel, companion, _ = start_casting_beside_window(lab)
     server = next(process for process in lab.processes.started() if process.name == "Xvfb")
     server.send(signal.SIGKILL)
     companion.process.wait(5)
-    assert 0 < companion.process.status() < 128, f"it ended with status {companion.process.status()}"
+    assert companion.process.status() == 1, f"it ended with status {companion.process.status()}"
+    last_line = companion.process.output().splitlines()[-1]
+    assert "The X11 connection broke" in last_line, f"its last line was {last_line!r}"
+
+    lab.desktop.start_display()
+    lab.desktop.start_window_manager("openbox", "--sm-disable")
+    companion = lab.start_companion(panel)
+    companion.pair(panel)
+    companion.start_casting()
+    wait_until(lambda: panel.touch_enabled_at() == lab.computer_address, "the panel is asked for touches")
+    expect_touches_work(lab, panel, 1200, 600)
 
 
 def test_a_suspend_of_a_minute_costs_the_heartbeats_of_that_minute_only(lab):

@@ -24,7 +24,7 @@ class Desktop:
     def __init__(self, processes, width=1366, height=768):
         self.width, self.height = width, height
         self._processes = processes
-        self._start_display()
+        self.start_display()
         start_session_bus(processes)
         os.environ.update({
             "QT_QPA_PLATFORM": "xcb", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "NO_AT_BRIDGE": "0",
@@ -32,7 +32,8 @@ class Desktop:
         os.environ.pop("WAYLAND_DISPLAY", None)
         self.start_window_manager("openbox", "--sm-disable")
 
-    def _start_display(self):
+    def start_display(self):
+        """Also in the place of one that was killed; programs that are started from then on get it."""
         reader, writer = os.pipe()
         server = self._processes.start(
             ["Xvfb", "-displayfd", writer, "-screen", "0", f"{self.width}x{self.height}x24", "-nolisten", "tcp",
