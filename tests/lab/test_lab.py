@@ -216,6 +216,30 @@ def test_the_end_of_a_session_releases_the_button(lab):
     companion.window.dismiss_alert()
 
 
+def test_stopping_casting_and_dropping_the_pairing_release_the_button(lab):
+    panel, companion, clicks = start_casting_beside_window(lab)
+    companion.stop_casting()
+    wait_until(lambda: clicks.releases() == 1, "the release", 3)
+
+    companion.start_casting()
+    wait_until(lambda: panel.touch_enabled_at() == lab.computer_address, "the panel is asked for touches")
+    companion.open_list()  # by a click of the mouse, which a held button would swallow
+    touch(lab, panel, "DOWN", clicks.x + 40, clicks.y + 40)
+    wait_until(lambda: len(clicks.presses()) == 2, "another press", 3)
+    companion.window.press("Disconnect")
+    wait_until(lambda: clicks.releases() == 2, "its release", 3)
+    companion.expect_alert(DISABLED)
+    companion.window.dismiss_alert()
+
+
+def test_a_finger_that_rests_for_31_seconds_keeps_its_button(lab):
+    panel, _, clicks = start_casting_beside_window(lab)
+    time.sleep(31)
+    assert clicks.releases() == 0, "the button was released"
+    touch(lab, panel, "UP", clicks.x + 100, clicks.y + 100)
+    wait_until(lambda: clicks.releases() == 1, "the release", 3)
+
+
 def test_an_opening_dialog_releases_the_button(lab):
     """What the finger does meanwhile waits until the dialog is closed."""
     panel, companion, clicks = start_casting_beside_window(lab)
