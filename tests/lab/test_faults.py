@@ -1,6 +1,7 @@
 """What breaks around the whole program while it casts, and what the person at the computer gets to see of it."""
 
 import pathlib
+import random
 import resource
 import signal
 import socket
@@ -8,8 +9,8 @@ import sys
 import time
 
 from harness.announcer import Announcer
-from harness.companion import DISABLED
-from harness.processes import wait_until
+from harness.companion import DISABLED, Companion
+from harness.processes import Failure, wait_until
 from test_lab import expect_touches_work, needs_mdns, needs_two_hosts, start_casting_beside_window, touch
 
 HERE = pathlib.Path(__file__).parent
@@ -221,6 +222,38 @@ def test_closed_standard_streams_change_nothing(lab):
         panel.process.end()
         process.send(signal.SIGTERM)
         assert process.wait(5) == 0, f"with stream {stream} closed it ended with status {process.status()}"
+
+
+ODDITIES = (  # of an environment, in the shell's words
+    "unset HOME", "HOME=/proc/1", "HOME=''", "LC_ALL=xx_YY.KOI8-Q", "LANGUAGE=xx:en_XX", "TZ=Nowhere/At-All", "TZ=:/dev/zero",
+    "PATH=''", "unset XDG_RUNTIME_DIR", "XDG_RUNTIME_DIR=/proc/1", "TMPDIR=/nonexistent", "QT_STYLE_OVERRIDE=brushed-steel",
+    "XDG_DATA_DIRS=''", "XDG_CONFIG_HOME=/dev/null")
+ODD_PANEL = f"Meridian 65|{'long ' * 20_000}|0A1F07FE"
+
+
+def test_odd_environments_change_nothing(lab):
+    """Each is met once alone or with others, in an order by a seed, and every second time the command line is very long."""
+    chance = random.Random(31)
+    oddities = chance.sample(ODDITIES, len(ODDITIES))
+    panel = lab.start_panel()
+    program = lab.folder / "odd"
+    while oddities:
+        mixture = [oddities.pop() for _ in range(min(chance.randint(1, 4), len(oddities)))]
+        program.write_text("\n".join(["#!/bin/sh", "set -a", f"TMPDIR='{lab.folder}'", *mixture,
+                                      f'exec {lab.programs}/panel-companion "$@"', ""]), encoding="ascii")
+        program.chmod(0o755)
+        told = ["--panel", panel.service_name] + ["--panel", ODD_PANEL] * chance.randint(0, 1)
+        try:
+            companion = Companion(lab.processes, lab.desktop, program, told)
+            companion.pair(panel)
+            companion.start_casting()
+            wait_until(lambda: panel.touch_enabled_at() == lab.computer_address, "the panel is asked for touches")
+            expect_touches_work(lab, panel, 83, 731)
+            companion.stop_casting()
+            companion.process.send(signal.SIGTERM)
+            assert companion.process.wait(5) == 0, f"it ended with status {companion.process.status()}"
+        except (AssertionError, Failure) as failure:
+            raise Failure(f"with {mixture}: {failure}") from None
 
 
 def expect_alert_outlives(lab, fault):
