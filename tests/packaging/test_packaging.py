@@ -80,9 +80,14 @@ def test_desktop_entry_is_valid():
     assert output("desktop-file-validate", PACKAGING / f"{ID}.desktop") == ""
 
 
-def test_metainfo_is_valid():
+def test_metainfo_is_valid(tmp_path):
     need("appstreamcli")
-    output("appstreamcli", "validate", "--no-net", PACKAGING / "panel-companion.metainfo.xml")
+    text = (PACKAGING / "panel-companion.metainfo.xml").read_text(encoding="utf-8")
+    published = tmp_path / f"{ID}.metainfo.xml"
+    published.write_text(text.replace("@screenshots_url@", "https://example.com/screenshots"), encoding="utf-8")
+    output("appstreamcli", "validate", "--no-net", published)
+    for image in xml.parse(published).getroot().iter("image"):
+        assert (ROOT / "docs/screenshots" / pathlib.Path(image.text).name).is_file(), image.text
 
 
 def test_firewall_profiles_open_the_port_for_touches():
@@ -169,6 +174,12 @@ def test_desktops_offer_the_program_for_the_kinds_of_files_that_panels_take(inst
                               stdout=subprocess.PIPE, env={"PATH": os.environ["PATH"], "HOME": str(installed),
                                                            "XDG_DATA_DIRS": str(installed / "share")}).stdout
         assert told == f"{ID}.desktop\n", f"{extension}: {told}"
+
+
+def test_pictures_that_are_published_nowhere_are_not_named(installed):
+    metainfo = xml.parse(installed / f"share/metainfo/{ID}.metainfo.xml").getroot()
+    assert metainfo.find("screenshots") is None
+    assert len(metainfo.findall("launchable")) == 1
 
 
 def test_software_centres_find_the_program_with_its_icon(installed, tmp_path):
