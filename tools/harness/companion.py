@@ -59,7 +59,7 @@ class Companion:
         self.close_list()
         return status
 
-    def expect_alert(self, text, timeout=5.0):
+    def expect_alert(self, text, timeout=15.0):
         texts = self.window.alert_texts(timeout)
         if text not in texts:
             raise Failure(f"the alert says {texts}, not {text!r}")
