@@ -55,7 +55,7 @@ void DesktopMotion::ask()
     call << QStringList{appearance, gnome};
     call.setAutoStartService(false);
     auto* const watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher] {
         allowMotion(isHinted() && allows(groupsIn(watcher->reply())));
         watcher->deleteLater();
     });
