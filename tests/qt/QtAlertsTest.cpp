@@ -275,29 +275,29 @@ TEST_F(QtAlertsTest, ADelayedJobThatIsDueWhileItIsOpenRunsAfterwards)
 
 TEST_F(QtAlertsTest, TicksThatAreDueWhileItIsOpenAreDroppedAndTheNextComesInTheOldRhythm)
 {
-    constexpr auto interval = 80ms;
+    constexpr auto period = 80ms;
     std::vector<SteadyClock::duration> ticks;
     const auto start = SteadyClock::now();
-    const auto timer = m_queue.repeat(interval, [&] { ticks.push_back(SteadyClock::now() - start); });
-    const auto sinceLastTick = [&] { return (SteadyClock::now() - start) % interval; };
+    const auto timer = m_queue.repeat(period, [&] { ticks.push_back(SteadyClock::now() - start); });
+    const auto sinceLastTick = [&] { return (SteadyClock::now() - start) % period; };
     SteadyClock::duration closed;
     // On a busy computer it may close so near a tick that none can say on which side of it; then it is shown once more.
     do {
         whenShown([&](QMessageBox& box) {
             spinFor(std::chrono::duration_cast<std::chrono::milliseconds>(
-                2 * interval + interval / 2 - sinceLastTick()));
+                2 * period + period / 2 - sinceLastTick()));
             EXPECT_THAT(ticks, SizeIs(0));
             pressOk(box);
         });
         m_alerts.runModal("Network error", "");
         closed = SteadyClock::now() - start;
-    } while (closed % interval < interval / 4 || closed % interval > interval * 3 / 4);
+    } while (closed % period < period / 4 || closed % period > period * 3 / 4);
     ASSERT_TRUE(spinUntil([&] { return ticks.size() >= 5; }));
-    EXPECT_GE(ticks[0], (closed / interval + 1) * interval);
-    SteadyClock::duration lateness = interval;
+    EXPECT_GE(ticks[0], (closed / period + 1) * period);
+    SteadyClock::duration lateness = period;
     for (const auto tick : ticks)
-        lateness = std::min<SteadyClock::duration>(lateness, tick % interval);
-    EXPECT_LT(lateness, interval / 4);
+        lateness = std::min<SteadyClock::duration>(lateness, tick % period);
+    EXPECT_LT(lateness, period / 4);
 }
 
 TEST_F(QtAlertsTest, AModalDialogOfAnyKindDropsTicks)
