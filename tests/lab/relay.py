@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 """Takes X connections on a display number of its own and passes them on to $DISPLAY. Prints the number; SIGUSR1 has it
-drop the connection that was opened last."""
+drop the connection that was opened last, and print "dropped"."""
 
 import itertools
 import os
@@ -67,3 +67,4 @@ threading.Thread(target=serve, args=(listen(),), daemon=True).start()
 while True:
     signal.sigwait([signal.SIGUSR1])
     close(*connections.pop())
+    print("dropped", flush=True)

@@ -290,9 +290,11 @@ def test_mixed_work_loses_no_tap_and_leaves_no_button_held(lab):
     def connection_is_lost():
         """That of the touches: the toolkit itself cannot do without the X server."""
         relay.send(signal.SIGUSR1)
+        losses = hand.done["connection_is_lost"] + 1
+        wait_until(lambda: relay.output().count("dropped") == losses, "the loss")  # a tap before it would be lost with it
         hand.slow_tap()
         back = hand.companion.process.output().count('" is back')
-        assert back == hand.done["connection_is_lost"] + 1, f"it came back {back} times"
+        assert back == losses, f"it came back {back} times"
 
     work = [hand.type_keys] * 3 + [hand.drag] * 2 + [hand.double_tap] * 2 + [  # a minute is one round
         hand.drag_while_the_server_is_grabbed, hand.screen_changes, hand.tap_under_a_dialog, hand.alert,
