@@ -1,13 +1,13 @@
 #include "app/DesktopProgram.h"
 
 #include "app/FilesGiven.h"
+#include "app/HttpModule.h"
 #include "app/InputCandidates.h"
 #include "app/ListedPanels.h"
 #include "app/SplashScreenViewController.h"
 #include "app/StopReason.h"
 #include "dashboard/DashboardViewController.h"
 #include "platform/avahi/AvahiServiceBrowser.h"
-#include "platform/curl/CurlHttpSession.h"
 #include "platform/FatalError.h"
 #include "platform/posix/FatalErrorLog.h"
 #include "platform/posix/PosixAsyncUdpSocket.h"
@@ -93,7 +93,7 @@ private:
     PosixFileReader m_fileReader;
     QtFileChooser m_fileChooser{m_mainQueue, m_alerts, m_window};
     QtApplicationActivation m_application{m_window};
-    std::unique_ptr<CurlHttpSession> m_httpSession = std::make_unique<CurlHttpSession>(m_log);
+    std::unique_ptr<HttpSession> m_httpSession = httpSessionOfModule(m_log);
     QPointer<QtDashboardView> m_view;
     std::shared_ptr<DashboardViewController> m_dashboard;
 };

@@ -13,6 +13,8 @@ import xml.etree.ElementTree as xml
 
 import pytest
 
+from harness.processes import wait_until
+
 ROOT = pathlib.Path(__file__).parents[2]
 PACKAGING = ROOT / "packaging"
 ID = "arpa.home.PanelCompanion"
@@ -147,6 +149,19 @@ def test_icon_is_installed_as_svg_as_symbol_and_in_the_sizes_that_desktops_ask_f
     for picture in icons.glob("*x*/apps/panel-companion.png"):
         sizes[picture.parts[-3]] = struct.unpack(">II", picture.read_bytes()[16:24])
     assert sizes == {f"{size}x{size}": (size, size) for size in (16, 22, 24, 32, 48, 64, 128, 256)}
+
+
+def test_the_installed_program_loads_its_installed_module(installed):
+    """With the dashboard, two seconds after the start."""
+    with subprocess.Popen([installed / "bin/panel-companion", "--new-instance", "--no-restart"], stdin=subprocess.DEVNULL,
+                          env={**os.environ, "QT_QPA_PLATFORM": "offscreen"}) as program:
+        maps = pathlib.Path(f"/proc/{program.pid}/maps")
+        try:
+            wait_until(lambda: re.search(rf"{installed}/.*/http\.so$", maps.read_text(encoding="ascii"), re.MULTILINE),
+                       "the module", timeout=30)
+        finally:
+            program.terminate()
+        assert program.wait(timeout=10) == 0
 
 
 def test_desktops_have_the_bus_start_the_installed_program(installed):
