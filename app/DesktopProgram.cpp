@@ -283,7 +283,7 @@ void DesktopProgram::showDashboard()
     m_backend = std::make_unique<Backend>(
         m_options, m_mainQueue, m_window, [this](std::string_view what) { restartAfter(what); });
     m_backend->showDashboard();
-    m_motion.emplace();
+    m_preferences.emplace();
     if (m_restart.reason())
         m_backend->showStopReason(*m_restart.reason());
     sendFiles();

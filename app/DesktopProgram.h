@@ -5,7 +5,7 @@
 #include "platform/posix/ProgramRestart.h"
 #include "platform/posix/SignalDescriptor.h"
 #include "platform/qt/WidgetMainQueue.h"
-#include "ui/DesktopMotion.h"
+#include "ui/DesktopPreferences.h"
 #include "ui/MainWindow.h"
 
 #include <memory>
@@ -53,7 +53,7 @@ private:
     SingleInstance m_instance;
     std::vector<std::string> m_filesToSend; ///< Until the dashboard is there.
     std::unique_ptr<Backend> m_backend;
-    std::optional<DesktopMotion> m_motion; ///< From the dashboard on: the splash screen has none.
+    std::optional<DesktopPreferences> m_preferences; ///< From the dashboard on: the splash screen is too short.
 };
 
 } // namespace companion

@@ -76,7 +76,7 @@
     </message>
     <message>
         <source>Showing this screen by cable? Switch touch here.</source>
-        <translation>Zeigen Sie diesen Bildschirm per Kabel? Schalten Sie Touch hier ein oder aus.</translation>
+        <translation>Bild über Kabel? Schalten Sie Touch hier ein oder aus.</translation>
     </message>
     <message>
         <source>Wireless touch</source>
@@ -348,6 +348,13 @@ Das Programm wurde neu gestartet. Wählen Sie Ihr Panel, um fortzufahren.</trans
     <message>
         <source>Cast, touch and send files to your panel</source>
         <translation>Übertragen, berühren und Dateien an Ihr Panel senden</translation>
+    </message>
+</context>
+<context>
+    <name>companion::DevicesTableView</name>
+    <message>
+        <source>Picked</source>
+        <translation>Ausgewählt</translation>
     </message>
 </context>
 <context>

@@ -76,7 +76,7 @@
     </message>
     <message>
         <source>Showing this screen by cable? Switch touch here.</source>
-        <translation>¿Muestra esta pantalla por cable? Active o desactive aquí el control táctil.</translation>
+        <translation>¿Imagen por cable? Active o desactive aquí el control táctil.</translation>
     </message>
     <message>
         <source>Wireless touch</source>
@@ -348,6 +348,13 @@ El programa se ha vuelto a iniciar. Elija su panel para continuar.</translation>
     <message>
         <source>Cast, touch and send files to your panel</source>
         <translation>Proyecte, toque y envíe archivos a su panel</translation>
+    </message>
+</context>
+<context>
+    <name>companion::DevicesTableView</name>
+    <message>
+        <source>Picked</source>
+        <translation>Elegido</translation>
     </message>
 </context>
 <context>

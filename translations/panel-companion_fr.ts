@@ -351,6 +351,13 @@ Le programme a été relancé. Choisissez votre écran interactif pour continuer
     </message>
 </context>
 <context>
+    <name>companion::DevicesTableView</name>
+    <message>
+        <source>Picked</source>
+        <translation>Choisi</translation>
+    </message>
+</context>
+<context>
     <name>companion::QtDashboardView</name>
     <message>
         <source>No touch: UDP port 41863 cannot be opened (panelctl doctor says why)</source>

@@ -1,6 +1,7 @@
-#include "ui/DesktopMotion.h"
+#include "ui/DesktopPreferences.h"
 
 #include "ui/Fade.h"
+#include "ui/Theme.h"
 
 #include <QApplication>
 #include <QDBusArgument>
@@ -33,6 +34,13 @@ bool allows(const Groups& groups)
     return !isReduced && groups[gnome].value(QStringLiteral("enable-animations"), true).toBool();
 }
 
+/// On X11 the desktop enlarges whole windows, by the resolution of its fonts.
+double textScale(const Groups& groups)
+{
+    const bool isInFonts = QGuiApplication::platformName() == QLatin1String("xcb");
+    return isInFonts ? 1 : groups[gnome].value(QStringLiteral("text-scaling-factor"), 1.0).toDouble();
+}
+
 bool isHinted()
 {
     return QApplication::style()->styleHint(QStyle::SH_Widget_Animation_Duration) > 0;
@@ -40,23 +48,26 @@ bool isHinted()
 
 } // namespace
 
-DesktopMotion::DesktopMotion(QDBusConnection bus)
+DesktopPreferences::DesktopPreferences(QDBusConnection bus)
     : m_bus(std::move(bus))
 {
     auto* const portal =
         new QDBusServiceWatcher(service, m_bus, QDBusServiceWatcher::WatchForRegistration, this);
-    connect(portal, &QDBusServiceWatcher::serviceRegistered, this, &DesktopMotion::ask);
+    connect(portal, &QDBusServiceWatcher::serviceRegistered, this, &DesktopPreferences::ask);
+    m_bus.connect(service, path, settings, QStringLiteral("SettingChanged"), this, SLOT(ask()));
     ask();
 }
 
-void DesktopMotion::ask()
+void DesktopPreferences::ask()
 {
     QDBusMessage call = QDBusMessage::createMethodCall(service, path, settings, QStringLiteral("ReadAll"));
     call << QStringList{appearance, gnome};
     call.setAutoStartService(false);
     auto* const watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher] {
-        allowMotion(isHinted() && allows(groupsIn(watcher->reply())));
+        const Groups groups = groupsIn(watcher->reply());
+        allowMotion(isHinted() && allows(groups));
+        Theme::setTextScale(textScale(groups));
         watcher->deleteLater();
     });
 }

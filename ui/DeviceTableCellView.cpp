@@ -58,12 +58,13 @@ void DeviceTableCellView::paint(QPainter& painter, const QRect& bounds, bool isH
     isRightToLeft ? icon.moveRight(bounds.right() - margin) : icon.moveLeft(bounds.left() + margin);
     image(conectedImageView).paint(painter, icon);
 
-    const QRect text = isRightToLeft ? bounds.adjusted(margin, 8, -textInset, -8)
-                                     : bounds.adjusted(textInset, 8, -margin, -8);
-    drawLine(painter, QRect(text.topLeft(), QSize(text.width(), 24)), nameFont(), QColor(Theme::text),
-        deviceNameLabel);
-    drawLine(painter, QRect(text.left(), text.top() + 25, text.width(), 19), addressFont(),
-        QColor(Theme::secondaryText), addresses());
+    const QRect text =
+        isRightToLeft ? bounds.adjusted(margin, 0, -textInset, 0) : bounds.adjusted(textInset, 0, -margin, 0);
+    const auto line = [&text](int top, int height) {
+        return QRect(text.left(), text.top() + Theme::scaled(top), text.width(), Theme::scaled(height));
+    };
+    drawLine(painter, line(8, 24), nameFont(), QColor(Theme::text), deviceNameLabel);
+    drawLine(painter, line(33, 19), addressFont(), QColor(Theme::secondaryText), addresses());
 }
 
 QString DeviceTableCellView::addresses() const

@@ -23,6 +23,11 @@ public:
 
     QVariant data(const QModelIndex& index, int role) const override
     {
+        const bool isPicked = icon(index.row()) == QStringLiteral("connectedChain");
+        if (role == Qt::CheckStateRole) // for screen readers: rows are painted by their icons
+            return isPicked ? Qt::Checked : Qt::Unchecked;
+        if (role == Qt::AccessibleDescriptionRole)
+            return isPicked ? DevicesTableView::tr("Picked") : QString();
         if (role != Qt::AccessibleTextRole && role != Qt::DisplayRole)
             return {};
         const DeviceTableCellView cell = cellAt(index.row());
@@ -92,6 +97,13 @@ using namespace std::chrono_literals;
 /// Hundreds of panels may be announced in one second, and nobody sees more than a picture a frame.
 constexpr auto shortestReloadInterval = 16ms;
 
+constexpr int placeholderMargin = 24;
+
+QFont placeholderFont()
+{
+    return Theme::font(Theme::FontFace::regular, 14);
+}
+
 class CellDelegate : public QStyledItemDelegate {
 public:
     CellDelegate(const DevicesTableModel& model, DevicesTableView& table)
@@ -102,7 +114,7 @@ public:
 
     QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const override
     {
-        return {option.rect.width(), DevicesTableView::rowHeight};
+        return {option.rect.width(), DevicesTableView::rowHeight()};
     }
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option, const QModelIndex& index) const override
@@ -151,12 +163,20 @@ DevicesTableView::DevicesTableView(QWidget* parent)
     setFrameShape(NoFrame);
     setVerticalScrollMode(ScrollPerPixel);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    verticalScrollBar()->setSingleStep(rowHeight / 3);
+    Theme::followTextScale(*this, [this] {
+        verticalScrollBar()->setSingleStep(rowHeight() / 3);
+        scheduleDelayedItemsLayout();
+    });
     setMouseTracking(true);
     viewport()->setAttribute(Qt::WA_Hover);
 
     m_reload.setSingleShot(true);
     connect(&m_reload, &QTimer::timeout, this, &DevicesTableView::showPresentRows);
+}
+
+int DevicesTableView::rowHeight()
+{
+    return Theme::scaled(60);
 }
 
 DevicesTableView::~DevicesTableView()
@@ -181,7 +201,7 @@ void DevicesTableView::reloadData()
 /// New panels come at the end: in a list longer than the window they are out of sight anyway.
 bool DevicesTableView::mayWait() const
 {
-    const bool isLong = m_model->rowCount() * rowHeight > viewport()->height();
+    const bool isLong = m_model->rowCount() * rowHeight() > viewport()->height();
     return isLong && m_sinceReload.isValid() && !m_sinceReload.hasExpired(shortestReloadInterval.count());
 }
 
@@ -213,6 +233,16 @@ void DevicesTableView::setPlaceholder(const QString& text)
     m_placeholder = text;
     setAccessibleDescription(m_model->rowCount() > 0 ? QString() : m_placeholder);
     viewport()->update();
+}
+
+int DevicesTableView::placeholderHeight(int width) const
+{
+    if (m_model->rowCount() > 0)
+        return 0;
+    const QRect column(0, 0, width - 2 * placeholderMargin, QWIDGETSIZE_MAX);
+    const QRect text = QFontMetrics(placeholderFont())
+                           .boundingRect(column, Qt::AlignCenter | Qt::TextWordWrap, m_placeholder);
+    return text.height() + 2 * placeholderMargin;
 }
 
 void DevicesTableView::mouseReleaseEvent(QMouseEvent* event)
@@ -261,9 +291,10 @@ void DevicesTableView::paintEvent(QPaintEvent* event)
         return;
     QPainter painter(viewport());
     painter.setPen(QColor(Theme::secondaryText));
-    painter.setFont(Theme::font(Theme::FontFace::regular, 14));
-    painter.drawText(
-        viewport()->rect().adjusted(24, 24, -24, -24), Qt::AlignCenter | Qt::TextWordWrap, m_placeholder);
+    painter.setFont(placeholderFont());
+    painter.drawText(viewport()->rect().adjusted(
+                         placeholderMargin, placeholderMargin, -placeholderMargin, -placeholderMargin),
+        Qt::AlignCenter | Qt::TextWordWrap, m_placeholder);
 }
 
 } // namespace companion

@@ -13,7 +13,8 @@ namespace companion {
 
 class DevicesTableModel;
 
-/// The list of panels: rows of 60 points, one cell each. It paints no selection of its own; the icons of the rows do.
+/// The list of panels: rows of 60 points, more where texts are larger, one cell each. It paints no selection of its own;
+/// the icons of the rows do, and screen readers find the row checked.
 class DevicesTableView : public QListView {
     Q_OBJECT
 
@@ -21,7 +22,7 @@ public:
     using RowCount = std::function<int()>;
     using ConfigureCell = std::function<void(int row, DeviceTableCellView& cell)>;
 
-    static constexpr int rowHeight = 60;
+    static int rowHeight();
 
     explicit DevicesTableView(QWidget* parent = nullptr);
     ~DevicesTableView() override;
@@ -44,6 +45,9 @@ public:
     /// A friendly line for an empty list.
     void setPlaceholder(const QString& text);
     QString placeholder() const { return m_placeholder; }
+
+    /// What that line needs in a list of that width; 0 when there are rows instead.
+    int placeholderHeight(int width) const;
 
 Q_SIGNALS:
     /// A click, pressed and released on one row, or the Return key; both are -1 for the empty area below the rows.

@@ -4,7 +4,7 @@
 
 namespace companion {
 
-/// One line of plain text that ends in an ellipsis where it does not fit; its tool tip shows the whole then.
+/// Plain text, on one line or wrapped, that ends in an ellipsis where it does not fit; its tool tip shows the whole then.
 class ElidedLabel : public QLabel {
     Q_OBJECT
 
@@ -13,12 +13,15 @@ public:
 
     QSize minimumSizeHint() const override;
 
+    /// The text, or as many lines of it as there is room for.
+    QString shownText() const;
+
 protected:
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    QString shownText() const;
+    bool isWhole() const;
 };
 
 } // namespace companion

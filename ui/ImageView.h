@@ -17,6 +17,9 @@ public:
     QString imageName() const { return m_image.name(); }
     void setImageName(const QString& name);
 
+    /// As large as its image, unless it has children; where there is less room, the image is drawn smaller, or left out.
+    QSize sizeHint() const override;
+
 protected:
     const SvgImage& image() const { return m_image; }
     void paintEvent(QPaintEvent* event) override;

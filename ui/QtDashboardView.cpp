@@ -18,6 +18,8 @@ namespace {
 constexpr int widestContent = 1100;
 constexpr int smallestSideMargin = 32;
 constexpr int widestFileName = 360;
+constexpr int castCardWidth = 216;
+constexpr int headingSize = 32;
 constexpr int bottomMargin = 32;
 constexpr Color switchTint{
     11 / 255.0, 122 / 255.0, 101 / 255.0, 1}; // Theme::accent: 5.3 to 1 on the white plate
@@ -50,7 +52,6 @@ QtDashboardView::~QtDashboardView()
 
 void QtDashboardView::style()
 {
-    using Theme::FontFace;
     setBackgroundColor(Qt::white);
     m_scene->castButtonView->makeRound();
     m_scene->castButtonView->setImageName("castingInactive");
@@ -65,23 +66,34 @@ void QtDashboardView::style()
     m_scene->devicesListIcon->setIcon(SvgImage::icon("devices"));
     m_scene->settingsIcon->setIcon(SvgImage::icon("settings"));
 
-    for (QLabel* label : {m_scene->emptyStateHeading, m_scene->fileUploadHeading})
-        label->setFont(Theme::font(FontFace::semiBold, 22));
-    for (QLabel* label : {m_scene->dragAndDropLabel, m_scene->emptyStateLabel, m_scene->castHintLabel})
-        label->setFont(Theme::font(FontFace::regular, 12));
-    m_scene->deviceStatusLabel->setFont(Theme::font(FontFace::regular, 16));
-    for (QLabel* label : {m_scene->facingProblemLabel, m_scene->enableHDMILabel, m_scene->deviceHDMISubLabel,
-             m_scene->wirelessTouchStatusLabel, m_scene->touchStateLabel})
-        label->setFont(Theme::font(FontFace::regular, 16));
-    m_scene->castCaptionLabel->setFont(Theme::font(FontFace::medium, 16));
-    m_scene->deviceHDMIMainLabel->setFont(Theme::font(FontFace::semiBold, 32));
+    Theme::followTextScale(*this, [this] { setFonts(); });
 
     m_scene->touchStateLabel->setContentsMargins(smallestSideMargin, 0, smallestSideMargin, 0);
-    for (QLabel* label : {m_scene->facingProblemLabel, m_scene->castHintLabel, m_scene->touchStateLabel}) {
+    for (QLabel* label : std::initializer_list<QLabel*>{
+             m_scene->facingProblemLabel, m_scene->castHintLabel, m_scene->touchStateLabel}) {
         QPalette quiet = label->palette();
         quiet.setColor(QPalette::WindowText, QColor(Theme::secondaryText));
         label->setPalette(quiet);
     }
+}
+
+void QtDashboardView::setFonts()
+{
+    using Theme::FontFace;
+    for (QLabel* label :
+        std::initializer_list<QLabel*>{m_scene->emptyStateHeading, m_scene->fileUploadHeading})
+        label->setFont(Theme::font(FontFace::semiBold, 22));
+    for (QLabel* label : std::initializer_list<QLabel*>{
+             m_scene->dragAndDropLabel, m_scene->emptyStateLabel, m_scene->castHintLabel})
+        label->setFont(Theme::font(FontFace::regular, 12));
+    m_scene->deviceStatusLabel->setFont(Theme::font(FontFace::regular, 16));
+    for (QLabel* label : std::initializer_list<QLabel*>{m_scene->facingProblemLabel, m_scene->enableHDMILabel,
+             m_scene->deviceHDMISubLabel, m_scene->wirelessTouchStatusLabel, m_scene->touchStateLabel})
+        label->setFont(Theme::font(FontFace::regular, 16));
+    m_scene->castCaptionLabel->setFont(Theme::font(FontFace::medium, 16));
+    for (QPushButton* button : {m_scene->connectButton, m_scene->fileUploadButton})
+        button->setFont(Theme::font(FontFace::regular, 14)); // views with a style sheet inherit none
+    fitMessage();
 }
 
 void QtDashboardView::connectControls()
@@ -137,10 +149,26 @@ void QtDashboardView::setHidden(Pane pane, bool hidden)
     paneView(pane).setHidden(hidden);
     if (pane == Pane::castButton)
         m_scene->castCardView->setHidden(hidden);
-    // Beside the drop area there is no room for the message's picture.
-    m_scene->hdmiMessageImage->setVisible(m_scene->fileUploadView->isHidden());
+    fitMessage();
     keepPlaceOfHdmiPane(m_scene->emptyStateImageView->isHidden());
     placeTouchState();
+}
+
+/// Beside the drop area there is no room for the message's picture, nor for what larger texts would like to have.
+void QtDashboardView::fitMessage()
+{
+    const bool isAlone = m_scene->fileUploadView->isHidden();
+    m_scene->hdmiMessageImage->setVisible(isAlone);
+    const bool isMessageBeside = !isAlone && !m_scene->hdmiMessageView->isHidden();
+    QFont heading = Theme::font(Theme::FontFace::semiBold, headingSize);
+    const bool isHintHidden = isMessageBeside && heading.pixelSize() > headingSize;
+    if (isHintHidden != m_scene->castHintLabel->isHidden())
+        m_scene->castHintLabel->setHidden(isHintHidden);
+    if (isMessageBeside)
+        heading.setPixelSize(headingSize);
+    m_scene->deviceHDMIMainLabel->setFont(heading);
+    m_scene->castCardView->setFixedWidth(
+        isMessageBeside ? castCardWidth : (castCardWidth + Theme::scaled(castCardWidth)) / 2);
 }
 
 /// Casting hides the pane, and the button that was just pressed must not move for it.
@@ -155,11 +183,10 @@ void QtDashboardView::keepPlaceOfHdmiPane(bool isKept)
 void QtDashboardView::placeTouchState()
 {
     const bool isBarEmpty = m_scene->hdmiToggleView->isHidden();
-    m_scene->maskedLayout->addWidget(
-        m_scene->touchStateLabel, isBarEmpty ? 1 : 0, 0, isBarEmpty ? Qt::AlignVCenter : Qt::AlignBottom);
+    m_scene->maskedLayout->addWidget(m_scene->touchStateLabel, isBarEmpty ? 2 : 1, 0);
     const bool isBelowPanes = !isBarEmpty && !m_scene->touchStateLabel->isHidden();
     QMargins margins = m_scene->panesLayout->contentsMargins();
-    margins.setBottom(isBelowPanes ? m_scene->touchStateLabel->minimumHeight() : bottomMargin);
+    margins.setBottom(isBelowPanes ? 0 : bottomMargin);
     m_scene->panesLayout->setContentsMargins(margins);
 }
 
@@ -276,8 +303,8 @@ void QtDashboardView::setFilesWaiting(std::size_t count, const std::string& firs
         label.setText(m_emptyStateText);
     else if (count == 1)
         label.setText(tr("\"%1\" will be sent to the panel that you pick.")
-                          .arg(label.fontMetrics().elidedText(
-                              QString::fromStdString(firstName), Qt::ElideMiddle, widestFileName)));
+                          .arg(label.fontMetrics().elidedText(QString::fromStdString(firstName),
+                              Qt::ElideMiddle, Theme::scaled(widestFileName))));
     else
         label.setText(
             tr("%n files will be sent to the panel that you pick.", nullptr, static_cast<int>(count)));

@@ -58,6 +58,8 @@ Q_SIGNALS:
 
 private:
     void style();
+    void setFonts();
+    void fitMessage();
     void connectControls();
     static bool closeIfOpen(Popover* popover);
     void keepPlaceOfHdmiPane(bool isKept);

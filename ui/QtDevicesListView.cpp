@@ -25,7 +25,10 @@ QtDevicesListView::QtDevicesListView(QWidget* parent)
 {
     m_scene->setupUi(this);
     style();
-    fitRows();
+    Theme::followTextScale(*this, [this] {
+        setFonts();
+        fitRows();
+    });
     for (const auto signal : {&QAbstractItemModel::rowsInserted, &QAbstractItemModel::rowsRemoved})
         connect(m_scene->devicesTableView->model(), signal, this, &QtDevicesListView::fitRows);
     setFocusProxy(m_scene->devicesTableView);
@@ -47,22 +50,30 @@ QtDevicesListView::~QtDevicesListView() = default;
 
 void QtDevicesListView::style()
 {
-    using Theme::FontFace;
     m_scene->listHeaderView->setBackgroundColor(Qt::white);
+    m_scene->disconnectButton->setProperty("focusRingOnDark", true);
+    m_scene->devicesTableView->setPlaceholder(tr("Looking for panels…"));
+}
+
+void QtDevicesListView::setFonts()
+{
+    using Theme::FontFace;
+    setFixedWidth(Theme::scaled(360));
     m_scene->headerMainLabel->setFont(Theme::font(FontFace::extraLight, 20));
     m_scene->headerSubLabel->setFont(Theme::font(FontFace::regular, 12));
-    m_scene->disconnectButton->setProperty("focusRingOnDark", true);
     m_scene->disconnectButton->setFont(Theme::font(FontFace::regular, 16));
-    m_scene->devicesTableView->setPlaceholder(tr("Looking for panels…"));
 }
 
 /// Below the last row there is always a place to click.
 void QtDevicesListView::fitRows()
 {
     constexpr int fewRows = 3;
-    constexpr int manyRows = 5;
-    const int rows = std::clamp(m_scene->devicesTableView->model()->rowCount(), fewRows, manyRows);
-    m_scene->devicesTableView->setFixedHeight(rows * DevicesTableView::rowHeight + 16);
+    constexpr int heightOfRows = 5 * 60; // which the smallest window has the room for
+    const int manyRows = heightOfRows / DevicesTableView::rowHeight();
+    auto& table = *m_scene->devicesTableView;
+    const int rows = std::clamp(table.model()->rowCount(), fewRows, manyRows);
+    const int height = rows * DevicesTableView::rowHeight() + 16;
+    table.setFixedHeight(std::max(height, table.placeholderHeight(Theme::scaled(360))));
 }
 
 /// The search begins when the list is opened for the first time.
@@ -74,6 +85,7 @@ void QtDevicesListView::showEvent(QShowEvent*)
         m_scene->devicesTableView->setPlaceholder(tr(
             "No panel found yet.\n\nCheck that the panel is switched on and on the same network as this computer. "
             "“panelctl doctor”, typed into a terminal, shows what else may be wrong."));
+        fitRows();
     });
 }
 

@@ -38,6 +38,7 @@ protected:
 
 private:
     void style();
+    void setFonts();
     void fitRows();
 
     std::unique_ptr<Ui::DevicesListScene> m_scene;

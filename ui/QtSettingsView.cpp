@@ -21,17 +21,24 @@ QtSettingsView::QtSettingsView(QWidget* parent)
 {
     m_scene->setupUi(this);
     setBackgroundColor(Qt::white);
-    setMinimumWidth(smallestWidth); // some languages need more
-    m_scene->settingsHeaderLabel->setFont(Theme::font(Theme::FontFace::medium, 20));
     setFocusProxy(m_scene->fpsButton);
     for (QComboBox* button : findChildren<QComboBox*>())
         button->setItemDelegate(new QStyledItemDelegate(button)); // the default one knows no style sheet
+    Theme::followTextScale(*this, [this] { setFonts(); });
+}
+
+QtSettingsView::~QtSettingsView() = default;
+
+void QtSettingsView::setFonts()
+{
+    setMinimumWidth(Theme::scaled(smallestWidth)); // some languages need more
+    for (QWidget* view : findChildren<QWidget*>())
+        view->setFont(Theme::font(Theme::FontFace::regular, 14)); // with a style sheet they inherit none
+    m_scene->settingsHeaderLabel->setFont(Theme::font(Theme::FontFace::medium, 20));
     for (QLabel* label : {m_scene->fpsLabel, m_scene->sessionPresentLabel, m_scene->switchDeviceLabel,
              m_scene->switchAudioDeviceLabel})
         label->setMinimumHeight(m_scene->fpsButton->sizeHint().height()); // for their texts to be on one line
 }
-
-QtSettingsView::~QtSettingsView() = default;
 
 QString QtSettingsView::heading() const
 {

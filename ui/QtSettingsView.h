@@ -29,6 +29,7 @@ public:
     void showItems(RelaySettingsViewController& controller);
 
 private:
+    void setFonts();
     void connectPopUp(QComboBox& button, PopUpItems& items);
 
     std::unique_ptr<Ui::SettingsScene> m_scene;

@@ -12,6 +12,7 @@ QtSplashView::QtSplashView(QWidget* parent)
 {
     m_scene->setupUi(this);
     setBackgroundColor(Qt::white);
+    m_scene->titlesView->setFixedHeight(Theme::scaled(64));
     m_scene->splashImage->setImageName("panel-companion");
     m_scene->mainTitleLabel->hide();
     m_scene->subTitleLabel->hide();

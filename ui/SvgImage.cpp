@@ -45,6 +45,11 @@ void SvgImage::setName(const QString& name)
         m_renderer = std::make_unique<QSvgRenderer>(path);
 }
 
+QSize SvgImage::size() const
+{
+    return m_renderer ? m_renderer->defaultSize() : QSize();
+}
+
 void SvgImage::paint(QPainter& painter, const QRectF& bounds) const
 {
     if (!m_renderer)

@@ -22,6 +22,9 @@ public:
     /// Loads the image; an unknown name leaves an empty one.
     void setName(const QString& name);
 
+    /// As it was drawn, in points.
+    QSize size() const;
+
     /// Draws it as large as fits into `bounds`, in its middle.
     void paint(QPainter& painter, const QRectF& bounds) const;
 

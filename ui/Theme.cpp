@@ -1,12 +1,17 @@
 #include "ui/Theme.h"
 
+#include <algorithm>
 #include <QApplication>
 #include <QDir>
 #include <QFontDatabase>
 #include <QPalette>
 #include <QResource>
+#include <QScreen>
 #include <QStyleFactory>
 #include <QToolTip>
+#include <QWidget>
+#include <utility>
+#include <vector>
 
 namespace companion::Theme {
 
@@ -33,6 +38,51 @@ const QString& typeface()
     static const QString family = loadTypeface();
     return family;
 }
+
+double g_textScale = 1; // by the desktop's settings
+
+/// The toolkit enlarges whole windows for a higher resolution of fonts, unless it is told not to; what it leaves of the
+/// resolution is for texts.
+double scaleByResolution()
+{
+    constexpr double usualResolution = 96;
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    return screen ? screen->logicalDotsPerInch() / usualResolution : 1;
+}
+
+double textScale()
+{
+    constexpr double largest = 1.5; // that the smallest window has the room for
+    return std::clamp(g_textScale * scaleByResolution(), 1.0, largest);
+}
+
+/// A child of the view that it works for. (The toolkit tells windows of new fonts, and views with fonts of their own nothing.)
+class TextScaleFollower : public QObject {
+public:
+    TextScaleFollower(QWidget& view, std::function<void()> apply)
+        : QObject(&view)
+        , m_apply(std::move(apply))
+    {
+        all().push_back(this);
+        m_apply();
+    }
+    ~TextScaleFollower() override { std::erase(all(), this); }
+
+    static void applyAll()
+    {
+        for (TextScaleFollower* follower : all())
+            follower->m_apply();
+    }
+
+private:
+    static std::vector<TextScaleFollower*>& all()
+    {
+        static std::vector<TextScaleFollower*> followers;
+        return followers;
+    }
+
+    const std::function<void()> m_apply;
+};
 
 QPalette lightPalette()
 {
@@ -98,7 +148,7 @@ const char* const styleSheet = R"(
 QFont font(FontFace face, int points)
 {
     QFont font(typeface());
-    font.setPixelSize(points);
+    font.setPixelSize(scaled(points));
     switch (face) {
     case FontFace::regular:
         font.setWeight(QFont::Normal);
@@ -114,6 +164,24 @@ QFont font(FontFace face, int points)
         break;
     }
     return font;
+}
+
+int scaled(int points)
+{
+    return qRound(points * textScale());
+}
+
+void setTextScale(double factor)
+{
+    if (std::exchange(g_textScale, factor) == factor)
+        return;
+    applyBaseFont();
+    TextScaleFollower::applyAll();
+}
+
+void followTextScale(QWidget& view, std::function<void()> apply)
+{
+    new TextScaleFollower(view, std::move(apply));
 }
 
 void apply(QApplication& application)

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <QColor>
 #include <QFont>
 
 class QApplication;
+class QWidget;
 
 /// Colours and fonts that all screens share.
 namespace companion::Theme {
@@ -18,8 +20,19 @@ inline constexpr QRgb outline = 0xff6b7c8c;
 
 enum class FontFace { regular, medium, semiBold, extraLight };
 
-/// The program's typeface in one of its four weights; `points` are device-independent pixels.
+/// The program's typeface in one of its four weights; `points` are device-independent pixels, which the desktop's wish for
+/// larger texts makes more of.
 QFont font(FontFace face, int points);
+
+/// A length that grows with the texts.
+int scaled(int points);
+
+/// How much larger than usual the desktop wants its texts, besides what the resolution of its fonts says. The screens
+/// follow up to 1.5, and make no text smaller than usual. Nothing for desktops that enlarge whole windows instead.
+void setTextScale(double factor);
+
+/// Runs `apply` now, and whenever texts become larger or smaller.
+void followTextScale(QWidget& view, std::function<void()> apply);
 
 /// The light palette, the style of the controls and the base font, whatever the desktop's own scheme is.
 void apply(QApplication& application);

@@ -17,16 +17,27 @@ namespace companion {
 
 namespace {
 
-constexpr int textHeight = 20;
 constexpr int barHeight = 4;
-constexpr int percentageWidth = 56;
-constexpr int smallestLineHeight = textHeight + barHeight;
-constexpr int buttonSize = smallestLineHeight;
 constexpr int buttonGap = 8;
-constexpr int lineHeight = smallestLineHeight + 10;
-constexpr int fewLines = 3;    // have their place in any case
-constexpr int sideMargin = 32; // from the drop area's dashed border
+constexpr int gapBetweenLines = 10; // where there is room
+constexpr int heightInAnyCase = 80; // the place in the drop area
+constexpr int sideMargin = 32;      // from the drop area's dashed border
 constexpr int percentBetweenAnnouncements = 25;
+
+int textHeight()
+{
+    return Theme::scaled(20);
+}
+
+int percentageWidth()
+{
+    return Theme::scaled(56);
+}
+
+int smallestLineHeight()
+{
+    return textHeight() + barHeight;
+}
 
 } // namespace
 
@@ -51,7 +62,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    int barWidth() const { return width() - buttonSize - buttonGap; }
+    int barWidth() const { return width() - smallestLineHeight() - buttonGap; }
     QString shownName() const;
     void giveUp();
     void drawBar(QPainter& painter, const QRect& bar, const QColor& color) const;
@@ -67,7 +78,7 @@ UploadProgressBars::UploadBar::UploadBar(
     : QProgressBar(parent)
     , m_upload(std::move(upload))
 {
-    setFont(Theme::font(Theme::FontFace::regular, 12));
+    Theme::followTextScale(*this, [this] { setFont(Theme::font(Theme::FontFace::regular, 12)); });
     setRange(0, 100);
     setAccessibleName(fileName);
     m_giveUpButton.setIcon(SvgImage::icon(QStringLiteral("giveUp")));
@@ -98,7 +109,7 @@ void UploadProgressBars::UploadBar::giveUp()
 
 void UploadProgressBars::UploadBar::resizeEvent(QResizeEvent*)
 {
-    const QRect atTheEnd(width() - buttonSize, 0, buttonSize, buttonSize);
+    const QRect atTheEnd(width() - smallestLineHeight(), 0, smallestLineHeight(), smallestLineHeight());
     m_giveUpButton.setGeometry(QStyle::visualRect(layoutDirection(), rect(), atTheEnd));
 }
 
@@ -117,7 +128,7 @@ QString UploadProgressBars::UploadBar::text() const
 QString UploadProgressBars::UploadBar::shownName() const
 {
     return fontMetrics().elidedText(
-        m_isFileBeingRead ? activity() : accessibleName(), Qt::ElideMiddle, barWidth() - percentageWidth);
+        m_isFileBeingRead ? activity() : accessibleName(), Qt::ElideMiddle, barWidth() - percentageWidth());
 }
 
 bool UploadProgressBars::UploadBar::event(QEvent* event)
@@ -131,13 +142,13 @@ void UploadProgressBars::UploadBar::paintEvent(QPaintEvent*)
 {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRect name(0, 0, barWidth() - percentageWidth, textHeight);
-    const QRect percentage(barWidth() - percentageWidth, 0, percentageWidth, textHeight);
+    const QRect name(0, 0, barWidth() - percentageWidth(), textHeight());
+    const QRect percentage(barWidth() - percentageWidth(), 0, percentageWidth(), textHeight());
     drawText(painter, name, Qt::AlignLeft, shownName());
     if (!m_isFileBeingRead)
         drawText(painter, percentage, Qt::AlignRight, QStringLiteral("%1 %").arg(value()));
 
-    QRect bar(0, textHeight, barWidth(), barHeight);
+    QRect bar(0, textHeight(), barWidth(), barHeight);
     drawBar(painter, bar, Theme::line);
     bar.setWidth(bar.width() * value() / 100);
     drawBar(painter, bar, Theme::accent);
@@ -164,7 +175,10 @@ void UploadProgressBars::UploadBar::drawText(
 UploadProgressBars::UploadProgressBars(QWidget* parent)
     : QWidget(parent)
 {
-    setFont(Theme::font(Theme::FontFace::regular, 12));
+    Theme::followTextScale(*this, [this] {
+        setFont(Theme::font(Theme::FontFace::regular, 12));
+        updateGeometry();
+    });
     setContentsMargins(sideMargin, 0, sideMargin, 0);
     hide();
     m_timer.setInterval(100);
@@ -227,26 +241,27 @@ void UploadProgressBars::announce(const QString& text)
 
 QSize UploadProgressBars::sizeHint() const
 {
-    return {0, count() * lineHeight};
+    return {0, count() * (smallestLineHeight() + gapBetweenLines)};
 }
 
 QSize UploadProgressBars::minimumSizeHint() const
 {
-    return {0, std::min(count(), fewLines) * smallestLineHeight};
+    return {0, std::min(count(), heightInAnyCase / smallestLineHeight()) * smallestLineHeight()};
 }
 
 /// Many lines move closer together; what does not fit even then is counted in the last one.
 int UploadProgressBars::shownCount() const
 {
-    const int fitting = std::max(1, height() / smallestLineHeight);
+    const int fitting = std::max(1, height() / smallestLineHeight());
     return count() <= fitting ? count() : fitting - 1;
 }
 
 QRect UploadProgressBars::place(int index) const
 {
-    const int step = std::clamp(height() / count(), smallestLineHeight, lineHeight);
+    const int step =
+        std::clamp(height() / count(), smallestLineHeight(), smallestLineHeight() + gapBetweenLines);
     const QRect contents = contentsRect();
-    return {contents.left(), contents.top() + index * step, contents.width(), smallestLineHeight};
+    return {contents.left(), contents.top() + index * step, contents.width(), smallestLineHeight()};
 }
 
 void UploadProgressBars::arrange()

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QDialogButtonBox>
+#include <QFontInfo>
 #include <QGridLayout>
 #include <QLabel>
 #include <QLayout>
@@ -19,7 +20,15 @@ namespace {
 
 constexpr int margin = 24;
 constexpr int width = 440;
+constexpr int usualFontSize = 14;
+constexpr int messageFontSize = 16;
 constexpr int gapAboveButton = 12; // besides the layout's own
+
+/// A length that grows with the texts of the program.
+int scaled(int points)
+{
+    return qRound(points * QFontInfo(QApplication::font()).pixelSize() / double(usualFontSize));
+}
 
 /// A message may quote what came from outside; it is text, never mark-up.
 void showAsPlainText(QMessageBox& box)
@@ -30,7 +39,7 @@ void showAsPlainText(QMessageBox& box)
         QFont font = message->font();
         // The boldest that is embedded: what lies above would be smeared from it.
         font.setWeight(QFont::DemiBold);
-        font.setPixelSize(16);
+        font.setPixelSize(scaled(messageFontSize));
         message->setFont(font);
     }
 }
@@ -54,7 +63,7 @@ void makeWide(QMessageBox& box)
     }
     if (auto* layout = qobject_cast<QGridLayout*>(box.layout()))
         layout->addItem(
-            new QSpacerItem(width - 2 * margin, 0), layout->rowCount(), 0, 1, layout->columnCount());
+            new QSpacerItem(scaled(width) - 2 * margin, 0), layout->rowCount(), 0, 1, layout->columnCount());
 }
 
 QMessageBox* makeBox(QWidget& parent, const QString& message, const QString& informativeText)

@@ -64,6 +64,13 @@ class Screens:
         self.click("Devices")
         self.expect_list_closed()
 
+    def expect_picked(self, name):
+        """What a screen reader says of the rows: that one is picked, or none."""
+        for panel in PANELS:
+            row = self.app.wait_for_row(panel.split("|")[1])
+            is_picked = name is not None and row.name.startswith(name)
+            assert (row.has("checked"), row.description) == (is_picked, "Picked" if is_picked else ""), row.name
+
     def main_windows(self):
         """X's ids of the windows of that title, whatever they show."""
         return xdotool("search", "--onlyvisible", "--name", f"^{WINDOW}$")
@@ -151,13 +158,17 @@ def test_pick_repick_and_disconnect(screens):
     screens.start()
     screens.open_list()
     assert not screens.app.window.is_showing(name="Disconnect"), "Disconnect is there before a pick"
+    screens.expect_picked(None)
     screens.click_row("Room 204")
     screens.expect_status("Paired to 7F000001")
+    screens.expect_picked("Room 204")
     screens.app.window.find(name="Disconnect")
     screens.click_row("Hall")
     screens.expect_status("Paired to 7F000003")
+    screens.expect_picked("Hall")
     screens.click("Disconnect")
     screens.expect_status("*No Device Connected")
+    screens.expect_picked(None)
     screens.app.window.gone(name="Disconnect")
     screens.click_row("Hall")
     screens.expect_status("Paired to 7F000003")

@@ -1,5 +1,6 @@
-#include "ui/DesktopMotion.h"
+#include "ui/DesktopPreferences.h"
 #include "ui/Fade.h"
+#include "ui/Theme.h"
 
 #include <gtest/gtest.h>
 
@@ -43,6 +44,17 @@ public:
         return true;
     }
 
+    /// As the desktop's settings do when its user changes one.
+    void change(Groups groups)
+    {
+        m_groups = std::move(groups);
+        QDBusMessage signal =
+            QDBusMessage::createSignal(path, "org.freedesktop.portal.Settings", "SettingChanged");
+        signal << "org.gnome.desktop.interface"
+               << "some-key" << QVariant::fromValue(QDBusVariant(0));
+        m_bus.send(signal);
+    }
+
     int asked = 0;
 
 private:
@@ -69,16 +81,17 @@ private:
     const int m_duration;
 };
 
-class DesktopMotionTest : public ::testing::Test {
+class DesktopPreferencesTest : public ::testing::Test {
 protected:
-    DesktopMotionTest()
+    DesktopPreferencesTest()
     {
         allowMotion(false);
         QApplication::setStyle(new HintingStyle(200));
     }
-    ~DesktopMotionTest() override
+    ~DesktopPreferencesTest() override
     {
         allowMotion(false);
+        Theme::setTextScale(1);
         QApplication::setStyle("Fusion");
     }
 
@@ -88,48 +101,71 @@ protected:
     }
 };
 
-TEST_F(DesktopMotionTest, WithoutAPortalTheToolkitsHintDecides)
+TEST_F(DesktopPreferencesTest, WithoutAPortalTheToolkitsHintDecides)
 {
     {
-        const DesktopMotion motion;
+        const DesktopPreferences motion;
         EXPECT_TRUE(becomes(true));
     }
     QApplication::setStyle(new HintingStyle(0));
-    const DesktopMotion motion;
+    const DesktopPreferences motion;
     EXPECT_TRUE(becomes(false));
 }
 
-TEST_F(DesktopMotionTest, GnomesSwitchTurnsItOff)
+TEST_F(DesktopPreferencesTest, GnomesSwitchTurnsItOff)
 {
     SettingsPortal portal({{"org.gnome.desktop.interface", {{"enable-animations", false}}}});
     allowMotion(true);
-    const DesktopMotion motion;
+    const DesktopPreferences motion;
     EXPECT_TRUE(becomes(false));
 }
 
-TEST_F(DesktopMotionTest, ReducedMotionOfTheAppearanceTurnsItOff)
+TEST_F(DesktopPreferencesTest, ReducedMotionOfTheAppearanceTurnsItOff)
 {
     SettingsPortal portal({{"org.freedesktop.appearance", {{"reduced-motion", 1U}}},
         {"org.gnome.desktop.interface", {{"enable-animations", true}}}});
     allowMotion(true);
-    const DesktopMotion motion;
+    const DesktopPreferences motion;
     EXPECT_TRUE(becomes(false));
 }
 
-TEST_F(DesktopMotionTest, OtherSettingsChangeNothing)
+TEST_F(DesktopPreferencesTest, OtherSettingsChangeNothing)
 {
     SettingsPortal portal({{"org.freedesktop.appearance", {{"color-scheme", 1U}}}});
-    const DesktopMotion motion;
+    const DesktopPreferences motion;
     EXPECT_TRUE(becomes(true));
     EXPECT_EQ(portal.asked, 1);
 }
 
-TEST_F(DesktopMotionTest, APortalThatComesLaterIsAskedThen)
+TEST_F(DesktopPreferencesTest, APortalThatComesLaterIsAskedThen)
 {
-    const DesktopMotion motion;
+    const DesktopPreferences motion;
     EXPECT_TRUE(becomes(true));
     SettingsPortal portal({{"org.gnome.desktop.interface", {{"enable-animations", false}}}});
     EXPECT_TRUE(becomes(false));
+}
+
+TEST_F(DesktopPreferencesTest, ASettingThatChangesIsFollowed)
+{
+    SettingsPortal portal({{"org.gnome.desktop.interface", {{"enable-animations", false}}}});
+    allowMotion(true);
+    const DesktopPreferences preferences;
+    ASSERT_TRUE(becomes(false));
+    portal.change({{"org.gnome.desktop.interface", {{"enable-animations", true}}}});
+    EXPECT_TRUE(becomes(true));
+}
+
+TEST_F(DesktopPreferencesTest, GnomesTextScaleMakesTextsLargerUpToOneAndAHalfTimes)
+{
+    SettingsPortal portal({{"org.gnome.desktop.interface", {{"text-scaling-factor", 1.25}}}});
+    const auto size = [] { return Theme::font(Theme::FontFace::regular, 16).pixelSize(); };
+    EXPECT_EQ(size(), 16);
+    const DesktopPreferences preferences;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return size() == 20; }));
+    portal.change({{"org.gnome.desktop.interface", {{"text-scaling-factor", 2.0}}}});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return size() == 24; }));
+    portal.change({{"org.gnome.desktop.interface", {{"text-scaling-factor", 0.8}}}});
+    EXPECT_TRUE(QTest::qWaitFor([&] { return size() == 16; }));
 }
 
 } // namespace

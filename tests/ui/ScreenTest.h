@@ -2,13 +2,16 @@
 
 #include "tests/ui/DashboardOnFakes.h"
 #include "ui/DevicesTableView.h"
+#include "ui/ElidedLabel.h"
 #include "ui/MainWindow.h"
+#include "ui/Theme.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <stdexcept>
 
 #include <QApplication>
+#include <QHelpEvent>
 #include <QTest>
 
 namespace companion::testing {
@@ -26,6 +29,28 @@ template <typename View = QWidget> View& find(QWidget& root, const char* name)
 inline void click(QWidget& view)
 {
     QTest::mouseClick(&view, Qt::LeftButton);
+}
+
+/// Texts of languages with longer words, and larger ones, need not fit into the smallest window...
+inline bool areTextsLong()
+{
+    return Theme::scaled(100) > 100 || qgetenv("LANGUAGE") == "longer";
+}
+
+/// ...if they end in an ellipsis and show themselves whole in a tool tip.
+inline bool isShortenedWithToolTip(QLabel& label)
+{
+    const auto* const elided = qobject_cast<ElidedLabel*>(&label);
+    if (!elided || elided->shownText() == label.text())
+        return false;
+    QHelpEvent event(QEvent::ToolTip, {1, 1}, label.mapToGlobal(QPoint(1, 1)));
+    QApplication::sendEvent(&label, &event);
+    EXPECT_EQ(label.toolTip(), label.text());
+    const QString lines = elided->shownText();
+    const bool areAllLinesShown = QString(lines).replace('\n', ' ') == label.text();
+    EXPECT_TRUE(areAllLinesShown || lines.contains(QChar(0x2026))) << lines.toStdString();
+    EXPECT_GE(label.height(), label.fontMetrics().ascent()) << label.objectName().toStdString();
+    return true;
 }
 
 /// What the keyboard works.
