@@ -9,7 +9,7 @@
 namespace companion::testing {
 namespace {
 
-constexpr int visibleDifference = 24; // of a channel, of 255
+constexpr int visibleDifference = 12; // of a channel, of 255; the kept pictures have few colours
 constexpr int toleratedPixels = 40;   // of half a million: rounding at edges, not a line that moved
 
 /// Letters look different with every version of the toolkit, of the library that draws them, and of the fonts.
