@@ -224,6 +224,21 @@ def test_closed_standard_streams_change_nothing(lab):
         assert process.wait(5) == 0, f"with stream {stream} closed it ended with status {process.status()}"
 
 
+def test_a_panel_that_is_killed_and_started_again_is_listed_again(lab):
+    needs_mdns(lab)
+    panel = lab.start_panel()
+    companion = lab.start_companion(panel)
+    companion.wait_for_row(panel.name)
+    for pause in (0, 0.2, 0.9):
+        panel.process.send(signal.SIGKILL)
+        panel.process.end()
+        time.sleep(pause)
+        panel = lab.start_panel()
+        time.sleep(2.5)  # a daemon drops what has said goodbye a second later
+        companion.wait_for_row(panel.name)
+    companion.pair(panel)
+
+
 ODDITIES = (  # of an environment, in the shell's words
     "unset HOME", "HOME=/proc/1", "HOME=''", "LC_ALL=xx_YY.KOI8-Q", "LANGUAGE=xx:en_XX", "TZ=Nowhere/At-All", "TZ=:/dev/zero",
     "PATH=''", "unset XDG_RUNTIME_DIR", "XDG_RUNTIME_DIR=/proc/1", "TMPDIR=/nonexistent", "QT_STYLE_OVERRIDE=brushed-steel",
