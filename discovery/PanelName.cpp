@@ -108,9 +108,8 @@ std::string formattedStringFromAddressComponents(const std::array<std::string, 4
 
 std::uint32_t hexValue(std::string_view text)
 {
-    unsigned int value = 0;
-    std::sscanf(std::string(text).c_str(), "%x", &value);
-    return value;
+    // As far as digits go; what is none counts as 0.
+    return static_cast<std::uint32_t>(std::strtoul(std::string(text).c_str(), nullptr, 16));
 }
 
 } // namespace companion
