@@ -75,7 +75,12 @@ struct WaylandPointerObserver::Callbacks {
         self(data).m_motions.push_back({pixel(x), pixel(y)});
     }
 
-    static void button(void*, wl_pointer*, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t) { }
+    static void button(
+        void* data, wl_pointer*, std::uint32_t, std::uint32_t, std::uint32_t, std::uint32_t state)
+    {
+        ++(state == WL_POINTER_BUTTON_STATE_PRESSED ? self(data).m_presses : self(data).m_releases);
+    }
+
     static void axis(void*, wl_pointer*, std::uint32_t, std::uint32_t, wl_fixed_t) { }
 
     static constexpr wl_registry_listener registryListener{global, globalRemove};

@@ -24,6 +24,10 @@ public:
 
     std::optional<Motion> next(TimePoint deadline) override;
 
+    /// Of all buttons, so far.
+    int presses() const { return m_presses; }
+    int releases() const { return m_releases; }
+
 private:
     struct Callbacks;
 
@@ -38,6 +42,8 @@ private:
     xdg_wm_base* m_shell = nullptr;
     wl_surface* m_surface = nullptr;
     std::deque<Motion> m_motions;
+    int m_presses = 0;
+    int m_releases = 0;
 };
 
 } // namespace companion::bench

@@ -3,11 +3,13 @@
 //
 //     bench_touch_path [--display :N] [--rounds N] [--moves N] [--peer NAME=PORT[:PID]]...
 //     bench_touch_path --wayland yes [--rounds N] [--moves N] --peer NAME=PORT[:PID]...
+//     bench_touch_path --wayland count
 //
 // Without --display a private Xvfb of 1280 × 800 is started. With --wayland the other client is one of the compositor
 // that $WAYLAND_DISPLAY names, and the first peer is the limit. A --peer is a program that runs already, takes touch
 // records on that UDP port of loopback and posts to the same display; with its process id, its processor time is
-// told as well.
+// told as well. With --wayland count it is only counted what comes to the other client: "MOTIONS PRESSES RELEASES" is
+// printed whenever a second has brought nothing new, and goes on until it is ended.
 #include "bench/touch-path/Measurement.h"
 #include "bench/touch-path/WaylandPointerObserver.h"
 #include "bench/touch-path/X11PointerObserver.h"
@@ -23,6 +25,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
 
 using namespace companion;
 using namespace companion::bench;
@@ -40,7 +43,7 @@ struct Peer {
 
 struct Options {
     std::string display;
-    bool isWayland = false;
+    std::string wayland;
     int rounds = 9;
     int moves = 2000;
     std::vector<std::string> peers;
@@ -71,7 +74,7 @@ Options parse(int argc, char** argv)
         if (name == "--display")
             options.display = argv[i + 1];
         else if (name == "--wayland")
-            options.isWayland = true;
+            options.wayland = argv[i + 1];
         else if (name == "--rounds")
             options.rounds = std::stoi(argv[i + 1]);
         else if (name == "--moves")
@@ -243,13 +246,31 @@ void runOnWayland(const Options& options)
         measure(mode, peers, observer, options);
 }
 
+// Without a line for each event, which could make it so slow that the compositor ends its connection.
+void countOnWayland()
+{
+    WaylandPointerObserver observer;
+    int motions = 0;
+    for (bool hasNews = true;;) {
+        if (observer.next(std::chrono::steady_clock::now() + 1s)) {
+            ++motions;
+            hasNews = true;
+        } else if (std::exchange(hasNews, false)) {
+            std::printf("%d %d %d\n", motions, observer.presses(), observer.releases());
+            std::fflush(stdout);
+        }
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     try {
         const Options options = parse(argc, argv);
-        options.isWayland ? runOnWayland(options) : runOnX11(options);
+        if (options.wayland == "count")
+            countOnWayland();
+        options.wayland.empty() ? runOnX11(options) : runOnWayland(options);
     } catch (const std::exception& error) {
         std::fprintf(stderr, "bench_touch_path: %s\n", error.what());
         return 2;
