@@ -247,6 +247,21 @@ def test_touches_go_to_a_named_output_at_scale_2(make_session):
     touches_go_to_the_output_that_is_named(make_session, 2)
 
 
+def taps_land_on_the_only_output(make_session, scale):
+    only = wayland.Output(mode="1920x1080", scale=scale)
+    session = make_session(only)
+    session.cast()
+    reaches_the_last_pixel(session, only)
+
+
+def test_taps_land_on_an_only_output_at_scale_1_5(make_session):
+    taps_land_on_the_only_output(make_session, 1.5)
+
+
+def test_taps_land_on_an_only_output_at_scale_2(make_session):
+    taps_land_on_the_only_output(make_session, 2)
+
+
 def test_a_file_is_picked_in_the_dialog(make_session, output):
     session = make_session()
     session.cast()
