@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "app/DesktopProgram.h"
 #include "app/Options.h"
+#include "platform/avahi/SystemBus.h"
 #include "platform/FatalError.h"
 #include "platform/posix/FatalErrorLog.h"
 #include "platform/posix/StandardDescriptors.h"
@@ -10,6 +11,7 @@
 #include "ui/FocusRing.h"
 #include "ui/Theme.h"
 
+#include <chrono>
 #include <cstdio>
 #include <malloc.h>
 #include <QApplication>
@@ -28,6 +30,19 @@ void giveLargeBlocksBack()
     constexpr int defaultThreshold = 128 << 10;
     mallopt(M_MMAP_THRESHOLD, defaultThreshold);
 #endif
+}
+
+/// Qt waits for ever for the session bus to take a connection: when it is first asked for the bus, or sooner, by the
+/// desktop's theme. A bus that does not answer is left alone for this run, as if there were none.
+void avoidSilentSessionBus()
+{
+    QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+    if (address.isEmpty()) // sd_bus_default_user(3)
+        address = "unix:path=" + qgetenv("XDG_RUNTIME_DIR") + "/bus";
+    if (!isBusSilent(address, std::chrono::seconds(2)))
+        return;
+    std::fputs("panel-companion: the session bus does not answer; starting without it\n", stderr);
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/dev/null"); // which refuses connections at once
 }
 
 /// The process's exit status when the arguments ask for no window.
@@ -60,6 +75,7 @@ int main(int argc, char** argv)
     if (const auto status = answerWithoutWindow(parsed))
         return *status;
 
+    avoidSilentSessionBus();
     int argumentsOfToolkit = 1; // its own options have no place in ours
     QApplication application(argumentsOfToolkit, argv);
     QApplication::setApplicationName(QStringLiteral("panel-companion"));

@@ -37,7 +37,40 @@ QString systemError()
     return QString::fromLocal8Bit(std::strerror(errno));
 }
 
+/// The socket that the reply will come from, or -1 with the reason in errno.
+int greet(const UnixSocketAddress& bus)
+{
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (fd >= 0 && ::connect(fd, reinterpret_cast<const sockaddr*>(&bus.name), bus.length) == 0
+        && send(fd, greeting, greetingSize, MSG_NOSIGNAL) == ssize_t(greetingSize))
+        return fd;
+    const int error = errno;
+    if (fd >= 0)
+        close(fd);
+    errno = error;
+    return -1;
+}
+
+bool isBacklogFull()
+{
+    return errno == EAGAIN;
+}
+
 } // namespace
+
+bool isBusSilent(const QByteArray& busAddress, std::chrono::milliseconds longest)
+{
+    const auto address = UnixSocketAddress::ofBus(busAddress);
+    if (!address)
+        return false;
+    const int fd = greet(*address);
+    if (fd < 0)
+        return isBacklogFull();
+    pollfd reply{fd, POLLIN, 0};
+    const bool isSilent = poll(&reply, 1, static_cast<int>(longest.count())) == 0;
+    close(fd);
+    return isSilent;
+}
 
 std::optional<UnixSocketAddress> UnixSocketAddress::ofBus(const QByteArray& busAddress)
 {
@@ -101,13 +134,9 @@ void SystemBus::probe()
     const auto address = UnixSocketAddress::ofBus(systemBusAddress());
     if (!address)
         return openConnection();
-    m_probeFd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-    if (m_probeFd < 0
-        || ::connect(m_probeFd, reinterpret_cast<const sockaddr*>(&address->name), address->length) != 0)
-        return fail(
-            errno == EAGAIN ? State::silent : State::missing, systemError()); // EAGAIN: its backlog is full
-    if (send(m_probeFd, greeting, greetingSize, MSG_NOSIGNAL) != ssize_t(greetingSize))
-        return fail(State::missing, systemError());
+    m_probeFd = greet(*address);
+    if (m_probeFd < 0)
+        return fail(isBacklogFull() ? State::silent : State::missing, systemError());
     m_probeReply = new QSocketNotifier(m_probeFd, QSocketNotifier::Read, this);
     connect(m_probeReply, &QSocketNotifier::activated, this, &SystemBus::readReply);
     m_probeTimeout.start(replyTimeout);

@@ -20,6 +20,10 @@ struct UnixSocketAddress {
     static std::optional<UnixSocketAddress> ofBus(const QByteArray& busAddress);
 };
 
+/// Whether the bus takes connections but does not reply within the time. False for one that cannot be asked: any but a
+/// Unix socket. Waits for the reply.
+bool isBusSilent(const QByteArray& busAddress, std::chrono::milliseconds longest);
+
 /// A connection of its own to the system bus, which never blocks the caller. Main thread only; needs an event loop.
 ///
 /// libdbus can only connect synchronously, and a bus that accepts the connection but never replies would block it

@@ -128,8 +128,14 @@ void DBusRemoteDesktopPortal::call(const QDBusMessage& message, Replied replied)
         });
 }
 
+/// A call without a connection would never be answered.
 void DBusRemoteDesktopPortal::readVersion(VersionRead read)
 {
+    if (!m_bus.isConnected()) {
+        QMetaObject::invokeMethod(
+            this, [read = std::move(read)] { read(0, "there is no session bus"); }, Qt::QueuedConnection);
+        return;
+    }
     QDBusMessage message =
         methodCall(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
     message << remoteDesktop << QStringLiteral("version");

@@ -6,6 +6,7 @@ import pathlib
 import re
 import signal
 import stat
+import subprocess
 import time
 
 import pytest
@@ -328,6 +329,21 @@ def test_10000_touches_in_a_burst_lose_no_press_while_the_portal_is_slow(stage):
     assert states == [1, 0] * (len(states) // 2)
     assert len(states) >= 2 * 2000
     stage.app.expect_alive()
+
+
+def test_a_session_bus_that_is_silent_at_the_start_is_done_without(stage):
+    bus = next(process for process in stage.processes.started() if process.name == "session-bus")
+    bus.send(signal.SIGSTOP)
+    app = stage.processes.start([stage.programs / "panel-companion"], environment=WAYLAND)
+    try:
+        wait_until(lambda: "no RemoteDesktop portal: there is no session bus" in app.output(), "the dashboard, which has looked for a portal", 20)
+        shown = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^Panel Companion$"], check=False)
+        assert shown.returncode == 0
+        assert "the session bus does not answer; starting without it" in app.output()
+        app.send(signal.SIGTERM)
+        assert app.wait() == 0
+    finally:
+        bus.send(signal.SIGCONT)
 
 
 def test_doctor_says_that_the_portal_is_used_and_asks(stage):
