@@ -134,10 +134,10 @@ TEST_F(LanguageTest, TheSwitchAndTheSettingsAreLabelledByWhatStandsBesideThem)
     for (const auto& [control, label] :
         {std::pair("wirelessTouchSwitch", "wirelessTouchStatusLabel"), std::pair("fpsButton", "fpsLabel"),
             std::pair("switchAudioDeviceButton", "switchAudioDeviceLabel")}) {
+        const QObject* const expected = &find(m_window, label);
         const auto relations = QAccessible::queryAccessibleInterface(&find(m_window, control))->relations();
         const bool isLabelled = std::any_of(relations.begin(), relations.end(), [&](const auto& relation) {
-            return relation.second == QAccessible::Label
-                && relation.first->object() == &find(m_window, label);
+            return relation.second == QAccessible::Label && relation.first->object() == expected;
         });
         EXPECT_TRUE(isLabelled) << control;
     }
