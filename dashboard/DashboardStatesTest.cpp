@@ -50,7 +50,7 @@ const std::string startPing = "log Starting server ping...; ";
 const std::string stopPing = "log Stopping server ping...; ";
 const std::string closeSocket = "close; cast image castingInactive";
 const std::string castingLooks = "hide hdmiToggle; cast image castingActive";
-const std::string ping = "log Pinging...; send 10.0.2.15:5000/pingServerWithIP?ip=192.168.1.5&msg=ping";
+const std::string oneBeat = "log Pinging...; send 10.0.2.15:5000/pingServerWithIP?ip=192.168.1.5&msg=ping";
 const std::string unpaired = "status *No Device Connected; hide hdmiToggle; hide hdmiMessage; switch off; "
                              "hide fileUpload; hide castButton; show emptyStateImage";
 const std::string cleanUp = closeSocket
@@ -109,7 +109,7 @@ const Step steps[] = {
         nothingPaired},
     {State::casting, Event::switchClick, State::casting, "switch on; " + replacedSocket + hdmiOn + switchedOn,
         "hdmiMessage"},
-    {State::casting, Event::tick, State::casting, ping, castingPanes},
+    {State::casting, Event::tick, State::casting, oneBeat, castingPanes},
     {State::casting, Event::castOffReply, State::paired, castingStopped + byCastOff + stopPing + cleanUp,
         panelPaired},
     {State::casting, Event::busyReply, State::paired,
@@ -126,7 +126,7 @@ const Step steps[] = {
     {State::hdmiTouch, Event::drop, State::noDevice, allOff + unpaired, nothingPaired},
     {State::hdmiTouch, Event::switchClick, State::paired, "switch off; " + hdmiOff + stopPing + switchedOff,
         panelPaired},
-    {State::hdmiTouch, Event::tick, State::hdmiTouch, ping, hdmiPanes},
+    {State::hdmiTouch, Event::tick, State::hdmiTouch, oneBeat, hdmiPanes},
     {State::hdmiTouch, Event::castOffReply, State::paired, hdmiStopped + byCastOff + stopPing + cleanUp,
         panelPaired},
     {State::hdmiTouch, Event::busyReply, State::paired, hdmiStopped + byBusy + stopPing + cleanUp + busyAlert,

@@ -9,11 +9,11 @@ using namespace std::chrono_literals;
 TEST(RetryLimitTest, ASecondTryIsDueASecondAfterTheFirst)
 {
     RetryLimit limit;
-    const RetryLimit::TimePoint start{71h};
-    EXPECT_TRUE(limit.isDue(start));
-    EXPECT_FALSE(limit.isDue(start + 999ms));
-    EXPECT_TRUE(limit.isDue(start + 1000ms));
-    EXPECT_FALSE(limit.isDue(start + 1999ms));
+    const RetryLimit::TimePoint firstTry{71h};
+    EXPECT_TRUE(limit.isDue(firstTry));
+    EXPECT_FALSE(limit.isDue(firstTry + 999ms));
+    EXPECT_TRUE(limit.isDue(firstTry + 1000ms));
+    EXPECT_FALSE(limit.isDue(firstTry + 1999ms));
 }
 
 } // namespace companion::testing

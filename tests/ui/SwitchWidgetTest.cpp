@@ -242,7 +242,7 @@ TEST_F(SwitchWidgetTest, OnItIsFilledAndItsKnobWhiteOffItIsClearAndItsKnobTinted
     m_model.setChecked(true);
     finish();
     const QColor window = m_widget.palette().window().color();
-    const auto overWindow = [&window](int tint, int under) { return tint * 0.75 + under * 0.25; };
+    const auto overWindow = [](int tint, int under) { return tint * 0.75 + under * 0.25; };
     const QColor track = pixel(16, 18);
     EXPECT_NEAR(track.red(), overWindow(28, window.red()), 2);
     EXPECT_NEAR(track.green(), overWindow(189, window.green()), 2);
