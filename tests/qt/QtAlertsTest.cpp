@@ -25,6 +25,15 @@ using ::testing::SizeIs;
 /// Acts as the user who sees the alert. Qt's own timers go on while one is open, unlike the main queue's.
 class QtAlertsTest : public ::testing::Test {
 protected:
+    QtAlertsTest() { setTextSize(14); }
+
+    static void setTextSize(int pixels)
+    {
+        QFont font = QApplication::font();
+        font.setPixelSize(pixels);
+        QApplication::setFont(font);
+    }
+
     /// Calls `act` with the open box; leaves pressing OK to it.
     void whenShown(std::function<void(QMessageBox&)> act)
     {
@@ -85,6 +94,18 @@ TEST_F(QtAlertsTest, TheMessageIsSemiBoldAndTheMarginsAre24Points)
         EXPECT_EQ(box.layout()->contentsMargins(), QMargins(24, 24, 24, 24));
         EXPECT_GE(box.findChild<QLabel*>("qt_msgbox_label")->x(), 24);
         EXPECT_EQ(box.width(), 440);
+        pressOk(box);
+    });
+    m_alerts.runModal("Network error", "Please retry.");
+    EXPECT_EQ(m_shown, 1);
+}
+
+TEST_F(QtAlertsTest, AnAlertGrowsWithTheTextsOfTheProgram)
+{
+    setTextSize(21);
+    whenShown([](QMessageBox& box) {
+        EXPECT_EQ(box.findChild<QLabel*>("qt_msgbox_label")->font().pixelSize(), 24);
+        EXPECT_EQ(box.width(), 660);
         pressOk(box);
     });
     m_alerts.runModal("Network error", "Please retry.");
