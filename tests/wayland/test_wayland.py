@@ -136,6 +136,20 @@ def test_doctor_names_the_virtual_pointer(make_session):
     assert "Touches are injected with the compositor's virtual pointer" in doctor.output()
 
 
+def test_the_list_opens_below_its_icon_inside_the_window(make_session):
+    session = make_session()
+    session.start()
+    left, top, width, height = session.app.open_list().area()
+    window = session.app.window
+    icon_x, icon_y = window.find(name="Devices").center()
+    window_width, window_height = window.find("frame", "Panel Companion").area()[2:]
+    assert 0 <= left < icon_x < left + width <= window_width
+    assert icon_y < top < top + height <= window_height
+    session.desktop.click(left + width + 40, top + height // 2)  # beside it
+    window.gone("dialog", "Panels nearby")
+    assert len(session.desktop.windows("Panel Companion")) == 1
+
+
 def reports_one_double_click(session, kind):
     session.cast()
     reporter = session.reporter(kind)
