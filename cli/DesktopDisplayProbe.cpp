@@ -4,6 +4,7 @@
 #include <future>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QDBusReply>
 #include <string_view>
 #include <thread>
 #include <unistd.h>
@@ -63,7 +64,7 @@ bool hasSessionBus()
         || access((environmentText("XDG_RUNTIME_DIR") + "/bus").c_str(), F_OK) == 0;
 }
 
-/// Starts the portal if it is not running.
+/// Starts the portal if it is not running. Without a backend for it, its version is 0.
 bool hasRemoteDesktopPortal()
 {
     if (!hasSessionBus())
@@ -74,9 +75,9 @@ bool hasRemoteDesktopPortal()
         QStringLiteral("/org/freedesktop/portal/desktop"), QStringLiteral("org.freedesktop.DBus.Properties"),
         QStringLiteral("Get"));
     message << QStringLiteral("org.freedesktop.portal.RemoteDesktop") << QStringLiteral("version");
-    const bool isThere = bus.isConnected() && bus.call(message).type() == QDBusMessage::ReplyMessage;
+    const QDBusReply<QVariant> version = bus.call(message);
     QDBusConnection::disconnectFromBus(QStringLiteral("panelctl-session"));
-    return isThere;
+    return version.isValid() && version.value().toUInt() > 0;
 }
 
 /// Calls on threads of their own what may block forever.

@@ -352,3 +352,11 @@ def test_doctor_says_that_the_portal_is_used_and_asks(stage):
     doctor.wait(90)
     assert f"ok    display: Wayland display {WAYLAND['WAYLAND_DISPLAY']}; Touches are injected through the desktop's " \
            "RemoteDesktop portal, which asks when touch is turned on" in doctor.output()
+
+
+def test_doctor_says_what_to_install_where_touches_reach_x11_programs_only(stage):
+    Portal(stage.processes, version=0)
+    doctor = stage.processes.start([stage.programs / "panelctl", "doctor", "--timeout", "10"], environment=WAYLAND)
+    doctor.wait(90)
+    assert "On Wayland touches reach X11 programs only" in doctor.output()
+    assert "install xdg-desktop-portal and its backend for this desktop" in doctor.output()
