@@ -4,6 +4,7 @@
 #include <QDBusArgument>
 #include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
 #include <QDBusVariant>
 #include <utility>
 
@@ -91,10 +92,10 @@ PortalAnswer answerOf(uint response, const QVariantMap& results)
 } // namespace
 
 /// Signals are matched without a sender, since naming a service would make Qt wait for the name of its owner; who sent
-/// one is compared with the portal that replied last.
+/// one is compared with the owner of the portal's name.
 DBusRemoteDesktopPortal::DBusRemoteDesktopPortal(const QDBusConnection& bus)
     : m_bus(bus)
-    , m_watcher(service, m_bus, QDBusServiceWatcher::WatchForUnregistration)
+    , m_watcher(service, m_bus, QDBusServiceWatcher::WatchForOwnerChange)
 {
     m_bus.connect(QString(), QString(), requestInterface, QStringLiteral("Response"), this,
         SLOT(takeResponse(uint, QVariantMap, QDBusMessage)));
@@ -102,6 +103,9 @@ DBusRemoteDesktopPortal::DBusRemoteDesktopPortal(const QDBusConnection& bus)
         SLOT(takeClosed(QDBusMessage)));
     m_bus.connect(QString(), QString(), QString(), QStringLiteral("ActiveChanged"), this,
         SLOT(takeActiveChanged(bool, QDBusMessage)));
+    connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
+        [this](const QString&, const QString&, const QString& owner) { m_owner = owner; });
+    findOwner();
     connect(&m_watcher, &QDBusServiceWatcher::serviceUnregistered, this,
         [this] { loseSession(Loss::portalGone); });
     m_responseTimeout.setSingleShot(true);
@@ -121,11 +125,24 @@ void DBusRemoteDesktopPortal::call(const QDBusMessage& message, Replied replied)
             finished->deleteLater();
             if (serial != m_sessionSerial)
                 return;
-            const QDBusMessage reply = finished->reply();
-            if (reply.type() == QDBusMessage::ReplyMessage)
-                m_owner = reply.service();
-            replied(reply);
+            replied(finished->reply());
         });
+}
+
+/// Of a portal that runs already.
+void DBusRemoteDesktopPortal::findOwner()
+{
+    QDBusMessage message = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.DBus"),
+        QStringLiteral("/org/freedesktop/DBus"), QStringLiteral("org.freedesktop.DBus"),
+        QStringLiteral("GetNameOwner"));
+    message << service;
+    auto* const watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(message), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this](QDBusPendingCallWatcher* finished) {
+        finished->deleteLater();
+        const QDBusPendingReply<QString> owner = *finished;
+        if (owner.isValid())
+            m_owner = owner.value();
+    });
 }
 
 /// A call without a connection would never be answered.

@@ -41,6 +41,7 @@ private Q_SLOTS:
 private:
     using Replied = std::function<void(const QDBusMessage& reply)>;
 
+    void findOwner();
     void call(const QDBusMessage& message, Replied replied);
     void request(QDBusMessage message, QVariantMap options, Answered answered);
     void notify(const QDBusMessage& message, Notified answered);
