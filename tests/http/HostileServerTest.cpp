@@ -11,6 +11,9 @@ namespace companion::testing {
 
 namespace {
 
+using ::testing::AnyOf;
+using ::testing::HasSubstr;
+
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool isMemoryOurs = false; // a sanitizer keeps freed memory and needs some itself
 #else
@@ -87,7 +90,8 @@ TEST_F(HostileServerTest, EndlessInterimResponsesAreAnError)
 
 TEST_F(HostileServerTest, EndlessTrailerFieldsAreAnError)
 {
-    EXPECT_EQ(errorAfterEndless(chunkedReply + "2\r\nOK\r\n0\r\n", "T:\r\n"), "The reply is too long");
+    EXPECT_THAT(errorAfterEndless(chunkedReply + "2\r\nOK\r\n0\r\n", "T:\r\n"),
+        AnyOf("The reply is too long", HasSubstr("Too many response headers"))); // libcurl 8 counts them
     errorAfterEndless(chunkedReply + "2\r\nOK\r\n0\r\n", "T: " + std::string(1'000, 'x') + "\r\n");
     errorAfterEndless(chunkedReply + "2\r\nOK\r\n0\r\nT: ", "x");
 }
