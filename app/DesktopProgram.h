@@ -53,8 +53,7 @@ private:
     SingleInstance m_instance;
     std::vector<std::string> m_filesToSend; ///< Until the dashboard is there.
     std::unique_ptr<Backend> m_backend;
-    std::optional<DesktopPreferences>
-        m_preferences; ///< From the dashboard on: the splash screen is too short.
+    std::optional<DesktopPreferences> m_preferences; ///< From the dashboard on.
 };
 
 } // namespace companion

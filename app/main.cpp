@@ -32,8 +32,8 @@ void giveLargeBlocksBack()
 #endif
 }
 
-/// Qt waits for ever for the session bus to take a connection: when it is first asked for the bus, or sooner, by the
-/// desktop's theme. A bus that does not answer is left alone for this run, as if there were none.
+/// Connecting to a session bus that accepts the connection but never replies would block Qt forever: on the first use of
+/// the bus, which may be the desktop theme's. This run then goes on as if there were no bus.
 void avoidSilentSessionBus()
 {
     QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");

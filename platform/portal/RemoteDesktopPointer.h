@@ -36,8 +36,6 @@ public:
     void moveTo(Point at) override;
     void setLeftButtonDown(bool isDown) override;
     void flush() override { }
-
-    /// The desktop stamps events as it receives them, and nothing tells when that was.
     void touchesBegin() override;
 
 private:
